@@ -1,0 +1,111 @@
+// Import speed and memory. Two ways to run it:
+//   bench_import                      Google Benchmark over a generated 32 MB WAV
+//   bench_import --once FILE [FILTER] imports FILE once in a scratch home and prints
+//                                     {"seconds": s, "peak_rss_kb": k, "traces": n} for the
+//                                     side-by-side scripts
+#include "core/lifecycle.h"
+#include "core/settings.h"
+#include "core/workbench.h"
+#include "import/file_filters.h"
+#include "import/open.h"
+#include "platform/files.h"
+#include "platform/scripted_host.h"
+
+#include <benchmark/benchmark.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <sys/resource.h>
+
+namespace fs = std::filesystem;
+using namespace kv;
+
+namespace {
+
+std::string scratchHome() {
+    fs::path p = fs::temp_directory_path() / ("kv-bench-" + std::to_string(::getpid()));
+    fs::create_directories(p);
+    std::ofstream(p / "SP.ini") << factorySettingsText();
+    return p.string();
+}
+
+int importOnce(const std::string& home, const std::string& file, const std::string& filter) {
+    ProgramState st;
+    CommandState cmd;
+    ScriptedHost host;
+    RecordingViewHost views;
+    Workbench wb{st, cmd, host, views};
+    st.AppPath = home;
+    MDIForm_Load(wb);
+    int index = filterIndexForFile(st.Fil, file);
+    FilterName f;
+    if (!filter.empty() && parseFilterName(filter, f)) index = filterIndexOf(st.Fil, f);
+    host.queueFile(file, index < 1 ? 1 : index);
+    mnuOpen_Click(wb);
+    return st.TempPath.empty() ? -1 : st.TraceCount;
+}
+
+void writeWav(const std::string& path, size_t samples) {
+    std::ofstream f(path, std::ios::binary);
+    const uint32_t data = uint32_t(samples * 2);
+    auto u32 = [&](uint32_t v) { f.write(reinterpret_cast<const char*>(&v), 4); };
+    auto u16 = [&](uint16_t v) { f.write(reinterpret_cast<const char*>(&v), 2); };
+    f.write("RIFF", 4);
+    u32(36 + data);
+    f.write("WAVEfmt ", 8);
+    u32(16);
+    u16(1);
+    u16(1);
+    u32(48000);
+    u32(96000);
+    u16(2);
+    u16(16);
+    f.write("data", 4);
+    u32(data);
+    std::vector<int16_t> block(1 << 16);
+    for (size_t i = 0; i < block.size(); ++i)
+        block[i] = int16_t(i * 37);
+    for (size_t done = 0; done < samples; done += block.size())
+        f.write(reinterpret_cast<const char*>(block.data()),
+                std::streamsize(std::min(block.size(), samples - done) * 2));
+}
+
+void BM_WavImport(benchmark::State& state) {
+    const std::string home = scratchHome();
+    const std::string file = home + "/bench.wav";
+    const size_t samples = size_t(16) << 20; // 32 MB
+    writeWav(file, samples);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(importOnce(home, file, ""));
+    state.SetBytesProcessed(int64_t(state.iterations()) * int64_t(samples * 2));
+    fs::remove_all(home);
+}
+BENCHMARK(BM_WavImport)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (argc >= 3 && std::strcmp(argv[1], "--once") == 0) {
+        const std::string home = scratchHome();
+        auto t0 = std::chrono::steady_clock::now();
+        int traces = importOnce(home, argv[2], argc >= 4 ? argv[3] : "");
+        double s = std::chrono::duration<double>(std::chrono::steady_clock::now() - t0).count();
+        rusage ru{};
+        getrusage(RUSAGE_SELF, &ru);
+        std::printf("{\"seconds\": %.6f, \"peak_rss_kb\": %ld, \"traces\": %d}\n", s, ru.ru_maxrss,
+                    traces);
+        fs::remove_all(home);
+        return traces < 0 ? 1 : 0;
+    }
+    if (argc >= 3 && std::strcmp(argv[1], "--make-wav") == 0) {
+        writeWav(argv[2], size_t(std::stoull(argc >= 4 ? argv[3] : "104857600")));
+        return 0;
+    }
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}

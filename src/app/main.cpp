@@ -1,0 +1,49 @@
+// kelvorandine: the desktop workbench. `kelvorandine [FILE] [--filter NAME] [--home DIR]`.
+#include "app/main_window.h"
+#include "import/file_filters.h"
+
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QDir>
+#include <cstdio>
+
+int main(int argc, char** argv) {
+    QApplication app(argc, argv);
+    QApplication::setOrganizationName("Kelvorandine");
+    QApplication::setApplicationName("Kelvorandine");
+
+    QCommandLineParser parser;
+    parser.setApplicationDescription("Kelvorandine workbench");
+    parser.addHelpOption();
+    parser.addPositionalArgument("FILE", "Recording to import at start");
+    QCommandLineOption filterOpt("filter", "Import dialog entry for FILE (WAV, DZT, ...)", "NAME");
+    QCommandLineOption homeOpt("home", "Home folder (SP.ini, working files)", "DIR");
+    parser.addOption(filterOpt);
+    parser.addOption(homeOpt);
+    parser.process(app);
+
+    QString home = QCoreApplication::applicationDirPath();
+    if (qEnvironmentVariableIsSet("KELVORANDINE_HOME"))
+        home = qEnvironmentVariable("KELVORANDINE_HOME");
+    if (parser.isSet(homeOpt)) home = parser.value(homeOpt);
+    home = QDir(home).absolutePath();
+
+    kv::MainWindow w(home.toStdString());
+    w.show();
+
+    const QStringList files = parser.positionalArguments();
+    if (!files.isEmpty()) {
+        int index = 0;
+        if (parser.isSet(filterOpt)) {
+            kv::FilterName f;
+            if (!kv::parseFilterName(parser.value(filterOpt).toStdString(), f)) {
+                std::fprintf(stderr, "kelvorandine: unknown filter %s\n",
+                             qPrintable(parser.value(filterOpt)));
+                return 2;
+            }
+            index = kv::filterIndexOf(w.state().Fil, f);
+        }
+        w.importFile(QDir(files.first()).absolutePath().toStdString(), index);
+    }
+    return app.exec();
+}

@@ -1,0 +1,163 @@
+// Qt implementation of the host.
+#include "app/qt_host.h"
+
+#include <QApplication>
+#include <QColorDialog>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QFontDialog>
+#include <QInputDialog>
+#include <QMessageBox>
+#include <QProgressDialog>
+#include <QSettings>
+
+#include "platform/files.h"
+
+namespace kv {
+
+namespace {
+
+class QtProgress : public Progress {
+  public:
+    QtProgress(QWidget* parent, const QString& title, int max) {
+        dlg_ = new QProgressDialog(title, QObject::tr("Cancel"), 0, std::max(max, 1), parent);
+        // No close box: Cancel is the way out.
+        dlg_->setWindowFlags(dlg_->windowFlags() & ~Qt::WindowCloseButtonHint);
+        dlg_->setWindowTitle(title);
+        dlg_->setLabelText(QString::number(max));
+        dlg_->setMinimumDuration(300);
+        dlg_->setWindowModality(Qt::NonModal);
+        dlg_->setAutoReset(false);
+        dlg_->setAutoClose(false);
+        dlg_->setValue(0);
+    }
+    ~QtProgress() override { delete dlg_; }
+    void setValue(int value) override { dlg_->setValue(value); }
+    bool cancelled() const override { return dlg_->wasCanceled(); }
+
+  private:
+    QProgressDialog* dlg_;
+};
+
+} // namespace
+
+QStringList qtNameFilters(const std::string& filter) {
+    QStringList parts = QString::fromStdString(filter).split('|');
+    QStringList out;
+    for (int i = 0; i + 1 < parts.size(); i += 2) {
+        if (parts[i].isEmpty()) continue;
+        QString patterns = parts[i + 1];
+        patterns.replace(';', ' ');
+        out << QStringLiteral("%1 (%2)").arg(parts[i], patterns);
+    }
+    return out;
+}
+
+void QtHost::message(const std::string& text, const std::string& title, MsgIcon icon) {
+    const QString t = QString::fromStdString(title), m = QString::fromStdString(text);
+    switch (icon) {
+    case MsgIcon::Critical:
+        QMessageBox::critical(parent_, t, m);
+        break;
+    case MsgIcon::Information:
+        QMessageBox::information(parent_, t, m);
+        break;
+    case MsgIcon::Exclamation:
+        QMessageBox::warning(parent_, t, m);
+        break;
+    }
+}
+
+static FileChoice runFileDialog(QWidget* parent, const std::string& filter,
+                                const std::string& title, int filterIndex, bool save,
+                                const std::string& suggested) {
+    QFileDialog dlg(parent, QString::fromStdString(title));
+    const QStringList filters = qtNameFilters(filter);
+    dlg.setNameFilters(filters);
+    if (filterIndex >= 1 && filterIndex <= filters.size())
+        dlg.selectNameFilter(filters[filterIndex - 1]);
+    dlg.setAcceptMode(save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
+    dlg.setFileMode(save ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
+    if (!suggested.empty()) dlg.selectFile(QString::fromStdString(suggested));
+    FileChoice c;
+    if (dlg.exec() != QDialog::Accepted || dlg.selectedFiles().isEmpty()) return c;
+    c.cancelled = false;
+    c.path = dlg.selectedFiles().first().toStdString();
+    c.title = QFileInfo(dlg.selectedFiles().first()).fileName().toStdString();
+    c.filterIndex = int(filters.indexOf(dlg.selectedNameFilter())) + 1;
+    if (c.filterIndex < 1) c.filterIndex = 1;
+    return c;
+}
+
+FileChoice QtHost::openFile(const std::string& filter, const std::string& title, int index) {
+    if (preset_) {
+        FileChoice c = *preset_;
+        preset_.reset();
+        return c;
+    }
+    return runFileDialog(parent_, filter, title, index, false, {});
+}
+
+FileChoice QtHost::saveFile(const std::string& filter, const std::string& title, int index,
+                            const std::string& suggestedName) {
+    return runFileDialog(parent_, filter, title, index, true, suggestedName);
+}
+
+std::optional<uint32_t> QtHost::pickColor(const std::string& title, uint32_t initial) {
+    QColor init(int(initial & 0xFF), int((initial >> 8) & 0xFF), int((initial >> 16) & 0xFF));
+    QColor c = QColorDialog::getColor(init, parent_, QString::fromStdString(title));
+    if (!c.isValid()) return std::nullopt;
+    return uint32_t(c.red()) | (uint32_t(c.green()) << 8) | (uint32_t(c.blue()) << 16);
+}
+
+std::optional<FontChoice> QtHost::pickFont(const FontChoice& initial) {
+    bool ok = false;
+    QFont init(QString::fromStdString(initial.family), initial.pointSize,
+               initial.bold ? QFont::Bold : QFont::Normal, initial.italic);
+    QFont f = QFontDialog::getFont(&ok, init, parent_);
+    if (!ok) return std::nullopt;
+    return FontChoice{f.family().toStdString(), f.pointSize(), f.bold(), f.italic()};
+}
+
+std::optional<std::string> QtHost::askText(const std::string& prompt, const std::string& title,
+                                           const std::string& initial) {
+    bool ok = false;
+    QString s = QInputDialog::getText(parent_, QString::fromStdString(title),
+                                      QString::fromStdString(prompt), QLineEdit::Normal,
+                                      QString::fromStdString(initial), &ok);
+    if (!ok) return std::nullopt;
+    return s.toStdString();
+}
+
+std::unique_ptr<Progress> QtHost::progress(const std::string& title, int max) {
+    return std::make_unique<QtProgress>(parent_, QString::fromStdString(title), max);
+}
+
+void QtHost::presetNextOpen(const std::string& path, int filterIndex) {
+    FileChoice c;
+    c.cancelled = false;
+    c.path = path;
+    c.title = fileTitleOf(path);
+    c.filterIndex = filterIndex;
+    preset_ = c;
+}
+
+void QtHost::yield() {
+    QCoreApplication::processEvents();
+}
+
+std::string QtHost::userSetting(const std::string& section, const std::string& key,
+                                const std::string& fallback) {
+    QSettings s;
+    return s.value(QString::fromStdString(section + "/" + key), QString::fromStdString(fallback))
+        .toString()
+        .toStdString();
+}
+
+void QtHost::setUserSetting(const std::string& section, const std::string& key,
+                            const std::string& value) {
+    QSettings s;
+    s.setValue(QString::fromStdString(section + "/" + key), QString::fromStdString(value));
+}
+
+} // namespace kv

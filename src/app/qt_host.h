@@ -1,0 +1,46 @@
+// The host for the desktop: Qt message boxes, file dialogs, a progress dialog with Cancel,
+// event processing for the long loops, and per-user settings in QSettings.
+#pragma once
+
+#include "platform/host.h"
+
+#include <QStringList>
+
+class QWidget;
+
+namespace kv {
+
+class QtHost : public Host {
+  public:
+    explicit QtHost(QWidget* parent = nullptr) : parent_(parent) {}
+    void setParent(QWidget* parent) { parent_ = parent; }
+
+    void message(const std::string& text, const std::string& title, MsgIcon icon) override;
+    FileChoice openFile(const std::string& filter, const std::string& title,
+                        int filterIndex) override;
+    FileChoice saveFile(const std::string& filter, const std::string& title, int filterIndex,
+                        const std::string& suggestedName) override;
+    std::optional<uint32_t> pickColor(const std::string& title, uint32_t initial) override;
+    std::optional<FontChoice> pickFont(const FontChoice& initial) override;
+    std::optional<std::string> askText(const std::string& prompt, const std::string& title,
+                                       const std::string& initial) override;
+    std::unique_ptr<Progress> progress(const std::string& title, int max) override;
+    void yield() override;
+    std::string userSetting(const std::string& section, const std::string& key,
+                            const std::string& fallback) override;
+    void setUserSetting(const std::string& section, const std::string& key,
+                        const std::string& value) override;
+
+    /// The next open dialog is answered with this file instead of being shown (a file given on
+    /// the command line or dropped on the window).
+    void presetNextOpen(const std::string& path, int filterIndex);
+
+  private:
+    QWidget* parent_;
+    std::optional<FileChoice> preset_;
+};
+
+/// "Desc|*.a|Desc2|*.b|" as Qt name filters ("Desc (*.a)").
+QStringList qtNameFilters(const std::string& filter);
+
+} // namespace kv

@@ -1,0 +1,53 @@
+// The command-line tool's sessions: a workbench without windows that opens one recording the
+// way the Import command does and reports what it found as JSON.
+#pragma once
+
+#include "core/command_state.h"
+#include "core/program_state.h"
+#include "core/view_host.h"
+#include "core/workbench.h"
+#include "platform/scripted_host.h"
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+namespace kv::cli {
+
+/// The options every subcommand that opens a FILE takes.
+struct CommonOptions {
+    std::string file;
+    std::string home;              // --home; empty: KELVORANDINE_HOME, then the tool's folder
+    std::string filter;            // --filter NAME; empty: the first entry matching the file
+    std::vector<std::string> sets; // --set Section.Key=Value
+};
+
+/// Exit codes.
+inline constexpr int kExitOk = 0;
+inline constexpr int kExitNoData = 1;
+inline constexpr int kExitUsage = 2;
+
+struct Session {
+    ProgramState st;
+    CommandState cmd;
+    ScriptedHost host;
+    RecordingViewHost views;
+    Workbench wb{st, cmd, host, views};
+};
+
+/// Thrown for bad arguments found after parsing (an unknown filter name, a bad --set).
+struct UsageError : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+/// Starts a session in the home folder and imports the file. Returns true when a data set is
+/// loaded. `exeDir` is the tool's own folder, the default home.
+bool openSession(Session& s, const CommonOptions& o, const std::string& exeDir);
+
+/// The data-set facts under their own names, plus the messages shown and the views requested.
+nlohmann::json describe(const Session& s);
+
+int runInfo(const CommonOptions& o, const std::string& exeDir);
+int runConvert(const CommonOptions& o, const std::string& out, const std::string& exeDir);
+
+} // namespace kv::cli

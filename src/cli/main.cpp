@@ -1,0 +1,61 @@
+// kelvorandine-cli: the workbench's readers and engine from the command line, JSON on stdout.
+#include "cli/commands.h"
+
+#include <CLI/CLI.hpp>
+#include <filesystem>
+#include <iostream>
+
+namespace {
+
+std::string exeDirOf(const char* argv0) {
+    std::error_code ec;
+    auto p = std::filesystem::read_symlink("/proc/self/exe", ec);
+    if (ec) p = std::filesystem::absolute(argv0, ec);
+    return p.parent_path().string();
+}
+
+void addCommon(CLI::App* sub, kv::cli::CommonOptions& o) {
+    sub->add_option("FILE", o.file, "Recording to open")->required();
+    sub->add_option("--home", o.home, "Home folder (SP.ini, working files)");
+    sub->add_option("--filter", o.filter,
+                    "Import dialog entry: WAV SHT DZT RD3 SEISMIC RADSYS SEG2 SPRSCAN DT1 ZON "
+                    "CSV DAT");
+    sub->add_option("--set", o.sets, "Section.Key=Value overriding SP.ini for this run");
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    CLI::App app{"Kelvorandine command-line tool"};
+    app.require_subcommand(1);
+
+    kv::cli::CommonOptions info, convert;
+    std::string convertOut;
+    auto* infoCmd = app.add_subcommand("info", "Open a recording and describe the data set");
+    addCommon(infoCmd, info);
+    auto* convertCmd = app.add_subcommand("convert", "Open a recording and write it out");
+    addCommon(convertCmd, convert);
+    convertCmd->add_option("-o,--output", convertOut, "Output file (.sp)")->required();
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::CallForHelp& e) {
+        return app.exit(e);
+    } catch (const CLI::ParseError& e) {
+        app.exit(e);
+        return kv::cli::kExitUsage;
+    }
+
+    const std::string exeDir = exeDirOf(argv[0]);
+    try {
+        if (*infoCmd) return kv::cli::runInfo(info, exeDir);
+        if (*convertCmd) return kv::cli::runConvert(convert, convertOut, exeDir);
+    } catch (const kv::cli::UsageError& e) {
+        std::cerr << "kelvorandine-cli: " << e.what() << "\n";
+        return kv::cli::kExitUsage;
+    } catch (const std::exception& e) {
+        std::cerr << "kelvorandine-cli: " << e.what() << "\n";
+        return kv::cli::kExitNoData;
+    }
+    return kv::cli::kExitUsage;
+}

@@ -1,0 +1,78 @@
+// What the user can do right now: every menu entry (enabled, ticked, visible), every toolbar
+// button (visible, enabled, pressed), the nine status-bar panels and the main caption. The core
+// sets this model; the desktop shell only mirrors it, so the rules are tested without widgets.
+#pragma once
+
+#include <array>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace kv {
+
+struct MenuEntry {
+    std::string name;    // control name, e.g. "mnuOpen"
+    std::string parent;  // control name of the parent menu, "" for the menu bar
+    std::string caption; // "&File", "Import", "-" for a separator
+    bool enabled = true;
+    bool checked = false;
+    bool visible = true;
+};
+
+struct ToolButton {
+    int number = 0;      // 1..105
+    std::string key;     // "" for separators and spacers
+    std::string tip;     // tool tip
+    bool toggle = false; // stays down when pressed
+    bool visible = true;
+    bool enabled = true;
+    bool down = false;
+};
+
+class CommandState {
+  public:
+    CommandState();
+
+    // Menus ---------------------------------------------------------------------------------
+    /// All entries in menu order (parents before children).
+    const std::vector<MenuEntry>& menus() const { return menus_; }
+    MenuEntry& menu(const std::string& name);
+    const MenuEntry& menu(const std::string& name) const;
+    bool hasMenu(const std::string& name) const { return index_.count(name) != 0; }
+    void enable(const std::string& name, bool on = true) { menu(name).enabled = on; }
+    void check(const std::string& name, bool on = true) { menu(name).checked = on; }
+    bool enabled(const std::string& name) const { return menu(name).enabled; }
+    bool checked(const std::string& name) const { return menu(name).checked; }
+
+    // Toolbar -------------------------------------------------------------------------------
+    static constexpr int kButtons = 105;
+    ToolButton& button(int number) { return buttons_.at(number - 1); }
+    const ToolButton& button(int number) const { return buttons_.at(number - 1); }
+    const std::array<ToolButton, kButtons>& buttons() const { return buttons_; }
+    /// Number of the button with this key, 0 when none has it.
+    int buttonByKey(const std::string& key) const;
+    void showButtons(int first, int last, bool visible);
+    /// Numbers of the visible buttons, in order.
+    std::vector<int> visibleButtons() const;
+
+    // Status bar ----------------------------------------------------------------------------
+    static constexpr int kPanels = 9;
+    std::string& panel(int number) { return panels_.at(number - 1); }
+    const std::string& panel(int number) const { return panels_.at(number - 1); }
+
+    // Caption -------------------------------------------------------------------------------
+    std::string caption = "Kelvorandine ";
+    std::string viewCaptionLine; // "Spectrum view" ... set by TBButtons_View
+
+    /// Bumped on every change a mirror should pick up; the shell compares it to repaint.
+    int revision = 0;
+    void touch() { ++revision; }
+
+  private:
+    std::vector<MenuEntry> menus_;
+    std::map<std::string, size_t> index_;
+    std::array<ToolButton, kButtons> buttons_{};
+    std::array<std::string, kPanels> panels_{};
+};
+
+} // namespace kv

@@ -1,0 +1,49 @@
+// The life of the workbench and of its one data set: start, how the trace position maps to the
+// working file, re-reading after a settings change, closing, cleaning up after the last view,
+// and exit.
+#pragma once
+
+#include "core/view_host.h"
+
+namespace kv {
+
+struct Workbench;
+struct ProgramState;
+
+/// The constants the workbench sets before it reads its settings.
+void applyStartConstants(ProgramState& st);
+
+/// Start: constants, the three-button toolbar, an empty temp.sp, then the settings.
+void MDIForm_Load(Workbench& wb);
+/// Exit: deletes temp.sp and print.bmp (failures ignored). temp_l.sp and temp_r.sp stay.
+void MDIForm_Unload(Workbench& wb);
+
+/// How a scroll position maps to a trace: LastTrace, TraceStep, ScrollStride; TracePos to 0.
+void BigFile(ProgramState& st);
+/// Re-reads the data set after the down-sampling settings changed.
+void ChNewDS(Workbench& wb);
+/// Redraws all open views after a settings change.
+void ReloadForms(Workbench& wb);
+/// Closes the views and resets the commands; no data set afterwards.
+void CloseDataSet(Workbench& wb);
+/// What a view's unload leaves behind; with no view left, back to the three-button start.
+void CleanSet(Workbench& wb);
+void NoMarkers(Workbench& wb);
+void NoAnalys(Workbench& wb);
+
+/// A view went away: its flag goes false and CleanSet runs. Every view's unload calls this.
+void viewUnloaded(Workbench& wb, ViewId v);
+/// True when any view (or the reserved extra view) is open.
+bool anyViewOpen(const ProgramState& st);
+/// The status panels after an open.
+void InitStatusPanels(Workbench& wb);
+/// Mode text for the status bar: "Single Trace mode" ...
+const char* modeText(int modeFFT);
+/// CurrentTracePos for the present TracePos.
+void setCurrentTracePos(ProgramState& st);
+
+/// The first words of the status bar and the main caption when nothing is loaded.
+inline constexpr const char* kCompanyPanel = "Hallvik Instruments";
+inline constexpr const char* kMessageTitle = "Kelvorandine®";
+
+} // namespace kv

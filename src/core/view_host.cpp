@@ -1,0 +1,71 @@
+// View requests without a shell: flags kept, requests recorded.
+#include "core/view_host.h"
+
+#include "core/lifecycle.h"
+#include "core/workbench.h"
+
+namespace kv {
+
+const char* viewName(ViewId v) {
+    switch (v) {
+    case ViewId::Oscope:
+        return "O-scope";
+    case ViewId::Spectrum:
+        return "Spectrum";
+    case ViewId::Phase:
+        return "Phase";
+    case ViewId::Waterfall:
+        return "Waterfall";
+    case ViewId::Radargram:
+        return "Radargram";
+    }
+    return "?";
+}
+
+bool& viewFlag(ProgramState& st, ViewId v) {
+    switch (v) {
+    case ViewId::Oscope:
+        return st.OscOpen;
+    case ViewId::Spectrum:
+        return st.SpectrumOpen;
+    case ViewId::Phase:
+        return st.PhaseOpen;
+    case ViewId::Waterfall:
+        return st.WaterfallOpen;
+    case ViewId::Radargram:
+        break;
+    }
+    return st.RadargramOpen;
+}
+
+void RecordingViewHost::loadView(Workbench& wb, ViewId v) {
+    log.push_back(std::string("load ") + viewName(v));
+    viewFlag(wb.st, v) = true;
+    wb.st.ActiveView = static_cast<int16_t>(v);
+}
+
+void RecordingViewHost::unloadView(Workbench& wb, ViewId v) {
+    if (!viewFlag(wb.st, v)) return;
+    log.push_back(std::string("unload ") + viewName(v));
+    viewUnloaded(wb, v);
+}
+
+void RecordingViewHost::spectrumFirstDraw(Workbench& wb) {
+    log.push_back("firstDraw Spectrum");
+    wb.st.SpectrumOpen = true;
+}
+
+void RecordingViewHost::maximiseView(Workbench& wb, ViewId v) {
+    log.push_back(std::string("maximise ") + viewName(v));
+    if (!viewFlag(wb.st, v)) loadView(wb, v);
+}
+
+void RecordingViewHost::arrange(Workbench&, int mode) {
+    log.push_back("arrange " + std::to_string(mode));
+}
+
+void RecordingViewHost::redrawView(Workbench&, ViewId v) {
+    log.push_back(std::string("redraw ") + viewName(v));
+}
+
+} // namespace kv

@@ -1,0 +1,31 @@
+// The Import command: choose a recording, pick its reader, convert it into the working file,
+// and bring the views up.
+#pragma once
+
+#include <string>
+
+namespace kv {
+
+struct Workbench;
+struct ProgramState;
+struct ImportContext;
+
+/// The whole Import command, driven through the host's open dialog. Never throws: every
+/// failure ends in the messages and clean-up the formats define, with no data set.
+void mnuOpen_Click(Workbench& wb);
+
+/// Deletes temp.sp, temp_l.sp, temp_r.sp, test.bmp and span.sp in the home folder.
+void deleteWorkingFiles(const ProgramState& st);
+/// Sets TempPath, TempLeftPath, TempRightPath to their files in the home folder.
+void setWorkingPaths(ProgramState& st);
+/// ChNewDS's re-read of the open format (WAV, SHT, DAT, CSV, DZT only). Throws ReadError.
+void rereadDataSet(Workbench& wb);
+
+/// Hook for tests and fuzzers: when set, readers get their bytes from here instead of disk.
+struct ImportHooks {
+    void (*prepare)(ImportContext&, void*) = nullptr;
+    void* user = nullptr;
+};
+void setImportHooks(const ImportHooks& hooks);
+
+} // namespace kv

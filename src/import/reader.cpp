@@ -1,0 +1,94 @@
+// The shared parts of every reader: the trace loop, the corrupted-file handler, fitting the
+// trace length to a power of two, and checked header arithmetic.
+#include "import/reader.h"
+
+#include "core/lifecycle.h"
+#include "platform/numeric.h"
+
+#include <limits>
+
+namespace kv {
+
+ImportContext::ImportContext(Workbench& w, std::string fileName, int index)
+    : wb(w), st(w.st), dialogFileName(std::move(fileName)), filterIndex(index) {
+    open = [](const std::string& path) -> std::unique_ptr<ByteSource> {
+        return std::make_unique<FileByteSource>(path);
+    };
+}
+
+TraceOutput::TraceOutput(ImportContext& ctx, const std::string& path, bool yieldEachTrace)
+    : ctx_(ctx), yield_(yieldEachTrace) {
+    progress_ = ctx.wb.host.progress("Import", ctx.st.TraceCount);
+    file_.open(path);
+}
+
+bool TraceOutput::next(int k) {
+    if (yield_) {
+        ctx_.wb.host.yield();
+        if (progress_ && progress_->cancelled()) ctx_.st.ImportCancelled = true;
+        if (ctx_.st.ImportCancelled) return false;
+    }
+    if (progress_) progress_->setValue(k);
+    return true;
+}
+
+void TraceOutput::write(const std::vector<float>& trace) {
+    file_.write(writePos_, trace);
+    writePos_ += 4 * int64_t(ctx_.st.Sp_Samples);
+}
+
+void TraceOutput::finish() {
+    ctx_.st.WorkingFileLength = static_cast<int32_t>(
+        std::min<int64_t>(file_.length(), std::numeric_limits<int32_t>::max()));
+    progress_.reset();
+    file_.close();
+}
+
+void withCorruptedFileHandler(ImportContext& ctx, const std::function<void()>& body) {
+    try {
+        body();
+    } catch (const std::exception&) {
+        ctx.dialogFileName.clear();
+        ctx.wb.host.message("File corrupted!", kMessageTitle, MsgIcon::Critical);
+        CleanSet(ctx.wb);
+        ctx.wb.cmd.button(2).visible = true;
+        ctx.st.TempPath.clear();
+    }
+}
+
+void fitTraceLength(ProgramState& st, int64_t traceLength) {
+    if (st.PadWithZero) {
+        for (int k = 1; k <= 16; ++k) {
+            if ((int64_t(1) << k) >= traceLength) {
+                st.Sp_Samples = 1 << k;
+                return;
+            }
+        }
+    } else {
+        for (int k = 16; k >= 1; --k) {
+            if ((int64_t(1) << k) <= traceLength) {
+                st.Sp_Samples = 1 << k;
+                return;
+            }
+        }
+    }
+}
+
+double checkedDiv(double a, double b) {
+    if (b == 0.0) throw ReadError("Division by zero");
+    return a / b;
+}
+
+int32_t checkedInt32(double x) {
+    double r = roundHalfEven(x);
+    if (!(r >= -2147483648.0 && r <= 2147483647.0)) throw ReadError("Overflow");
+    return static_cast<int32_t>(r);
+}
+
+int16_t checkedInt16(double x) {
+    double r = roundHalfEven(x);
+    if (!(r >= -32768.0 && r <= 32767.0)) throw ReadError("Overflow");
+    return static_cast<int16_t>(r);
+}
+
+} // namespace kv

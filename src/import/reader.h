@@ -1,0 +1,86 @@
+// What every reader is handed and the loop they all share. A reader is one function taking an
+// ImportContext; it fills the data-set items of ProgramState, writes the working file trace by
+// trace, and keeps no state of its own once it returns. It reports a failed read by throwing
+// ReadError.
+#pragma once
+
+#include "core/workbench.h"
+#include "import/read_error.h"
+#include "import/trace_store.h"
+#include "platform/byte_source.h"
+
+#include <cmath>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace kv {
+
+struct ImportContext {
+    Workbench& wb;
+    ProgramState& st;
+    /// The dialog's file name. A reader's "File corrupted!" handler empties it, which tells the
+    /// open command not to finish the open.
+    std::string dialogFileName;
+    /// The 1-based filter index the user chose in the import dialog.
+    int filterIndex = 1;
+    /// True when the data set is being re-read after a settings change (not an Import).
+    bool reread = false;
+    /// Opens a file for reading. Tests and fuzzers replace it to feed bytes from memory.
+    std::function<std::unique_ptr<ByteSource>(const std::string&)> open;
+
+    ImportContext(Workbench& w, std::string fileName, int index);
+    /// The source recording (SourcePath).
+    std::unique_ptr<ByteSource> openSource() { return open(st.SourcePath); }
+};
+
+using ReaderFn = void (*)(ImportContext&);
+
+/// The trace loop of the reader contract: a progress window with TraceCount as its maximum and
+/// a Cancel button, the working file opened for writing, one yield and one Cancel test per
+/// trace, traces written one after the other, and WorkingFileLength set at the end.
+class TraceOutput {
+  public:
+    /// Opens `path` (normally TempPath). TraceCount must already be set.
+    TraceOutput(ImportContext& ctx, const std::string& path, bool yieldEachTrace = true);
+    /// Call at the top of each trace k. False when the user cancelled: leave the loop.
+    bool next(int k);
+    /// Writes one trace of Sp_Samples floats at the write position and advances it.
+    void write(const std::vector<float>& trace);
+    /// Writes at an explicit 1-based position (readers whose layout differs).
+    void writeAt(int64_t pos1, const float* data, size_t n) { file_.write(pos1, data, n); }
+    /// Sets WorkingFileLength from the file and closes it; the progress window goes away.
+    void finish();
+    TraceFileWriter& file() { return file_; }
+    int64_t writePos() const { return writePos_; }
+
+  private:
+    ImportContext& ctx_;
+    TraceFileWriter file_;
+    std::unique_ptr<Progress> progress_;
+    int64_t writePos_ = 1;
+    bool yield_;
+};
+
+/// Runs a reader's trace-writing routine under the handler the radar, seismic and scope
+/// readers share: on any failure the dialog's file name is emptied, "File corrupted!" is shown,
+/// CleanSet runs, toolbar button 2 shows, and TempPath is emptied.
+void withCorruptedFileHandler(ImportContext& ctx, const std::function<void()>& body);
+
+/// Fits Sp_Samples to a source trace length that is not a power of two: with PadWithZero the
+/// smallest power of two not below it (2^1 upward to 2^16), otherwise the largest not above it
+/// (2^16 down to 2^1). When none fits, Sp_Samples stays.
+void fitTraceLength(ProgramState& st, int64_t traceLength);
+
+/// Checked conversions for header arithmetic: a division by zero or a value that does not fit
+/// fails the read, as the arithmetic of the original readers did.
+double checkedDiv(double a, double b);
+int32_t checkedInt32(double x); // rounds half to even
+int16_t checkedInt16(double x); // rounds half to even
+/// Index check for the readers' fixed-size work arrays.
+inline void checkIndex(size_t i, size_t size) {
+    if (i >= size) throw ReadError("Subscript out of range");
+}
+
+} // namespace kv

@@ -1,0 +1,34 @@
+// One entry point per recording format, and the table the open command chooses from.
+#pragma once
+
+#include "import/reader.h"
+
+namespace kv {
+
+// WAV: the RIFF check, then header and samples.
+bool WavCheck(ImportContext& ctx);
+void ReadWav(ImportContext& ctx); // WavHeader + WavSamples
+
+/// One row per format flag: how the flag is recognised, what the open command sets around the
+/// reader, and the reader itself. Adding a format means adding its reader file and one row.
+struct FormatRow {
+    bool ProgramState::*flag;
+    const char* name;
+    int16_t showVerticalBefore; // 0: left as it is
+    bool stereoOff;             // StereoFlag 0 before the reader
+    const char* yUnitAfter;     // nullptr: left as it is
+    ReaderFn read;              // nullptr: no reader for this format yet
+    bool rereadAfterOptions;    // ChNewDS reads it again after a settings change
+};
+
+const std::vector<FormatRow>& formatTable();
+
+/// The format flags, each False.
+void clearFormatFlags(ProgramState& st);
+/// Sets the format flag from the last characters of a file name; a name that matches nothing
+/// leaves the flags as they were.
+void detectFormat(ProgramState& st, const std::string& fileTitle);
+/// The row of the flag that is set, or nullptr.
+const FormatRow* activeFormat(const ProgramState& st);
+
+} // namespace kv

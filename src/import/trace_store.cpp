@@ -1,0 +1,87 @@
+// Reading and writing the working trace files.
+#include "import/trace_store.h"
+
+#include "import/read_error.h"
+#include "platform/files.h"
+
+#include <bit>
+#include <cstring>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace kv {
+
+static_assert(std::endian::native == std::endian::little,
+              "working files are little-endian and are read and written without conversion");
+
+void readTrace(const std::string& path, int64_t pos1, float* out, size_t n) {
+    if (path.empty()) throw ReadError("no working file");
+    if (pos1 < 1) throw ReadError("bad record number");
+    std::memset(out, 0, n * sizeof(float));
+    int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) return; // a missing working file reads as zeros, like an empty one
+    auto* dst = reinterpret_cast<char*>(out);
+    size_t want = n * sizeof(float), got = 0;
+    while (got < want) {
+        ssize_t r = ::pread(fd, dst + got, want - got, static_cast<off_t>(pos1 - 1 + int64_t(got)));
+        if (r <= 0) break;
+        got += static_cast<size_t>(r);
+    }
+    ::close(fd);
+}
+
+TraceFileWriter::~TraceFileWriter() {
+    close();
+}
+
+void TraceFileWriter::open(const std::string& path, bool keepExisting) {
+    close();
+    if (path.empty()) throw ReadError("no working file");
+    if (keepExisting) {
+        f_ = std::fopen(path.c_str(), "r+b");
+        if (!f_) f_ = std::fopen(path.c_str(), "w+b");
+    } else {
+        f_ = std::fopen(path.c_str(), "w+b");
+    }
+    if (!f_) throw ReadError("cannot write " + path);
+    buffer_.resize(1 << 20);
+    std::setvbuf(f_, buffer_.data(), _IOFBF, buffer_.size());
+    at_ = 0;
+}
+
+void TraceFileWriter::writeBytes(int64_t pos1, const void* data, size_t n) {
+    if (!f_) throw ReadError("working file not open");
+    if (pos1 < 1) throw ReadError("bad record number");
+    int64_t off = pos1 - 1;
+    if (off != at_) {
+        if (std::fseek(f_, static_cast<long>(off), SEEK_SET) != 0) throw ReadError("seek failed");
+    }
+    if (n && std::fwrite(data, 1, n, f_) != n) throw ReadError("write failed");
+    at_ = off + static_cast<int64_t>(n);
+}
+
+void TraceFileWriter::write(int64_t pos1, const float* data, size_t n) {
+    writeBytes(pos1, data, n * sizeof(float));
+}
+
+int64_t TraceFileWriter::length() {
+    if (!f_) return 0;
+    std::fflush(f_);
+    long here = std::ftell(f_);
+    std::fseek(f_, 0, SEEK_END);
+    long end = std::ftell(f_);
+    std::fseek(f_, here, SEEK_SET);
+    return end;
+}
+
+void TraceFileWriter::close() {
+    if (f_) std::fclose(f_);
+    f_ = nullptr;
+    at_ = -1;
+}
+
+void KillWorkingFile(const std::string& path) {
+    removeFileQuietly(path);
+}
+
+} // namespace kv

@@ -1,0 +1,185 @@
+// WAV recordings (PCM, 8 or 16 bits). The header is taken at the fixed places of the canonical
+// 44-byte header, not parsed chunk by chunk, and the samples always start at byte 45. Stereo
+// recordings go to two working files; the views show the left one.
+#include "import/readers.h"
+
+#include "platform/numeric.h"
+
+#include <cstring>
+
+namespace kv {
+
+namespace {
+
+/// The sizes the header step leaves for the sample step.
+struct WavLayout {
+    int32_t rawPerTrace = 0; // NewDS * Sp_Samples: samples per channel taken for one trace
+    int32_t rawUpper = 0;    // last index of the raw arrays
+};
+
+WavLayout WavHeader(ImportContext& ctx, const ByteSource& src) {
+    ProgramState& st = ctx.st;
+    st.BitsPerSample = src.i16le(34);
+    st.Channels = src.i16le(22);
+    if (st.Channels == 1) st.StereoFlag = 0;
+    if (st.Channels > 1) st.StereoFlag = 1;
+    st.SampleRate = static_cast<double>(src.i32le(24));
+    st.DataStart = 45;
+    st.ReadPos = 45;
+    st.ScansPerSecond = 0;
+
+    WavLayout w;
+    w.rawPerTrace = checkedInt32(double(st.NewDS) * st.Sp_Samples);
+    if (st.BitsPerSample == 8) st.BytesPerSample = 1;
+    if (st.BitsPerSample == 16) st.BytesPerSample = 2;
+    w.rawUpper = st.StereoFlag == 0 ? w.rawPerTrace - 1
+                                    : checkedInt32(double(st.Channels) * w.rawPerTrace - 1);
+
+    const double payload = double(st.SourceLength) - st.DataStart;
+    if (st.BitsPerSample == 16) {
+        st.TraceCount = checkedInt32(
+            checkedDiv(double(st.SourceLength) - 45, double(w.rawPerTrace) * 2 * st.Channels));
+        st.FullScalePos = 32767;
+        st.FullScaleNeg = 32768;
+    } else if (st.BitsPerSample == 8) {
+        st.TraceCount = checkedInt32(checkedDiv(payload, double(st.Channels) * w.rawPerTrace));
+        st.FullScalePos = 128;
+        st.FullScaleNeg = 128;
+    }
+    if (st.TraceCount == 0) {
+        // Shorter than half a trace: shrink the trace to the largest power of two the recording
+        // holds. NewDS enters twice and the raw array keeps its size; both are kept so.
+        for (int k = 16; k >= 1; --k) {
+            const double n = double(1 << k) * st.NewDS;
+            if (checkedDiv(payload, n * st.BytesPerSample * st.Channels) >= 1) {
+                st.TraceCount = 1;
+                st.Sp_Samples = 1 << k;
+                w.rawPerTrace = checkedInt32(st.NewDS * n);
+                break;
+            }
+        }
+    }
+    return w;
+}
+
+/// Reads the raw samples of one trace as signed values (8-bit offset to -128..127).
+void readRaw(const ProgramState& st, const ByteSource& src, int64_t pos1,
+             std::vector<uint8_t>& bytes, std::vector<int16_t>& raw) {
+    if (st.BitsPerSample == 16) {
+        bytes.resize(raw.size() * 2);
+        src.read(uint64_t(pos1 - 1), bytes.data(), bytes.size());
+        for (size_t j = 0; j < raw.size(); ++j)
+            raw[j] = static_cast<int16_t>(bytes[2 * j] | (bytes[2 * j + 1] << 8));
+    } else if (st.BitsPerSample == 8) {
+        bytes.resize(raw.size());
+        src.read(uint64_t(pos1 - 1), bytes.data(), bytes.size());
+        for (size_t j = 0; j < raw.size(); ++j)
+            raw[j] = static_cast<int16_t>(bytes[j] - 128);
+    }
+    // Other depths convert nothing: the trace stays zero.
+}
+
+/// Steps 4 and 5 of the sample conversion: copy, or average / decimate NewDS neighbours.
+void toTrace(const ProgramState& st, const std::vector<int16_t>& raw, int32_t rawPerTrace,
+             std::vector<float>& work, std::vector<float>& out) {
+    std::fill(out.begin(), out.end(), 0.0f);
+    if (st.NewDS <= 1) {
+        for (size_t j = 0; j < out.size(); ++j) {
+            checkIndex(j, raw.size());
+            out[j] = raw[j];
+        }
+        return;
+    }
+    const int ds = st.NewDS;
+    work.assign(size_t(rawPerTrace), 0.0f);
+    for (size_t j = 0; j < work.size(); ++j) {
+        checkIndex(j, raw.size());
+        work[j] = raw[j];
+    }
+    size_t i = 0;
+    for (int start = 0; start <= rawPerTrace - ds; start += ds, ++i) {
+        checkIndex(i, out.size());
+        if (st.DownsampleMode == 0) {
+            float sum = 0.0f;
+            for (int m = 0; m < ds; ++m)
+                sum += work[size_t(start + m)];
+            out[i] = sum / float(ds);
+        } else {
+            out[i] = work[size_t(start)];
+        }
+    }
+}
+
+void WavSamplesMono(ImportContext& ctx, const ByteSource& src, const WavLayout& w) {
+    ProgramState& st = ctx.st;
+    TraceOutput out(ctx, st.TempPath);
+    std::vector<uint8_t> bytes;
+    std::vector<int16_t> raw(size_t(w.rawUpper) + 1);
+    std::vector<float> work, trace(size_t(st.Sp_Samples));
+    for (int32_t k = 0; k < st.TraceCount; ++k) {
+        if (!out.next(k)) break;
+        st.ReadPos = checkedInt32(st.DataStart + double(st.BytesPerSample) * w.rawPerTrace * k);
+        readRaw(st, src, st.ReadPos, bytes, raw);
+        toTrace(st, raw, w.rawPerTrace, work, trace);
+        out.write(trace);
+    }
+    out.finish();
+}
+
+void WavSamplesStereo(ImportContext& ctx, const ByteSource& src, const WavLayout& w) {
+    ProgramState& st = ctx.st;
+    // This loop neither yields nor tests Cancel.
+    TraceOutput left(ctx, st.TempLeftPath, false);
+    TraceFileWriter right;
+    right.open(st.TempRightPath);
+    std::vector<uint8_t> bytes;
+    std::vector<int16_t> raw(size_t(w.rawUpper) + 1);
+    const size_t half = (size_t(w.rawUpper) + 1) / 2;
+    std::vector<int16_t> rawLeft(half), rawRight(half);
+    std::vector<float> work, traceL(size_t(st.Sp_Samples)), traceR(size_t(st.Sp_Samples));
+    int64_t pos = 1;
+    for (int32_t k = 0; k < st.TraceCount; ++k) {
+        left.next(k);
+        // The stride leaves Channels out: neighbouring traces overlap by half and the second
+        // half of the recording is never read. Kept so.
+        st.ReadPos = checkedInt32(st.DataStart + double(st.BytesPerSample) * w.rawPerTrace * k);
+        readRaw(st, src, st.ReadPos, bytes, raw);
+        for (size_t i = 0; i < half; ++i) {
+            checkIndex(2 * i + 1, raw.size());
+            rawLeft[i] = raw[2 * i];
+            rawRight[i] = raw[2 * i + 1];
+        }
+        toTrace(st, rawLeft, w.rawPerTrace, work, traceL);
+        toTrace(st, rawRight, w.rawPerTrace, work, traceR);
+        left.writeAt(pos, traceL.data(), traceL.size());
+        right.write(pos, traceR);
+        pos += 4 * int64_t(st.Sp_Samples);
+    }
+    left.finish();
+    st.WorkingFileLength = static_cast<int32_t>(std::min<int64_t>(right.length(), INT32_MAX));
+    right.close();
+}
+
+} // namespace
+
+bool WavCheck(ImportContext& ctx) {
+    auto src = ctx.openSource();
+    const uint64_t size = src->size();
+    if (size > uint64_t(INT32_MAX)) throw ReadError("Overflow");
+    ctx.st.SourceLength = static_cast<int32_t>(size);
+    return src->text(0, 4) == "RIFF";
+}
+
+void ReadWav(ImportContext& ctx) {
+    auto src = ctx.openSource();
+    const uint64_t size = src->size();
+    if (size > uint64_t(INT32_MAX)) throw ReadError("Overflow");
+    ctx.st.SourceLength = static_cast<int32_t>(size);
+    WavLayout w = WavHeader(ctx, *src);
+    if (ctx.st.StereoFlag == 0)
+        WavSamplesMono(ctx, *src, w);
+    else
+        WavSamplesStereo(ctx, *src, w);
+}
+
+} // namespace kv

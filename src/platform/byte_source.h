@@ -1,0 +1,67 @@
+// Where a reader gets its bytes: a file on disk or a block of memory. Every read is
+// bounds-checked; bytes past the end read as zero, so a truncated recording can never make a
+// reader step outside its buffer. Offsets here are 0-based.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace kv {
+
+class ByteSource {
+  public:
+    virtual ~ByteSource() = default;
+    /// Length in bytes.
+    virtual uint64_t size() const = 0;
+    /// Copies `n` bytes from `offset` into `dst`; what lies past the end is zero-filled.
+    /// Returns how many bytes came from the source.
+    virtual size_t read(uint64_t offset, void* dst, size_t n) const = 0;
+
+    uint8_t u8(uint64_t off) const;
+    int8_t i8(uint64_t off) const { return static_cast<int8_t>(u8(off)); }
+    uint16_t u16le(uint64_t off) const;
+    int16_t i16le(uint64_t off) const { return static_cast<int16_t>(u16le(off)); }
+    uint32_t u32le(uint64_t off) const;
+    int32_t i32le(uint64_t off) const { return static_cast<int32_t>(u32le(off)); }
+    float f32le(uint64_t off) const;
+    double f64le(uint64_t off) const;
+    uint16_t u16be(uint64_t off) const;
+    int16_t i16be(uint64_t off) const { return static_cast<int16_t>(u16be(off)); }
+    uint32_t u32be(uint64_t off) const;
+    int32_t i32be(uint64_t off) const { return static_cast<int32_t>(u32be(off)); }
+    float f32be(uint64_t off) const;
+    /// `n` bytes as text (NULs kept).
+    std::string text(uint64_t off, size_t n) const;
+};
+
+/// A file opened for reading; the descriptor stays open for the life of the object.
+class FileByteSource : public ByteSource {
+  public:
+    /// Opens `path`; ok() tells whether it worked. A source that failed to open is empty.
+    explicit FileByteSource(const std::string& path);
+    ~FileByteSource() override;
+    FileByteSource(const FileByteSource&) = delete;
+    FileByteSource& operator=(const FileByteSource&) = delete;
+    bool ok() const { return fd_ >= 0; }
+    uint64_t size() const override { return size_; }
+    size_t read(uint64_t offset, void* dst, size_t n) const override;
+
+  private:
+    int fd_ = -1;
+    uint64_t size_ = 0;
+};
+
+class MemoryByteSource : public ByteSource {
+  public:
+    explicit MemoryByteSource(std::vector<uint8_t> bytes) : bytes_(std::move(bytes)) {}
+    uint64_t size() const override { return bytes_.size(); }
+    size_t read(uint64_t offset, void* dst, size_t n) const override;
+
+  private:
+    std::vector<uint8_t> bytes_;
+};
+
+} // namespace kv

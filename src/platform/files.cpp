@@ -1,0 +1,107 @@
+// File-system helpers (names, sizes, deletion, case-blind companion lookup, safe replace).
+#include "platform/files.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <system_error>
+
+namespace fs = std::filesystem;
+
+namespace kv {
+
+std::string fileTitleOf(const std::string& path) {
+    auto p = path.find_last_of("/\\");
+    return p == std::string::npos ? path : path.substr(p + 1);
+}
+
+std::string folderOf(const std::string& path) {
+    auto p = path.find_last_of("/\\");
+    return p == std::string::npos ? std::string() : path.substr(0, p);
+}
+
+std::string joinPath(const std::string& folder, const std::string& name) {
+    if (folder.empty()) return name;
+    if (folder.back() == '/' || folder.back() == '\\') return folder + name;
+    return folder + "/" + name;
+}
+
+std::string upperAscii(std::string s) {
+    for (char& c : s)
+        c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+    return s;
+}
+
+bool equalsNoCase(const std::string& a, const std::string& b) {
+    return a.size() == b.size() && upperAscii(a) == upperAscii(b);
+}
+
+bool fileExists(const std::string& path) {
+    std::error_code ec;
+    return !path.empty() && fs::is_regular_file(path, ec);
+}
+
+int64_t fileSize(const std::string& path) {
+    std::error_code ec;
+    auto n = fs::file_size(path, ec);
+    return ec ? -1 : static_cast<int64_t>(n);
+}
+
+void removeFileQuietly(const std::string& path) {
+    if (path.empty()) return;
+    std::error_code ec;
+    fs::remove(path, ec);
+}
+
+void touchFile(const std::string& path) {
+    if (fileExists(path)) return;
+    std::ofstream f(path, std::ios::binary | std::ios::app);
+}
+
+std::string withExtension(const std::string& path, const std::string& ext) {
+    std::string title = fileTitleOf(path);
+    std::string folder = path.substr(0, path.size() - title.size());
+    auto dot = title.find_last_of('.');
+    if (dot != std::string::npos) title.resize(dot);
+    return folder + title + "." + ext;
+}
+
+std::string findCompanion(const std::string& wanted) {
+    if (fileExists(wanted)) return wanted;
+    std::string folder = folderOf(wanted);
+    std::string title = fileTitleOf(wanted);
+    std::error_code ec;
+    fs::directory_iterator it(folder.empty() ? fs::path(".") : fs::path(folder), ec);
+    if (ec) return wanted;
+    for (const auto& entry : it) {
+        std::string name = entry.path().filename().string();
+        if (equalsNoCase(name, title) && entry.is_regular_file(ec)) return joinPath(folder, name);
+    }
+    return wanted;
+}
+
+bool writeFileAtomically(const std::string& path, const std::string& bytes) {
+    std::string tmp = path + ".tmp";
+    {
+        std::ofstream f(tmp, std::ios::binary | std::ios::trunc);
+        if (!f) return false;
+        f.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+        f.flush();
+        if (!f) {
+            f.close();
+            removeFileQuietly(tmp);
+            return false;
+        }
+    }
+    std::error_code ec;
+    fs::rename(tmp, path, ec);
+    if (ec) {
+        removeFileQuietly(tmp);
+        return false;
+    }
+    return true;
+}
+
+} // namespace kv

@@ -1,0 +1,41 @@
+// Small file-system helpers: names, sizes, deletion, and finding a companion file whose name
+// may differ in case (the recordings often come from systems where names ignore case).
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace kv {
+
+/// The file name without its folder.
+std::string fileTitleOf(const std::string& path);
+/// The folder part of a path, without a trailing separator ("" for a bare name).
+std::string folderOf(const std::string& path);
+/// `folder` + "/" + `name`, without doubling the separator.
+std::string joinPath(const std::string& folder, const std::string& name);
+/// Upper-cased copy (ASCII).
+std::string upperAscii(std::string s);
+bool equalsNoCase(const std::string& a, const std::string& b);
+
+bool fileExists(const std::string& path);
+/// Size in bytes, or -1 when the file cannot be examined.
+int64_t fileSize(const std::string& path);
+/// Deletes a file; any failure is ignored.
+void removeFileQuietly(const std::string& path);
+/// Creates the file empty if it does not exist; leaves an existing file as it is.
+void touchFile(const std::string& path);
+
+/// Replaces the extension of `path` (the part after the last dot of the file name) by `ext`
+/// (given without dot). A name without a dot gets ".ext" appended.
+std::string withExtension(const std::string& path, const std::string& ext);
+
+/// The companion file rule: `wanted` itself when it exists; otherwise the one file in the same
+/// folder whose name equals it without regard to case; otherwise `wanted` unchanged (so that the
+/// caller's open fails as it would have).
+std::string findCompanion(const std::string& wanted);
+
+/// Writes `bytes` to `path` through a sibling temporary file renamed over it, so that a failure
+/// half-way never leaves a broken file behind. Returns false when the file could not be written.
+bool writeFileAtomically(const std::string& path, const std::string& bytes);
+
+} // namespace kv

@@ -1,0 +1,86 @@
+// Byte sources, the working trace store and the file helpers never read outside a file and
+// never leave a half-written file behind.
+#include "import/read_error.h"
+#include "import/trace_store.h"
+#include "platform/byte_source.h"
+#include "platform/files.h"
+#include "support/test_home.h"
+
+#include <gtest/gtest.h>
+
+using namespace kv;
+
+TEST(ByteSources, ReadLittleAndBigEndianValuesAndZerosPastTheEnd) {
+    MemoryByteSource m({0x01, 0x02, 0x03, 0x04, 0xFF});
+    EXPECT_EQ(m.u16le(0), 0x0201);
+    EXPECT_EQ(m.u16be(0), 0x0102);
+    EXPECT_EQ(m.u32le(0), 0x04030201u);
+    EXPECT_EQ(m.i32be(0), 0x01020304);
+    EXPECT_EQ(m.i16le(3), int16_t(0xFF04));
+    EXPECT_EQ(m.u16le(4), 0x00FF);     // half past the end
+    EXPECT_EQ(m.u32le(100), 0u);       // wholly past the end
+    EXPECT_EQ(m.u32le(~0ull - 2), 0u); // an offset that would wrap around
+    EXPECT_EQ(m.text(3, 4), std::string("\x04\xFF\0\0", 4));
+}
+
+TEST(ByteSources, FileSourceMatchesMemorySourceAndMissingFileIsEmpty) {
+    test::TempHome home(false);
+    std::vector<uint8_t> bytes(1000);
+    for (size_t i = 0; i < bytes.size(); ++i)
+        bytes[i] = uint8_t(i * 7);
+    test::writeFile(home.file("x.bin"), bytes);
+    FileByteSource f(home.file("x.bin"));
+    MemoryByteSource m(bytes);
+    ASSERT_TRUE(f.ok());
+    EXPECT_EQ(f.size(), 1000u);
+    for (uint64_t off : {0ull, 3ull, 996ull, 998ull, 5000ull}) {
+        EXPECT_EQ(f.u32le(off), m.u32le(off)) << off;
+        EXPECT_EQ(f.f32be(off), m.f32be(off)) << off;
+    }
+    FileByteSource missing(home.file("nope.bin"));
+    EXPECT_FALSE(missing.ok());
+    EXPECT_EQ(missing.size(), 0u);
+    EXPECT_EQ(missing.u32le(0), 0u);
+}
+
+TEST(WorkingTraceStore, ReadsAtOneBasedPositionsWithZerosPastTheEnd) {
+    test::TempHome home(false);
+    const std::string path = home.file("temp.sp");
+    TraceFileWriter w;
+    w.open(path);
+    w.write(1, std::vector<float>{1, 2, 3, 4});
+    w.write(17, std::vector<float>{5, 6});
+    EXPECT_EQ(w.length(), 24);
+    w.close();
+
+    std::vector<float> out(4, -1.0f);
+    readTrace(path, 5, out);
+    EXPECT_EQ(out, (std::vector<float>{2, 3, 4, 5}));
+    readTrace(path, 21, out);
+    EXPECT_EQ(out, (std::vector<float>{6, 0, 0, 0}));
+    readTrace(home.file("missing.sp"), 1, out);
+    EXPECT_EQ(out, (std::vector<float>{0, 0, 0, 0}));
+    // No working file at all is how a read fails when no data set is loaded.
+    EXPECT_THROW(readTrace("", 1, out), ReadError);
+}
+
+TEST(FileHelpers, CompanionFilesAreFoundWithoutRegardToCase) {
+    test::TempHome home(false);
+    test::writeText(home.file("LINE01.RAD"), "x");
+    EXPECT_EQ(findCompanion(home.file("LINE01.rad")), home.file("LINE01.RAD"));
+    test::writeText(home.file("LINE01.rad"), "y");
+    EXPECT_EQ(findCompanion(home.file("LINE01.rad")), home.file("LINE01.rad")); // exact wins
+    EXPECT_EQ(findCompanion(home.file("other.rad")), home.file("other.rad"));
+    EXPECT_EQ(withExtension("/a/b.c/LINE.rd3", "rad"), "/a/b.c/LINE.rad");
+    EXPECT_EQ(withExtension("/a/b.c/LINE", "rad"), "/a/b.c/LINE.rad");
+}
+
+TEST(FileHelpers, AtomicWriteReplacesWholeAndLeavesNoTemporary) {
+    test::TempHome home(false);
+    const std::string p = home.file("SP.ini");
+    test::writeText(p, "old");
+    ASSERT_TRUE(writeFileAtomically(p, "new contents"));
+    EXPECT_EQ(test::readText(p), "new contents");
+    EXPECT_FALSE(fileExists(p + ".tmp"));
+    EXPECT_FALSE(writeFileAtomically(home.file("no/such/dir/SP.ini"), "x"));
+}
