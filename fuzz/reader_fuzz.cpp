@@ -1,0 +1,77 @@
+// libFuzzer harness for one reader: the input is the recording, fed from memory, imported
+// through the Import command in a scratch home. The format is chosen at build time by the file
+// extension (KV_FUZZ_EXT) and, for .sgy/.sg2, the import dialog entry (KV_FUZZ_FILTER).
+// Formats with a companion header file (.rad, .HD, .hdr) get the input split at its first
+// "\n--\n": what comes after is the companion's bytes.
+#include "core/lifecycle.h"
+#include "core/settings.h"
+#include "core/workbench.h"
+#include "import/file_filters.h"
+#include "import/open.h"
+#include "import/reader.h"
+#include "platform/scripted_host.h"
+
+#include <cstdint>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#ifndef KV_FUZZ_FILTER
+#define KV_FUZZ_FILTER ""
+#endif
+
+namespace {
+
+std::vector<uint8_t> gMain, gCompanion;
+std::string gSource;
+
+void feedFromMemory(kv::ImportContext& ctx, void*) {
+    ctx.open = [](const std::string& path) -> std::unique_ptr<kv::ByteSource> {
+        return std::make_unique<kv::MemoryByteSource>(path == gSource ? gMain : gCompanion);
+    };
+}
+
+const std::string& home() {
+    static const std::string h = [] {
+        auto p = std::filesystem::temp_directory_path() /
+                 ("kv-fuzz-" + std::string(KV_FUZZ_EXT) + "-" + std::to_string(::getpid()));
+        std::filesystem::create_directories(p);
+        std::ofstream(p / "SP.ini") << kv::factorySettingsText();
+        return p.string();
+    }();
+    return h;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    static const char sep[] = "\n--\n";
+    const uint8_t* cut =
+        size >= 4 ? static_cast<const uint8_t*>(memmem(data, size, sep, 4)) : nullptr;
+    if (cut) {
+        gMain.assign(data, cut);
+        gCompanion.assign(cut + 4, data + size);
+    } else {
+        gMain.assign(data, data + size);
+        gCompanion.clear();
+    }
+    // Keep fuzzing inputs to sizes a reader turns into a few thousand traces at most.
+    kv::ProgramState st;
+    kv::CommandState cmd;
+    kv::ScriptedHost host;
+    kv::RecordingViewHost views;
+    kv::Workbench wb{st, cmd, host, views};
+    st.AppPath = home();
+    kv::MDIForm_Load(wb);
+    gSource = home() + "/input." KV_FUZZ_EXT;
+    int index = kv::filterIndexForFile(st.Fil, gSource);
+    kv::FilterName f;
+    if (std::strlen(KV_FUZZ_FILTER) && kv::parseFilterName(KV_FUZZ_FILTER, f))
+        index = kv::filterIndexOf(st.Fil, f);
+    kv::setImportHooks({feedFromMemory, nullptr});
+    host.queueFile(gSource, index < 1 ? 1 : index);
+    kv::mnuOpen_Click(wb);
+    return 0;
+}
