@@ -20,17 +20,13 @@ from pathlib import Path
 
 COUNT = 256
 
-# Perceptually uniform maps. viridis, magma and inferno were designed by
-# Stéfan van der Walt and Nathaniel J. Smith (viridis with Eric Firing) and
-# dedicated to the public domain under CC0. cividis was designed by Jamie R.
-# Nuñez, Christopher R. Anderton and Ryan S. Renslow (PLOS ONE, 2018); its
-# 256-entry table is published by the authors, Copyright (c) 2017 Battelle
-# Memorial Institute, under a permissive BSD-style licence.
+# Perceptually uniform maps. viridis, magma, inferno and plasma were designed
+# by Stéfan van der Walt and Nathaniel J. Smith (viridis with Eric Firing) and
+# dedicated to the public domain under CC0.
 # Each map below keeps the published sRGB entries 0, 8, 16, ...,
 # 248 and 255 (33 anchors, rounded to 8 bits); the entries in between are
 # interpolated linearly. The result stays within 2 levels of the published
-# tables, and within 5 levels for cividis at the two kinks where its red
-# channel leaves zero and where it saturates.
+# tables.
 _ANCHOR_INDEX = list(range(0, COUNT, 8)) + [COUNT - 1]
 
 _VIRIDIS = """
@@ -51,10 +47,10 @@ _INFERNO = """
     f1731d f68013 f98e09 fb9d07 fcac11 fbbc21 f9cb35 f5db4c f2ea69 f3f68a fcffa4
 """
 
-_CIVIDIS = """
-    00204c 00265a 002b68 00306f 06366e 1e3c6c 2c416b 37476b 414d6b 49536b 51586c
-    595e6d 60646e 686a70 6f6f72 757575 7c7b78 848178 8c8878 948e78 9c9477 a49b75
-    aca173 b5a871 bdaf6e c6b66b cebd67 d7c462 e0cb5d e9d356 f3db4f fce246 ffe945
+_PLASMA = """
+    0d0887 220690 310597 3f049c 4c02a1 5901a5 6600a7 7201a8 7e03a8 8a09a5 9511a1
+    a01a9c aa2395 b32c8e bc3587 c43e7f cc4778 d35171 da5a6a e06363 e66c5c eb7655
+    f0804e f58b47 f89540 fba139 fdac33 feb82c fdc527 fcd225 f8df25 f4ed27 f0f921
 """
 
 
@@ -149,7 +145,7 @@ PALETTES = [
     ("3_viridis.pal", lambda: from_anchors(_VIRIDIS)),
     ("4_magma.pal", lambda: from_anchors(_MAGMA)),
     ("5_inferno.pal", lambda: from_anchors(_INFERNO)),
-    ("6_cividis.pal", lambda: from_anchors(_CIVIDIS)),
+    ("6_plasma.pal", lambda: from_anchors(_PLASMA)),
     ("7_bwr.pal", bwr),
     ("8_seismic.pal", seismic),
 ]

@@ -140,3 +140,18 @@ TEST(SettingsFile, NumbersRoundHalfToEvenAndOverridesWin) {
     EXPECT_EQ(b.st.AverVal, 2);
     EXPECT_EQ(b.st.Sp_Samples, 4096);
 }
+
+TEST(FactoryHome, EveryPaletteSlotNamesARiffPaletteThatShipsBesideTheProgram) {
+    test::Bench b;
+    b.start();
+    for (const auto& name : b.st.pal) {
+        SCOPED_TRACE(name);
+        const std::string bytes = test::readText(std::string(KV_HOME_DIR) + "/pal/" + name);
+        ASSERT_EQ(bytes.size(), 1048u);
+        EXPECT_EQ(bytes.substr(0, 4), "RIFF");
+        EXPECT_EQ(bytes.substr(8, 8), "PAL data");
+        EXPECT_EQ(uint8_t(bytes[22]), 0u); // 256 entries, little-endian
+        EXPECT_EQ(uint8_t(bytes[23]), 1u);
+    }
+    EXPECT_NE(std::find(b.st.pal.begin(), b.st.pal.end(), b.st.PalAd), b.st.pal.end());
+}
