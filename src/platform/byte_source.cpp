@@ -73,15 +73,31 @@ FileByteSource::~FileByteSource() {
     if (fd_ >= 0) ::close(fd_);
 }
 
+size_t FileByteSource::readDirect(uint64_t offset, uint8_t* out, size_t n) const {
+    size_t got = 0;
+    while (got < n) {
+        ssize_t r = ::pread(fd_, out + got, n - got, static_cast<off_t>(offset + got));
+        if (r <= 0) break;
+        got += static_cast<size_t>(r);
+    }
+    return got;
+}
+
 size_t FileByteSource::read(uint64_t offset, void* dst, size_t n) const {
     auto* out = static_cast<uint8_t*>(dst);
     size_t got = 0;
     if (fd_ >= 0 && offset < size_) {
-        size_t want = static_cast<size_t>(std::min<uint64_t>(n, size_ - offset));
-        while (got < want) {
-            ssize_t r = ::pread(fd_, out + got, want - got, static_cast<off_t>(offset + got));
-            if (r <= 0) break;
-            got += static_cast<size_t>(r);
+        const size_t want = static_cast<size_t>(std::min<uint64_t>(n, size_ - offset));
+        if (want >= kWindow) {
+            got = readDirect(offset, out, want);
+        } else {
+            if (offset < windowStart_ || offset + want > windowStart_ + windowLen_) {
+                window_.resize(kWindow);
+                windowStart_ = offset;
+                windowLen_ = readDirect(offset, window_.data(), kWindow);
+            }
+            got = std::min<size_t>(want, windowStart_ + windowLen_ - offset);
+            std::memcpy(out, window_.data() + (offset - windowStart_), got);
         }
     }
     if (got < n) std::memset(out + got, 0, n - got);
