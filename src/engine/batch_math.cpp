@@ -14,10 +14,10 @@
 namespace kv::batch {
 
 void amplitudes(const float* re, const float* im, float* amp, int32_t n, float gain) {
-    const double factor = 2.0 / double(gain);
+    const double g = gain;
     for (int32_t j = 0; j < n; ++j) {
         const double r = re[j], i = im[j];
-        amp[j] = float(std::sqrt(r * r + i * i) * factor);
+        amp[j] = float(2.0 * std::sqrt(r * r + i * i) / g);
     }
 }
 
@@ -68,7 +68,7 @@ void decibels(const float* amp, float* disp, int32_t n, float fullScale) {
     if (!outOfRange) return;
     for (int32_t j = 0; j < n; ++j)
         if (!logInRange(amp[j] / fullScale))
-            disp[j] = float(20.0 * Log10(double(amp[j]) / double(fullScale), fullScale));
+            disp[j] = float(20.0 * Log10(double(amp[j] / fullScale), fullScale));
 }
 
 void phaseDegrees(const float* re, const float* im, float* deg, int32_t n, double pi) {
@@ -90,12 +90,12 @@ void phaseDegrees(const float* re, const float* im, float* deg, int32_t n, doubl
         const float u = far ? -1.0f / a : (mid ? (a - 1.0f) / (a + 1.0f) : a);
         const float base = far ? kPiOver2 : (mid ? kPiOver4 : 0.0f);
         const float z = u * u;
-        const float at = base + (((8.05374449538e-2f * z - 1.38776856032e-1f) * z +
-                                  1.99777106478e-1f) *
-                                     z -
-                                 3.33329491539e-1f) *
-                                    z * u +
-                         u;
+        const float at =
+            base +
+            (((8.05374449538e-2f * z - 1.38776856032e-1f) * z + 1.99777106478e-1f) * z -
+             3.33329491539e-1f) *
+                z * u +
+            u;
         float d = std::copysign(at, t) * degPerRadian;
         d += x < 0.0f ? (y < 0.0f ? -halfTurn : halfTurn) : 0.0f;
         d = xTiny ? (yTiny ? 0.0f : (y > 0.0f ? quarterUp : quarterDown)) : d;

@@ -9,7 +9,7 @@
 
 namespace kv::batch {
 
-/// amp[j] = 2 * sqrt(re[j]^2 + im[j]^2) / gain, formed in double and stored as f32.
+/// amp[j] = 2 * sqrt(re[j]^2 + im[j]^2) / gain, formed in double and stored as f32 (exact).
 void amplitudes(const float* re, const float* im, float* amp, int32_t n, float gain);
 
 /// disp[j] = 20 * Log10(amp[j] / fullScale): an amplitude of exactly 0 gives -10 * fullScale.

@@ -2,7 +2,8 @@
 // conditioning that changes a trace as shown (FFT filter, whitening, auto-span, gain) and the
 // spectrum view's layout. The builder calls each hook at its fixed point in every trace; this base
 // class is the workbench with none of them switched on and no spectrum view laid out, so every
-// hook leaves the spectrum as the builder made it.
+// hook leaves the spectrum as the builder made it. A workbench plugs its own in through
+// ProgramState::spectrumHooks.
 #pragma once
 
 #include <cstdint>
