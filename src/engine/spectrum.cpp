@@ -188,7 +188,9 @@ void FyllSpData(ProgramState& st) {
     }
     redim(st.FftRe, int64_t(n) + 1);
     redim(st.FftIm, int64_t(n) + 1);
-    redim(st.SpPhase, int64_t(n) + 1);
+    // SpPhase keeps the previous trace's phases until step 14: the columns folded in between
+    // carry them, which is how a Single Trace display has always shown its phase column.
+    ensure(st.SpPhase, int64_t(n) + 1);
     st.Sp_Bins = n / 2;
     st.PhaseBins = n / 2;
     ensure(st.SpAmp, 2 * int64_t(n) + 1);
@@ -287,10 +289,13 @@ void CreatedBArray(ProgramState& st) {
             }
         }
     } else {
-        // dB: bins 0 to 2 can never be the peak, and of equal maxima the first wins.
+        // dB: bins 0 to 2 can never be the peak, and of equal maxima the first wins. A bin at
+        // or under -FullScalePos dB (silence reads -10 * FullScalePos) is no peak at all, so a
+        // silent trace leaves the previous PeakBin standing.
         batch::decibels(amp, st.SpDisp.data(), bins, fs);
+        const float* disp = st.SpDisp.data();
         for (int32_t i = 0; i < bins; ++i) {
-            if (hi < amp[i] && i >= 3) {
+            if (hi < amp[i] && i >= 3 && disp[i] > -fs) {
                 st.PeakBin = i;
                 hi = amp[i];
             }
