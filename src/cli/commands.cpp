@@ -2,11 +2,15 @@
 #include "cli/commands.h"
 
 #include "core/lifecycle.h"
+#include "engine/engine.h"
 #include "import/file_filters.h"
 #include "import/open.h"
 #include "import/readers.h"
 #include "platform/files.h"
 
+#include <chrono>
+#include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
@@ -51,6 +55,41 @@ std::string resolveHome(const CommonOptions& o, const std::string& exeDir) {
 
 void printJson(const nlohmann::json& j) {
     std::cout << j.dump(2) << "\n";
+}
+
+/// Moves the data set to scroll position `trace`, as a move of the scroll bar does.
+void moveTo(ProgramState& st, int trace) {
+    if (trace < 0 || trace > st.LastTrace)
+        throw UsageError("--trace must lie between 0 and " + std::to_string(st.LastTrace));
+    st.TracePos = int16_t(trace);
+    st.CurrentTracePos = st.FirstTracePos + st.ScrollStride * trace;
+}
+
+/// A spectrum figure as JSON: a number, or null where it is not finite.
+nlohmann::json number(double x) {
+    return std::isfinite(x) ? nlohmann::json(x) : nlohmann::json(nullptr);
+}
+
+template <typename T> nlohmann::json numbers(const std::vector<T>& v, size_t from, size_t to) {
+    nlohmann::json a = nlohmann::json::array();
+    for (size_t i = from; i < to && i < v.size(); ++i)
+        a.push_back(number(double(v[i])));
+    return a;
+}
+
+void metricsOn(ProgramState& st) {
+    st.AnalysisOn = true;
+    st.ShowSnr = st.ShowThd = st.ShowSinad = st.ShowSfdr = st.ShowEnob = st.ShowThdN = true;
+}
+
+/// Text of a double for a CSV cell: the shortest text that reads back as the same number.
+std::string cell(double x) {
+    char buf[32];
+    for (int digits = 6; digits <= 17; ++digits) {
+        std::snprintf(buf, sizeof buf, "%.*g", digits, x);
+        if (std::strtod(buf, nullptr) == x) break;
+    }
+    return buf;
 }
 
 } // namespace
@@ -146,6 +185,102 @@ int runConvert(const CommonOptions& o, const std::string& out, const std::string
     j["written"] = !ec;
     printJson(j);
     return ec ? kExitNoData : kExitOk;
+}
+
+int runSpectrum(const CommonOptions& o, int trace, int columns, const std::string& exeDir) {
+    Session s;
+    const bool loaded = openSession(s, o, exeDir);
+    nlohmann::json j = describe(s);
+    if (!loaded) {
+        printJson(j);
+        return kExitNoData;
+    }
+    ProgramState& st = s.st;
+    moveTo(st, trace);
+    st.PlotColumns = columns;
+    UpdateTopDb(st);
+    FyllSpData(st);
+    const size_t half = size_t(st.Fft_Samples / 2);
+    j["TracePos"] = st.TracePos;
+    j["CurrentTracePos"] = st.CurrentTracePos;
+    j["Fft_Samples"] = st.Fft_Samples;
+    j["FFT_Window"] = st.FFT_Window;
+    j["ModeFFT"] = st.ModeFFT;
+    j["BinWidth"] = number(st.BinWidth);
+    j["MaxFreq"] = number(st.MaxFreq);
+    j["WindowGain"] = number(st.WindowGain);
+    j["PeakBin"] = st.PeakBin;
+    j["PeakAmp"] = number(st.PeakAmp);
+    j["PeakFreq"] = number(st.PeakFreq);
+    j["PeakDb"] = number(st.PeakDb);
+    j["FloorDbRel"] = number(st.FloorDbRel);
+    j["TopDb"] = number(st.TopDb);
+    j["SpAmp"] = numbers(st.SpAmp, 0, half);
+    j["SpPhase"] = numbers(st.SpPhase, 0, half + 1);
+    if (columns > 0) {
+        j["PlotColumns"] = st.PlotColumns;
+        j["BinsPerColumn"] = st.BinsPerColumn;
+        j["ColumnCount"] = st.ColumnCount;
+        j["ColVal"] = numbers(st.ColVal, 0, st.ColVal.size());
+    }
+    printJson(j);
+    return kExitOk;
+}
+
+int runMetrics(const CommonOptions& o, int trace, bool allTraces, const std::string& exeDir) {
+    Session s;
+    const bool loaded = openSession(s, o, exeDir);
+    ProgramState& st = s.st;
+    if (!loaded) {
+        printJson(describe(s));
+        return kExitNoData;
+    }
+    metricsOn(st);
+    if (!allTraces) {
+        nlohmann::json j = describe(s);
+        moveTo(st, trace);
+        FyllSpData(st);
+        AnalysisCaptions an;
+        NewValue(st, an);
+        j["TracePos"] = st.TracePos;
+        j["PeakBin"] = st.PeakBin;
+        j["PeakFreq"] = number(st.PeakFreq);
+        j["PeakDb"] = number(st.PeakDb);
+        j["SampleBits"] = st.SampleBits;
+        j["THDdB"] = st.THDdB;
+        for (const auto& [key, v] : {std::pair<const char*, double>{"SNR_dB", st.SNR_dB},
+                                     {"THD_val", st.THD_val},
+                                     {"THDN_val", st.THDN_val},
+                                     {"SFDR_dB", st.SFDR_dB},
+                                     {"SINAD_dB", st.SINAD_dB},
+                                     {"ENOB_bits", st.ENOB_bits}})
+            j[key] = number(v);
+        j["captions"] = an;
+        printJson(j);
+        return kExitOk;
+    }
+
+    // The survey: every scroll position in turn, one row each, as playback would visit them.
+    std::string out = "trace,PeakFreq,PeakDb,SNR_dB,THD_val,THDN_val,SFDR_dB,SINAD_dB,ENOB_bits\n";
+    std::fwrite(out.data(), 1, out.size(), stdout);
+    const int last = st.LastTrace;
+    using Clock = std::chrono::steady_clock;
+    auto nextReport = Clock::now() + std::chrono::seconds(1);
+    for (int k = 0; k <= last; ++k) {
+        moveTo(st, k);
+        FyllSpData(st);
+        CountAnalys(st);
+        out = std::to_string(k) + ',' + cell(st.PeakFreq) + ',' + cell(st.PeakDb) + ',' +
+              cell(st.SNR_dB) + ',' + cell(st.THD_val) + ',' + cell(st.THDN_val) + ',' +
+              cell(st.SFDR_dB) + ',' + cell(st.SINAD_dB) + ',' + cell(st.ENOB_bits) + '\n';
+        std::fwrite(out.data(), 1, out.size(), stdout);
+        if ((k & 255) == 0 && Clock::now() >= nextReport) {
+            std::cerr << "metrics: trace " << k << " of " << last << "\n";
+            nextReport = Clock::now() + std::chrono::seconds(1);
+        }
+    }
+    std::fflush(stdout);
+    return kExitOk;
 }
 
 } // namespace kv::cli

@@ -50,4 +50,13 @@ nlohmann::json describe(const Session& s);
 int runInfo(const CommonOptions& o, const std::string& exeDir);
 int runConvert(const CommonOptions& o, const std::string& out, const std::string& exeDir);
 
+/// `spectrum`: the spectrum of scroll position `trace` with its peak figures, SpAmp for bins
+/// 0..N/2-1 and SpPhase for elements 0..N/2; with `columns` above 0 also the fold into that many
+/// plot columns (ColVal).
+int runSpectrum(const CommonOptions& o, int trace, int columns, const std::string& exeDir);
+
+/// `metrics`: the six read-outs of scroll position `trace` as JSON, or with `allTraces` one CSV
+/// row per scroll position (a progress line on stderr while it runs long).
+int runMetrics(const CommonOptions& o, int trace, bool allTraces, const std::string& exeDir);
+
 } // namespace kv::cli

@@ -308,9 +308,13 @@ void CreatedBArray(ProgramState& st) {
     st.PeakAmp = hi;
     st.PeakHoldBins = bins;
     st.PeakFreq = f32(double(st.BinWidth) * st.PeakBin);
+    // Through the same arithmetic as SpDisp, so that the peak's column and PeakDb agree to the
+    // last bit (the top of a dBc plot is exactly the peak column).
     const auto dbOf = [&](int32_t bin) {
         const float a = bin >= 0 && size_t(bin) < st.SpAmp.size() ? st.SpAmp[size_t(bin)] : 0.0f;
-        return 20.0 * Log10(double(a / fs), fs);
+        float d = 0.0f;
+        batch::decibels(&a, &d, 1, fs);
+        return double(d);
     };
     st.PeakDb = f32(dbOf(st.PeakBin));
     st.FloorDbRel = f32(dbOf(st.FloorBin) - double(st.TopDb));

@@ -26,7 +26,7 @@ TEST(SpectrumAmplitude, ASineOnABinReadsItsAmplitudeUnderEveryWindow) {
         EXPECT_EQ(b.st.PeakBin, 100) << windowOptionName(w);
         EXPECT_EQ(b.st.PeakFreq, b.st.BinWidth * 100);
         EXPECT_FLOAT_EQ(b.st.PeakDb, float(20 * std::log10(b.st.SpAmp[100] / 1000.0)));
-        EXPECT_FLOAT_EQ(b.st.SpDisp[100], b.st.PeakDb);
+        EXPECT_EQ(b.st.SpDisp[100], b.st.PeakDb) << "the peak column is exactly PeakDb";
     }
 }
 
