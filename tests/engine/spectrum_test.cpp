@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+
 using namespace kv;
 using kv::test::sine;
 using kv::test::SpectrumBench;
@@ -52,6 +54,20 @@ TEST(SpectrumRead, TakesOneFloatOfTheNextTraceAndZeroAtTheEnd) {
     FyllSpData(b.st);
     EXPECT_EQ(b.st.CurrentTracePos, b.st.FirstTracePos);
     EXPECT_EQ(b.st.TraceBuf[0], 1.0f);
+}
+
+TEST(SpectrumRead, SeesAWorkingFileReplacedUnderTheSamePath) {
+    SpectrumBench b(8, 1, [](int64_t) { return 1.0; });
+    b.show(0);
+    EXPECT_EQ(b.st.TraceBuf[0], 1.0f);
+    // A new data set deletes the working file and writes a new one at the same path.
+    std::filesystem::remove(b.st.ActiveTracePath);
+    b.write(std::vector<float>(8, 2.0f));
+    b.show(0);
+    EXPECT_EQ(b.st.TraceBuf[0], 2.0f);
+    std::filesystem::remove(b.st.ActiveTracePath);
+    b.show(0);
+    EXPECT_EQ(b.st.TraceBuf[0], 0.0f) << "a missing working file reads as zeros";
 }
 
 TEST(SpectrumRead, FailsWithoutAWorkingFile) {
