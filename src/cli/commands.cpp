@@ -8,6 +8,7 @@
 #include "import/readers.h"
 #include "platform/files.h"
 
+#include <charconv>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
@@ -82,14 +83,13 @@ void metricsOn(ProgramState& st) {
     st.ShowSnr = st.ShowThd = st.ShowSinad = st.ShowSfdr = st.ShowEnob = st.ShowThdN = true;
 }
 
-/// Text of a double for a CSV cell: the shortest text that reads back as the same number.
-std::string cell(double x) {
-    char buf[32];
-    for (int digits = 6; digits <= 17; ++digits) {
-        std::snprintf(buf, sizeof buf, "%.*g", digits, x);
-        if (std::strtod(buf, nullptr) == x) break;
-    }
-    return buf;
+/// Text of a number for a CSV cell: the shortest text that reads back as the same value, for an
+/// f32 item as a float.
+template <typename T> void appendCell(std::string& line, T x) {
+    char buf[40];
+    const auto r = std::to_chars(buf, buf + sizeof buf, x);
+    line.push_back(',');
+    line.append(buf, r.ptr);
 }
 
 } // namespace
@@ -270,9 +270,12 @@ int runMetrics(const CommonOptions& o, int trace, bool allTraces, const std::str
         moveTo(st, k);
         FyllSpData(st);
         CountAnalys(st);
-        out = std::to_string(k) + ',' + cell(st.PeakFreq) + ',' + cell(st.PeakDb) + ',' +
-              cell(st.SNR_dB) + ',' + cell(st.THD_val) + ',' + cell(st.THDN_val) + ',' +
-              cell(st.SFDR_dB) + ',' + cell(st.SINAD_dB) + ',' + cell(st.ENOB_bits) + '\n';
+        out = std::to_string(k);
+        appendCell(out, st.PeakFreq);
+        appendCell(out, st.PeakDb);
+        for (double v : {st.SNR_dB, st.THD_val, st.THDN_val, st.SFDR_dB, st.SINAD_dB, st.ENOB_bits})
+            appendCell(out, v);
+        out.push_back('\n');
         std::fwrite(out.data(), 1, out.size(), stdout);
         if ((k & 255) == 0 && Clock::now() >= nextReport) {
             std::cerr << "metrics: trace " << k << " of " << last << "\n";
