@@ -94,6 +94,13 @@ template <typename T> void appendCell(std::string& line, T x) {
 
 } // namespace
 
+bool openForWork(Session& s, const CommonOptions& o, const std::string& exeDir, nlohmann::json& j) {
+    const bool loaded = openSession(s, o, exeDir);
+    j = describe(s);
+    if (!loaded) printJson(j);
+    return loaded;
+}
+
 bool openSession(Session& s, const CommonOptions& o, const std::string& exeDir) {
     std::error_code ec;
     // Resolve the file before the start sequence moves the current folder to the home folder.
@@ -172,12 +179,8 @@ int runConvert(const CommonOptions& o, const std::string& out, const std::string
         out.find_last_of('.') == std::string::npos ? out.size() : out.find_last_of('.') + 1));
     if (ext != "SP") throw UsageError("convert writes .sp files: " + out);
     Session s;
-    const bool loaded = openSession(s, o, exeDir);
-    nlohmann::json j = describe(s);
-    if (!loaded) {
-        printJson(j);
-        return kExitNoData;
-    }
+    nlohmann::json j;
+    if (!openForWork(s, o, exeDir, j)) return kExitNoData;
     std::error_code ec;
     std::filesystem::copy_file(s.st.ActiveTracePath, out,
                                std::filesystem::copy_options::overwrite_existing, ec);
@@ -189,12 +192,8 @@ int runConvert(const CommonOptions& o, const std::string& out, const std::string
 
 int runSpectrum(const CommonOptions& o, int trace, int columns, const std::string& exeDir) {
     Session s;
-    const bool loaded = openSession(s, o, exeDir);
-    nlohmann::json j = describe(s);
-    if (!loaded) {
-        printJson(j);
-        return kExitNoData;
-    }
+    nlohmann::json j;
+    if (!openForWork(s, o, exeDir, j)) return kExitNoData;
     ProgramState& st = s.st;
     moveTo(st, trace);
     st.PlotColumns = columns;
@@ -229,15 +228,11 @@ int runSpectrum(const CommonOptions& o, int trace, int columns, const std::strin
 
 int runMetrics(const CommonOptions& o, int trace, bool allTraces, const std::string& exeDir) {
     Session s;
-    const bool loaded = openSession(s, o, exeDir);
+    nlohmann::json j;
+    if (!openForWork(s, o, exeDir, j)) return kExitNoData;
     ProgramState& st = s.st;
-    if (!loaded) {
-        printJson(describe(s));
-        return kExitNoData;
-    }
     metricsOn(st);
     if (!allTraces) {
-        nlohmann::json j = describe(s);
         moveTo(st, trace);
         FyllSpData(st);
         AnalysisCaptions an;

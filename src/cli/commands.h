@@ -44,6 +44,10 @@ struct UsageError : std::runtime_error {
 /// loaded. `exeDir` is the tool's own folder, the default home.
 bool openSession(Session& s, const CommonOptions& o, const std::string& exeDir);
 
+/// openSession, then `j` = describe(s); when no data set was loaded `j` is printed and the
+/// result is false, so the subcommand can end with kExitNoData.
+bool openForWork(Session& s, const CommonOptions& o, const std::string& exeDir, nlohmann::json& j);
+
 /// The data-set facts under their own names, plus the messages shown and the views requested.
 nlohmann::json describe(const Session& s);
 

@@ -25,7 +25,10 @@ struct Column {
 /// before it starts and the old columns stay).
 bool binsPerColumn(double a, double b, int32_t& out) {
     if (b == 0.0) return false;
-    out = int32_t(Int(a / b)) + 1;
+    const double whole = Int(a / b) + 1;
+    // A fold of no bins a column (a negative width or band) would never advance: it stops too.
+    if (!(whole >= 1 && whole <= 2147483647.0)) return false;
+    out = int32_t(whole);
     return true;
 }
 
@@ -220,7 +223,7 @@ void GenDraw_Ref(ProgramState& st) {
                                   Log10(double(r.maxFreq) / st.BinWidth, st.FullScalePos));
         }
         int32_t b = 0;
-        if (!std::isfinite(c) || !binsPerColumn(r.count, c, b) || b < 1) continue;
+        if (!binsPerColumn(r.count, c, b)) continue;
         st.BinsPerColumn = b;
         const double last = roundHalfEven(double(r.count) - b);
         std::vector<float> col, logX;

@@ -109,6 +109,25 @@ void applyGain(ProgramState& st) {
     }
 }
 
+/// Average mode's group: traces k = from..to (AverVal+1 of them) summed into arr[0..N-1] and
+/// divided by AverVal, not by their count; arr[N] stays as the last trace left it. Both are how
+/// the Average levels have always been calibrated. Positions before the file are skipped, and
+/// CurrentTracePos ends on the last trace of the group.
+void averageGroup(ProgramState& st, int64_t from, int64_t to, std::vector<float>& arr) {
+    const int32_t n = st.Fft_Samples;
+    std::vector<float> acc(size_t(n) + 1, 0.0f);
+    for (int64_t k = from; k <= to; ++k) {
+        const int64_t pos = tracePosition(st.Sp_Samples, k, st.FirstTracePos);
+        st.CurrentTracePos = clampPos(pos);
+        if (pos <= 0) continue;
+        readN1(st, pos, arr, n);
+        for (int32_t i = 0; i < n; ++i)
+            acc[size_t(i)] += arr[size_t(i)];
+    }
+    for (int32_t i = 0; i < n; ++i)
+        arr[size_t(i)] = acc[size_t(i)] / float(st.AverVal);
+}
+
 /// The radargram's second trace (for its time display only): one trace, or in Average mode the
 /// mean of a group, windowed and transformed.
 void radargramTrace(ProgramState& st) {
@@ -118,20 +137,10 @@ void radargramTrace(ProgramState& st) {
         st.BackTracePos = clampPos(tracePosition(st.Sp_Samples, st.RgBackTrace, st.FirstTracePos));
         readN1(st, st.BackTracePos, st.BackRe, n);
     } else {
-        std::vector<float> acc(size_t(n) + 1, 0.0f);
         redim(st.BackRe, int64_t(n) + 1);
         const int64_t a = st.AverVal;
-        for (int64_t k = a * st.RgBackTrace - a; k <= a * st.RgBackTrace; ++k) {
-            const int64_t pos = tracePosition(st.Sp_Samples, k, st.FirstTracePos);
-            st.CurrentTracePos = clampPos(pos);
-            if (pos <= 0) continue;
-            readN1(st, pos, st.BackRe, n);
-            for (int32_t i = 0; i < n; ++i)
-                acc[size_t(i)] += st.BackRe[size_t(i)];
-        }
+        averageGroup(st, a * st.RgBackTrace - a, a * st.RgBackTrace, st.BackRe);
         st.RgBackTrace -= st.AverVal;
-        for (int32_t i = 0; i < n; ++i)
-            st.BackRe[size_t(i)] = acc[size_t(i)] / float(st.AverVal);
     }
     ApplyWindowBack(st);
     fft::forward(st.BackRe.data() + 1, st.BackIm.data() + 1, n);
@@ -225,22 +234,10 @@ void FyllSpAverage(ProgramState& st) {
     const int32_t n = st.Fft_Samples;
     redim(st.FftRe, int64_t(n) + 1);
     redim(st.FftIm, int64_t(n) + 1);
-    std::vector<float> acc(size_t(n) + 1, 0.0f);
     st.PhaseBins = n / 2;
     ensure(st.SpAmp, 2 * int64_t(n) + 1);
-
     const int64_t first = int64_t(st.TraceStep) * st.TracePos;
-    for (int64_t k = first; k <= first + st.AverVal; ++k) {
-        const int64_t pos = tracePosition(st.Sp_Samples, k, st.FirstTracePos);
-        st.CurrentTracePos = clampPos(pos);
-        readN1(st, pos, st.FftRe, n);
-        for (int32_t i = 0; i < n; ++i)
-            acc[size_t(i)] += st.FftRe[size_t(i)];
-    }
-    // The divisor is AverVal, not the AverVal+1 traces summed, and element N stays as the last
-    // trace left it: the Average levels were calibrated this way.
-    for (int32_t i = 0; i < n; ++i)
-        st.FftRe[size_t(i)] = acc[size_t(i)] / float(st.AverVal);
+    averageGroup(st, first, first + st.AverVal, st.FftRe);
 
     ApplyWindow(st);
     fft::forward(st.FftRe.data() + 1, st.FftIm.data() + 1, n);
