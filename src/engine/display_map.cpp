@@ -256,9 +256,15 @@ void GenDraw_Ref(ProgramState& st) {
 void GenDrawSpan_Ref(ProgramState& st) {
     for (int s = 1; s <= 2; ++s) {
         RefSlot r = slot(st, s);
-        if (!r.on || r.binWidth == 0.0f) continue;
-        const int64_t i0 = int64_t(roundHalfEven(double(st.SpanLowFreq) / r.binWidth));
-        const int64_t i1 = int64_t(roundHalfEven(double(st.SpanHighFreq) / r.binWidth));
+        if (!r.on) continue;
+        // The span's edges as bins of the reference; edges that are no bin number at all (a
+        // zero bin width, a frequency out of every range) leave the slot's old columns.
+        const double e0 = roundHalfEven(double(st.SpanLowFreq) / r.binWidth);
+        const double e1 = roundHalfEven(double(st.SpanHighFreq) / r.binWidth);
+        if (!(std::fabs(e0) <= 2147483647.0 && std::fabs(e1) <= 2147483647.0 &&
+              std::fabs(e1 - e0) <= 2147483647.0))
+            continue;
+        const int64_t i0 = int64_t(e0), i1 = int64_t(e1);
         r.spanBins = int32_t(i1 - i0);
         int32_t b = 0;
         if (!binsPerColumn(double(r.spanBins), st.PlotColumns, b)) continue;

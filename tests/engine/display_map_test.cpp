@@ -188,3 +188,22 @@ TEST(PlotPixels, ColumnsLandLinearlyAtTheirPeakBinOnALogAxisAndAcrossTheSpan) {
     EXPECT_EQ(plotColumnsFor(501), 250);
     EXPECT_EQ(plotColumnsFor(503), 252);
 }
+
+TEST(ColumnFold, AReferenceSpanOfNoBinNumberKeepsTheOldColumns) {
+    ProgramState st;
+    st.PlotColumns = 10;
+    st.RefOn1 = true;
+    st.RefData1.assign(50, -1.0f);
+    st.RefSpanCol1 = {7.0f};
+    st.RefSpanBins1 = 0;
+    st.SpanLowFreq = 10.0f;
+    st.SpanHighFreq = 20.0f;
+    st.RefBinWidth1 = 0.0f;
+    GenDrawSpan_Ref(st);
+    st.RefBinWidth1 = 1e-30f;
+    GenDrawSpan_Ref(st);
+    EXPECT_EQ(st.RefSpanCol1, std::vector<float>{7.0f});
+    st.RefBinWidth1 = 1.0f;
+    GenDrawSpan_Ref(st);
+    EXPECT_EQ(st.RefSpanBins1, 5) << "two bins a column, starting at 10, 12 ... 20: six columns";
+}
