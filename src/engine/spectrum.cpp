@@ -275,32 +275,34 @@ void CreatedBArray(ProgramState& st) {
     if (st.YLinear) {
         // Linear: DC takes part, and of equal maxima the last wins.
         std::copy(amp, amp + bins, st.SpDisp.begin());
+        int32_t peak = st.PeakBin, floor = st.FloorBin;
         for (int32_t i = 0; i < bins; ++i) {
-            if (hi <= amp[i]) {
-                st.PeakBin = i;
-                hi = amp[i];
-            }
-            if (lo > amp[i]) {
-                st.FloorBin = i;
-                lo = amp[i];
-            }
+            const float a = amp[i];
+            const bool up = hi <= a, down = lo > a;
+            peak = up ? i : peak;
+            hi = up ? a : hi;
+            floor = down ? i : floor;
+            lo = down ? a : lo;
         }
+        st.PeakBin = peak;
+        st.FloorBin = floor;
     } else {
         // dB: bins 0 to 2 can never be the peak, and of equal maxima the first wins. A bin at
         // or under -FullScalePos dB (silence reads -10 * FullScalePos) is no peak at all, so a
         // silent trace leaves the previous PeakBin standing.
         batch::decibels(amp, st.SpDisp.data(), bins, fs);
         const float* disp = st.SpDisp.data();
+        int32_t peak = st.PeakBin, floor = st.FloorBin;
         for (int32_t i = 0; i < bins; ++i) {
-            if (hi < amp[i] && i >= 3 && disp[i] > -fs) {
-                st.PeakBin = i;
-                hi = amp[i];
-            }
-            if (lo > amp[i]) {
-                st.FloorBin = i;
-                lo = amp[i];
-            }
+            const float a = amp[i];
+            const bool up = hi < a && i >= 3 && disp[i] > -fs, down = lo > a;
+            peak = up ? i : peak;
+            hi = up ? a : hi;
+            floor = down ? i : floor;
+            lo = down ? a : lo;
         }
+        st.PeakBin = peak;
+        st.FloorBin = floor;
     }
     st.PeakAmp = hi;
     st.PeakHoldBins = bins;
