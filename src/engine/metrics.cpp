@@ -113,8 +113,8 @@ void CountAnalys(ProgramState& st) {
         float a = 0.0f;
         for (int64_t j = i - h; j <= i + h; ++j)
             if (auto y = amp(st, j)) a = f32(double(a) + *y);
-        const double m = double(a) / (2.0 * h);
-        const double t = *x - m;
+        const float m = f32(double(a) / (2.0 * h));
+        const double t = double(f32(*x - double(m)));
         if (t > best) {
             st.SpurAmp = *x;
             best = t;
