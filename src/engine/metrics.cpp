@@ -192,12 +192,26 @@ std::string analysisCaption(const ProgramState& st, int index) {
     return std::string(kPrefix[index]) + shortestText(throughPicture(v, "###0.00")) + suffix;
 }
 
+std::array<bool, 6> analysisLabelsShown(const ProgramState& st) {
+    return {st.ShowSnr, st.ShowThd, st.ShowSinad, st.ShowSfdr, st.ShowEnob, st.ShowThdN};
+}
+
+std::array<int, 7> analysisLabelLefts(int left, const std::array<bool, 7>& visible,
+                                      const std::array<int, 7>& widths) {
+    std::array<int, 7> lefts;
+    int x = left;
+    for (size_t i = 0; i < 7; ++i) {
+        lefts[i] = visible[i] ? x : -1;
+        if (visible[i]) x += widths[i] + 3;
+    }
+    return lefts;
+}
+
 void NewValue(ProgramState& st, AnalysisCaptions& An) {
     CountAnalys(st);
-    const bool on[6] = {st.ShowSnr,  st.ShowThd,  st.ShowSinad,
-                        st.ShowSfdr, st.ShowEnob, st.ShowThdN};
-    for (int i = 0; i < 6; ++i)
-        if (on[i]) An[size_t(i)] = analysisCaption(st, i);
+    const auto on = analysisLabelsShown(st);
+    for (size_t i = 0; i < on.size(); ++i)
+        if (on[i]) An[i] = analysisCaption(st, int(i));
 }
 
 } // namespace kv
