@@ -118,6 +118,14 @@ void openChosenFile(Workbench& wb, const FileChoice& choice) {
             cmd.enable(m);
         cmd.showButtons(1, 3, true);
     }
+    showDataSet(wb);
+}
+
+} // namespace
+
+void showDataSet(Workbench& wb) {
+    ProgramState& st = wb.st;
+    CommandState& cmd = wb.cmd;
     st.Fft_Samples = st.Sp_Samples;
     cmd.panel(3) = "FFT Bins: " + std::to_string(st.Sp_Samples / 2);
     InitFftState(st);
@@ -130,8 +138,6 @@ void openChosenFile(Workbench& wb, const FileChoice& choice) {
     bringUpViews(wb);
     cmd.touch();
 }
-
-} // namespace
 
 void setImportHooks(const ImportHooks& hooks) {
     gHooks = hooks;

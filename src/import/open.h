@@ -14,6 +14,11 @@ struct ImportContext;
 /// failure ends in the messages and clean-up the formats define, with no data set.
 void mnuOpen_Click(Workbench& wb);
 
+/// Steps 13 to 15 of an open, shared with "Open Kelvorandine File": the FFT for Sp_Samples, the
+/// first spectrum, and the start views brought up and arranged. Throws when the working file
+/// cannot be read.
+void showDataSet(Workbench& wb);
+
 /// Deletes temp.sp, temp_l.sp, temp_r.sp, test.bmp and span.sp in the home folder.
 void deleteWorkingFiles(const ProgramState& st);
 /// Sets TempPath, TempLeftPath, TempRightPath to their files in the home folder.

@@ -1,0 +1,152 @@
+// The native project file (.kvd): the working traces with a small header, written by the
+// Export command and read back by "Open Kelvorandine File". Reading one needs no reader of the
+// original format: the traces are copied as they are into temp.sp.
+#include "import/export.h"
+
+#include "core/lifecycle.h"
+#include "core/workbench.h"
+#include "engine/engine.h"
+#include "import/open.h"
+#include "import/readers.h"
+#include "import/trace_store.h"
+#include "platform/byte_source.h"
+#include "platform/files.h"
+
+#include <cstring>
+
+namespace kv {
+
+namespace {
+
+// The header's text value: type tag 8 (text), its length, and the name in the 8-bit code page
+// the files have always used ("®" is byte 0xAE there).
+constexpr char kProjectName[] = "Kelvorandine\xAE";
+constexpr int64_t kTracesPos = 60; // 1-based position of the first trace
+
+template <typename T> void putAt(TraceFileWriter& f, int64_t pos1, T value) {
+    f.writeBytes(pos1, &value, sizeof value);
+}
+
+struct ProjectCancelled {};
+
+} // namespace
+
+void ProjectWrite(Workbench& wb, const std::string& target) {
+    ProgramState& st = wb.st;
+    TraceFileWriter out;
+    out.open(target, true);
+    putAt<int16_t>(out, 1, 8);
+    putAt<int16_t>(out, 3, 13);
+    out.writeBytes(5, kProjectName, 13);
+    putAt<int32_t>(out, 20, st.Sp_Samples);
+    putAt<int32_t>(out, 30, st.TraceCount);
+    putAt<int16_t>(out, 40, st.BitsPerSample);
+    putAt<double>(out, 42, st.SampleRate);
+    putAt<float>(out, 50, st.FullScalePos);
+
+    auto progress = wb.host.progress(target, st.TraceCount);
+    // One float more than a trace is read and written; the next trace overwrites it, and the
+    // last leaves one spare float at the end of the file. What is exported is always temp.sp,
+    // also for a stereo WAV, whose traces are in temp_l.sp.
+    const int64_t n = std::max<int32_t>(st.Sp_Samples, 0);
+    std::vector<float> trace(size_t(n) + 1);
+    for (int32_t k = 0; k < st.TraceCount; ++k) {
+        readTrace(st.TempPath, 1 + n * 4 * k, trace);
+        out.write(kTracesPos + n * 4 * k, trace);
+        if (progress) progress->setValue(k);
+    }
+    out.close();
+}
+
+void openProjectFile(Workbench& wb, const std::string& path, const std::string& title) {
+    ProgramState& st = wb.st;
+    CommandState& cmd = wb.cmd;
+    setWorkingPaths(st);
+    st.SourceDisplayPath = path;
+    st.FileTitle = title;
+    st.ActiveTracePath = st.TempPath;
+
+    FileByteSource src(path);
+    // The text at the head of the file is not looked at.
+    st.Sp_Samples = src.i32le(19);
+    st.TraceCount = src.i32le(29);
+    st.BitsPerSample = src.i16le(39);
+    st.SampleRate = src.f64le(41);
+    st.FullScalePos = src.f32le(49);
+    st.TraceLength = st.Sp_Samples;
+    st.SourceLength = checkedInt32(double(st.TraceCount) * st.Sp_Samples * 4);
+    // WorkingFileLength, FullScaleNeg, Channels and StereoFlag keep the values of the last
+    // import: the project file does not hold them.
+
+    auto progress = wb.host.progress("Read kvd file", st.TraceCount);
+    // The old temp.sp is overwritten in place, not deleted first. Each trace is copied with one
+    // byte too many, which the next trace overwrites; the last leaves temp.sp one byte longer
+    // than its traces. The copy goes in pieces so that a header claiming an enormous trace
+    // cannot ask for that much memory; the bytes that land are the same. This loop neither
+    // yields nor offers Cancel.
+    TraceFileWriter out;
+    out.open(st.TempPath, true);
+    const int64_t traceBytes = int64_t(st.Sp_Samples) * 4 + 1;
+    std::vector<uint8_t> piece(
+        size_t(std::min<int64_t>(std::max<int64_t>(traceBytes, 0), 1 << 20)));
+    // With an empty trace every pass copies the same byte to the same place: one pass is enough.
+    const int32_t passes = st.Sp_Samples == 0 ? std::min<int32_t>(st.TraceCount, 1) : st.TraceCount;
+    for (int32_t k = 0; k < passes; ++k) {
+        const int64_t from = kTracesPos + int64_t(st.Sp_Samples) * 4 * k;
+        const int64_t to = 1 + int64_t(st.Sp_Samples) * 4 * k;
+        if (from < 1 || to < 1) throw ReadError("Bad record number");
+        for (int64_t done = 0; done < traceBytes; done += int64_t(piece.size())) {
+            const size_t m = size_t(std::min<int64_t>(int64_t(piece.size()), traceBytes - done));
+            src.read(uint64_t(from - 1 + done), piece.data(), m);
+            out.writeBytes(to + done, piece.data(), m);
+        }
+        if (progress) progress->setValue(k);
+    }
+    out.close();
+    progress.reset();
+
+    InitStatusPanels(wb);
+    cmd.caption = "Kelvorandine   " + st.FileTitle;
+    cmd.panel(3) = "FFT Bins: " + std::to_string(st.Sp_Samples / 2);
+    BigFile(st);
+    for (const char* m : {"mnuFInf", "mnuPrint", "mnuSw", "mnuFFT", "mnuTime", "mnuPhase",
+                          "mnuBscan", "mnuOlOp", "mnuExport"})
+        cmd.enable(m);
+    cmd.button(2).visible = true;
+    if (st.ModeFFT == 3) resetPeakHold(st);
+    showDataSet(wb);
+    // Unlike an Import, the window buttons show whether or not the Spectrum view started.
+    cmd.showButtons(2, CommandState::kButtons, true);
+    st.ScaleBits = st.FullScalePos;
+    cmd.touch();
+}
+
+void mnuOimp_Click(Workbench& wb) {
+    ProgramState& st = wb.st;
+    CommandState& cmd = wb.cmd;
+    st.IsProject = true;
+    clearFormatFlags(st);
+    st.FirstTracePos = 1;
+    st.ImportFailed = false;
+    st.SpanActive = false;
+    st.CurrentTracePos = st.FirstTracePos;
+    st.NewDS = 1;
+    st.ImportCancelled = false;
+    if (!anyViewOpen(st)) {
+        st.TempPath.clear();
+        cmd.enable("mnuPrint", false);
+        cmd.enable("mnuSw", false);
+    }
+    CloseDataSet(wb);
+    try {
+        FileChoice choice = wb.host.openFile(kProjectFilter, "Open Kelvorandine File", 1);
+        if (choice.cancelled) throw ProjectCancelled{};
+        openProjectFile(wb, choice.path, choice.title);
+    } catch (...) {
+        // Cancel or a file that cannot be read: no message, no data set.
+        abandonDataSet(wb);
+    }
+    cmd.touch();
+}
+
+} // namespace kv
