@@ -10,7 +10,7 @@ const std::vector<FormatRow>& formatTable() {
         {&ProgramState::IsWav, "WAV", 0, false, "Percent Full Scale", ReadWav, true},
         {&ProgramState::IsSht, "SHT", 1, true, "Volt", nullptr, true},
         {&ProgramState::IsDzt, "DZT", 2, true, "Ampl.(bits)", DztRead, true},
-        {&ProgramState::IsRd3, "RD3", 2, false, nullptr, nullptr, false},
+        {&ProgramState::IsRd3, "RD3", 2, false, nullptr, ReadRd3, false},
         {&ProgramState::IsSgy, "SGY", 2, false, nullptr, nullptr, false},
         {&ProgramState::IsSg2, "SG2", 2, false, nullptr, nullptr, false},
         {&ProgramState::IsDt1, "DT1", 2, false, nullptr, nullptr, false},
