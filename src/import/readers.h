@@ -11,6 +11,7 @@ void ReadWav(ImportContext& ctx); // WavHeader + WavSamples
 // Radar formats.
 void DztRead(ImportContext& ctx);
 void ReadRd3(ImportContext& ctx); // .rd3 with its .rad header
+void ReadDt1(ImportContext& ctx); // .DT1 with its .HD header
 
 /// One row per format flag: how the flag is recognised, what the open command sets around the
 /// reader, and the reader itself. Adding a format means adding its reader file and one row.
