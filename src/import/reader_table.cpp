@@ -14,7 +14,7 @@ const std::vector<FormatRow>& formatTable() {
         {&ProgramState::IsSgy, "SGY", 2, false, nullptr, nullptr, false},
         {&ProgramState::IsSg2, "SG2", 2, false, nullptr, nullptr, false},
         {&ProgramState::IsDt1, "DT1", 2, false, nullptr, ReadDt1, false},
-        {&ProgramState::IsDt, "DT", 2, false, nullptr, nullptr, false},
+        {&ProgramState::IsDt, "DT", 2, false, nullptr, ReadZon, false},
         {&ProgramState::IsCsv, "CSV", 1, false, nullptr, nullptr, true},
         {&ProgramState::IsDat, "DAT", 1, false, nullptr, nullptr, true},
     };

@@ -12,6 +12,7 @@ void ReadWav(ImportContext& ctx); // WavHeader + WavSamples
 void DztRead(ImportContext& ctx);
 void ReadRd3(ImportContext& ctx); // .rd3 with its .rad header
 void ReadDt1(ImportContext& ctx); // .DT1 with its .HD header
+void ReadZon(ImportContext& ctx); // Zon .dt
 
 /// One row per format flag: how the flag is recognised, what the open command sets around the
 /// reader, and the reader itself. Adding a format means adding its reader file and one row.
