@@ -9,26 +9,9 @@
 #include <cmath>
 
 using namespace kv;
+using namespace kv::test;
 
 namespace {
-
-std::string hdText(const std::string& traces, const std::string& points,
-                   const std::string& window) {
-    return "1234\r\r\nData Collected with a test\r\r\nNUMBER OF TRACES   = " + traces +
-           " \r\r\nNUMBER OF PTS/TRC  = " + points + " \r\r\nTIMEZERO AT POINT  = 34.07 \r\r\n" +
-           "TOTAL TIME WINDOW  = " + window + " \r\r\nPOSITION UNITS     = m \r\r\n";
-}
-
-/// Traces of `points` samples, each behind a 128-byte trace header full of 0x7F.
-std::vector<uint8_t> dt1Bytes(const std::vector<std::vector<int>>& traces) {
-    std::vector<uint8_t> b;
-    for (const auto& t : traces) {
-        b.insert(b.end(), 128, 0x7F);
-        auto s = test::i16Samples(t);
-        b.insert(b.end(), s.begin(), s.end());
-    }
-    return b;
-}
 
 struct Dt1Case : test::Bench {
     Dt1Case() { start(); }

@@ -62,4 +62,52 @@ inline std::vector<uint8_t> i16Samples(const std::vector<int>& values) {
     return b;
 }
 
+/// A .rad header with the two values the reader uses.
+inline std::string radText(const std::string& samples, const std::string& window,
+                           const std::string& before = "") {
+    return "SAMPLES:" + samples + "\r\nFREQUENCY:1000.0\r\n" + before + "TIMEWINDOW:" + window +
+           "\r\nSTACKS:4\r\n";
+}
+
+/// A .HD header, CR CR LF line ends as the instruments write them.
+inline std::string hdText(const std::string& traces, const std::string& points,
+                          const std::string& window) {
+    return "1234\r\r\nData Collected with a test\r\r\nNUMBER OF TRACES   = " + traces +
+           " \r\r\nNUMBER OF PTS/TRC  = " + points + " \r\r\nTIMEZERO AT POINT  = 34.07 \r\r\n" +
+           "TOTAL TIME WINDOW  = " + window + " \r\r\nPOSITION UNITS     = m \r\r\n";
+}
+
+/// Traces of `points` samples, each behind a 128-byte trace header full of 0x7F.
+inline std::vector<uint8_t> dt1Bytes(const std::vector<std::vector<int>>& traces) {
+    std::vector<uint8_t> b;
+    for (const auto& t : traces) {
+        b.insert(b.end(), 128, 0x7F);
+        auto s = test::i16Samples(t);
+        b.insert(b.end(), s.begin(), s.end());
+    }
+    return b;
+}
+
+/// A Zon file: filler up to `blockAt` (0-based), the block signature with the trace length
+/// 13 bytes behind its first byte, `text` from 35 bytes behind it, then `mark` and the traces, each
+/// followed by a 4-byte gap.
+inline std::vector<uint8_t> zonBytes(size_t blockAt, int16_t samples, const std::string& text,
+                                     std::vector<uint8_t> mark,
+                                     const std::vector<std::vector<int>>& traces) {
+    std::vector<uint8_t> b(blockAt, 0x11);
+    for (uint8_t x : {0x20, 0x48, 0x15, 0x04})
+        b.push_back(x);
+    b.resize(blockAt + 35, 0x11);
+    test::putLe<int16_t>(b, blockAt + 13, samples);
+    test::putText(b, blockAt + 35, text);
+    b.insert(b.end(), {0x01, 0x02});
+    b.insert(b.end(), mark.begin(), mark.end());
+    for (size_t t = 0; t < traces.size(); ++t) {
+        auto s = test::i16Samples(traces[t]);
+        b.insert(b.end(), s.begin(), s.end());
+        if (t + 1 < traces.size()) b.insert(b.end(), {0xEE, 0xEE, 0xEE, 0xEE});
+    }
+    return b;
+}
+
 } // namespace kv::test

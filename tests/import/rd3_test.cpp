@@ -8,14 +8,9 @@
 #include <gtest/gtest.h>
 
 using namespace kv;
+using namespace kv::test;
 
 namespace {
-
-std::string radText(const std::string& samples, const std::string& window,
-                    const std::string& before = "") {
-    return "SAMPLES:" + samples + "\r\nFREQUENCY:1000.0\r\n" + before + "TIMEWINDOW:" + window +
-           "\r\nSTACKS:4\r\n";
-}
 
 struct Rd3Case : test::Bench {
     Rd3Case() { start(); }

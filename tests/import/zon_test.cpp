@@ -7,30 +7,9 @@
 #include <gtest/gtest.h>
 
 using namespace kv;
+using namespace kv::test;
 
 namespace {
-
-/// A Zon file: filler up to `blockAt` (0-based), the block signature with the trace length
-/// 13 bytes behind its first byte, `text` from 35 bytes behind it, then `mark` and the traces, each
-/// followed by a 4-byte gap.
-std::vector<uint8_t> zonBytes(size_t blockAt, int16_t samples, const std::string& text,
-                              std::vector<uint8_t> mark,
-                              const std::vector<std::vector<int>>& traces) {
-    std::vector<uint8_t> b(blockAt, 0x11);
-    for (uint8_t x : {0x20, 0x48, 0x15, 0x04})
-        b.push_back(x);
-    b.resize(blockAt + 35, 0x11);
-    test::putLe<int16_t>(b, blockAt + 13, samples);
-    test::putText(b, blockAt + 35, text);
-    b.insert(b.end(), {0x01, 0x02});
-    b.insert(b.end(), mark.begin(), mark.end());
-    for (size_t t = 0; t < traces.size(); ++t) {
-        auto s = test::i16Samples(traces[t]);
-        b.insert(b.end(), s.begin(), s.end());
-        if (t + 1 < traces.size()) b.insert(b.end(), {0xEE, 0xEE, 0xEE, 0xEE});
-    }
-    return b;
-}
 
 struct ZonCase : test::Bench {
     ZonCase() { start(); }
