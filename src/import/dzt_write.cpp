@@ -75,7 +75,8 @@ void DztWrite(Workbench& wb, const std::string& target) {
     // Each sample is stored as a 32-bit value while the position moves on by two bytes only:
     // its upper half is overwritten by the next sample, and the last one leaves two spare
     // bytes at the end of the file. A trace is put together in memory first, with the same
-    // overlap, and written in one piece.
+    // overlap; its last two bytes are overwritten by the next trace, so only the last trace's
+    // are written, at the end.
     const int32_t n = std::max<int32_t>(st.Sp_Samples, 0);
     std::vector<float> in(size_t(n) + 1, 0.0f);
     std::vector<uint8_t> bytes(2 * size_t(n) + 2);
@@ -101,10 +102,11 @@ void DztWrite(Workbench& wb, const std::string& target) {
             if (st.FullScalePos == 32767.0f && v > 65536) v = 65536;
             std::memcpy(&bytes[2 * size_t(j)], &v, 4);
         }
-        out.put(pos, bytes.data(), bytes.size());
+        out.put(pos, bytes.data(), bytes.size() - 2);
         pos += 2 * int64_t(n);
         if (progress) progress->setValue(k);
     }
+    if (st.TraceCount > 0) out.put(pos, &bytes[bytes.size() - 2], 2);
 }
 
 } // namespace kv

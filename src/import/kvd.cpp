@@ -22,6 +22,7 @@ namespace {
 // the files have always used ("®" is byte 0xAE there).
 constexpr char kProjectName[] = "Kelvorandine\xAE";
 constexpr int64_t kTracesPos = 60; // 1-based position of the first trace
+constexpr int32_t kMaxProjectTrace = 1 << 24;
 
 template <typename T> void putAt(TraceFileWriter& f, int64_t pos1, T value) {
     f.writeBytes(pos1, &value, sizeof value);
@@ -48,13 +49,16 @@ void ProjectWrite(Workbench& wb, const std::string& target) {
     // One float more than a trace is read and written; the next trace overwrites it, and the
     // last leaves one spare float at the end of the file. What is exported is always temp.sp,
     // also for a stereo WAV, whose traces are in temp_l.sp.
+    // Traces lie end to end, so each is written without its extra float and the last one's
+    // is added at the end: the same bytes, written straight on.
     const int64_t n = std::max<int32_t>(st.Sp_Samples, 0);
     std::vector<float> trace(size_t(n) + 1);
     for (int32_t k = 0; k < st.TraceCount; ++k) {
         readTrace(st.TempPath, 1 + n * 4 * k, trace);
-        out.write(kTracesPos + n * 4 * k, trace);
+        out.write(kTracesPos + n * 4 * k, trace.data(), size_t(n));
         if (progress) progress->setValue(k);
     }
+    if (st.TraceCount > 0) out.write(kTracesPos + n * 4 * st.TraceCount, &trace[size_t(n)], 1);
     out.close();
 }
 
@@ -73,6 +77,9 @@ void openProjectFile(Workbench& wb, const std::string& path, const std::string& 
     st.BitsPerSample = src.i16le(39);
     st.SampleRate = src.f64le(41);
     st.FullScalePos = src.f32le(49);
+    // The views keep several arrays of a trace's length: an empty trace cannot be shown, and
+    // one of more than 16 M samples would not fit in memory, which ends the open here.
+    if (st.Sp_Samples < 1 || st.Sp_Samples > kMaxProjectTrace) throw ReadError("Out of memory");
     st.TraceLength = st.Sp_Samples;
     st.SourceLength = checkedInt32(double(st.TraceCount) * st.Sp_Samples * 4);
     // WorkingFileLength, FullScaleNeg, Channels and StereoFlag keep the values of the last
@@ -81,26 +88,28 @@ void openProjectFile(Workbench& wb, const std::string& path, const std::string& 
     auto progress = wb.host.progress("Read kvd file", st.TraceCount);
     // The old temp.sp is overwritten in place, not deleted first. Each trace is copied with one
     // byte too many, which the next trace overwrites; the last leaves temp.sp one byte longer
-    // than its traces. The copy goes in pieces so that a header claiming an enormous trace
-    // cannot ask for that much memory; the bytes that land are the same. This loop neither
-    // yields nor offers Cancel.
+    // than its traces. Traces lie end to end in both files, so each is written without its
+    // extra byte and the last one's is added at the end: the same bytes, written straight on.
+    // The copy goes in pieces so that a header claiming an enormous trace cannot ask for that
+    // much memory. This loop neither yields nor offers Cancel.
     TraceFileWriter out;
     out.open(st.TempPath, true);
-    const int64_t traceBytes = int64_t(st.Sp_Samples) * 4 + 1;
-    std::vector<uint8_t> piece(
-        size_t(std::min<int64_t>(std::max<int64_t>(traceBytes, 0), 1 << 20)));
-    // With an empty trace every pass copies the same byte to the same place: one pass is enough.
-    const int32_t passes = st.Sp_Samples == 0 ? std::min<int32_t>(st.TraceCount, 1) : st.TraceCount;
-    for (int32_t k = 0; k < passes; ++k) {
-        const int64_t from = kTracesPos + int64_t(st.Sp_Samples) * 4 * k;
-        const int64_t to = 1 + int64_t(st.Sp_Samples) * 4 * k;
-        if (from < 1 || to < 1) throw ReadError("Bad record number");
-        for (int64_t done = 0; done < traceBytes; done += int64_t(piece.size())) {
-            const size_t m = size_t(std::min<int64_t>(int64_t(piece.size()), traceBytes - done));
+    const int64_t traceBytes = int64_t(st.Sp_Samples) * 4;
+    std::vector<uint8_t> piece(size_t(std::min<int64_t>(traceBytes + 1, 1 << 20)));
+    auto copy = [&](int64_t from, int64_t to, int64_t n) {
+        for (int64_t done = 0; done < n; done += int64_t(piece.size())) {
+            const size_t m = size_t(std::min<int64_t>(int64_t(piece.size()), n - done));
             src.read(uint64_t(from - 1 + done), piece.data(), m);
             out.writeBytes(to + done, piece.data(), m);
         }
+    };
+    for (int32_t k = 0; k < st.TraceCount; ++k) {
+        copy(kTracesPos + traceBytes * k, 1 + traceBytes * k, traceBytes);
         if (progress) progress->setValue(k);
+    }
+    if (st.TraceCount > 0) {
+        const int64_t end = traceBytes * st.TraceCount;
+        copy(kTracesPos + end, 1 + end, 1);
     }
     out.close();
     progress.reset();

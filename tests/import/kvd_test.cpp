@@ -145,6 +145,13 @@ TEST(ProjectRead, CancelOrAnImpossibleHeaderEndsWithNoDataSetAndNoMessage) {
     test::putLe<int32_t>(h, 29, 1 << 12); // 16 GiB of traces: does not fit the source length
     b.openProject(b.put(h, "huge.kvd"));
     EXPECT_TRUE(b.st.TempPath.empty());
+    // No traces claimed, but a trace too long to hold, or none at all.
+    for (int32_t sp : {(1 << 24) + 1, 0, -4}) {
+        test::putLe<int32_t>(h, 19, sp);
+        test::putLe<int32_t>(h, 29, 0);
+        b.openProject(b.put(h, "long.kvd"));
+        EXPECT_TRUE(b.st.TempPath.empty()) << sp;
+    }
     EXPECT_TRUE(b.host.messages.empty());
 }
 
