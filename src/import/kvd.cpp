@@ -114,13 +114,7 @@ void openProjectFile(Workbench& wb, const std::string& path, const std::string& 
     out.close();
     progress.reset();
 
-    InitStatusPanels(wb);
-    cmd.caption = "Kelvorandine   " + st.FileTitle;
-    cmd.panel(3) = "FFT Bins: " + std::to_string(st.Sp_Samples / 2);
-    BigFile(st);
-    for (const char* m : {"mnuFInf", "mnuPrint", "mnuSw", "mnuFFT", "mnuTime", "mnuPhase",
-                          "mnuBscan", "mnuOlOp", "mnuExport"})
-        cmd.enable(m);
+    announceDataSet(wb);
     cmd.button(2).visible = true;
     if (st.ModeFFT == 3) resetPeakHold(st);
     showDataSet(wb);
@@ -131,22 +125,8 @@ void openProjectFile(Workbench& wb, const std::string& path, const std::string& 
 }
 
 void mnuOimp_Click(Workbench& wb) {
-    ProgramState& st = wb.st;
     CommandState& cmd = wb.cmd;
-    st.IsProject = true;
-    clearFormatFlags(st);
-    st.FirstTracePos = 1;
-    st.ImportFailed = false;
-    st.SpanActive = false;
-    st.CurrentTracePos = st.FirstTracePos;
-    st.NewDS = 1;
-    st.ImportCancelled = false;
-    if (!anyViewOpen(st)) {
-        st.TempPath.clear();
-        cmd.enable("mnuPrint", false);
-        cmd.enable("mnuSw", false);
-    }
-    CloseDataSet(wb);
+    closeBeforeOpen(wb, true);
     try {
         FileChoice choice = wb.host.openFile(kProjectFilter, "Open Kelvorandine File", 1);
         if (choice.cancelled) throw ProjectCancelled{};

@@ -13,8 +13,7 @@ using namespace kv::test;
 
 namespace {
 
-struct Dt1Case : test::Bench {
-    Dt1Case() { start(); }
+struct Dt1Case : test::RadarBench {
     std::string put(const std::vector<uint8_t>& dt1, const std::string& hd,
                     const std::string& dt1Name = "line.DT1",
                     const std::string& hdName = "line.HD") {

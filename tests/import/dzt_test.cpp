@@ -15,20 +15,9 @@ using test::getLe;
 
 namespace {
 
-struct DztCase : test::Bench {
-    DztCase() { start(); }
+struct DztCase : test::RadarBench {
     std::string put(const std::vector<uint8_t>& bytes, const std::string& name = "x.dzt") {
-        const std::string p = home.file(name);
-        test::writeFile(p, bytes);
-        return p;
-    }
-    std::vector<uint8_t> bytesOf(const std::string& p) const {
-        const std::string s = test::readText(p);
-        return {s.begin(), s.end()};
-    }
-    void exportTo(const std::string& p) {
-        host.queueFile(p, 1);
-        ExportFile(wb);
+        return RadarBench::put(bytes, name);
     }
 };
 

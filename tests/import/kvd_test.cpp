@@ -13,31 +13,13 @@ using test::getLe;
 
 namespace {
 
-struct KvdCase : test::Bench {
-    KvdCase() { start(); }
-    std::string put(const std::vector<uint8_t>& bytes, const std::string& name) {
-        const std::string p = home.file(name);
-        test::writeFile(p, bytes);
-        return p;
-    }
-    std::vector<uint8_t> bytesOf(const std::string& p) const {
-        const std::string s = test::readText(p);
-        return {s.begin(), s.end()};
-    }
+struct KvdCase : test::RadarBench {
     /// A 16-bit mono WAV of `traces` traces of 1024 samples, sample i = i % 1000 - 500.
     void importWav(int traces) {
         std::vector<int> s;
         for (int i = 0; i < traces * 1024; ++i)
             s.push_back(i % 1000 - 500);
         import(put(test::wavBytes(1, 8000, 16, s), "src.wav"));
-    }
-    void exportTo(const std::string& p) {
-        host.queueFile(p, 1);
-        ExportFile(wb);
-    }
-    void openProject(const std::string& p) {
-        host.queueFile(p, 1);
-        mnuOimp_Click(wb);
     }
 };
 

@@ -1,6 +1,9 @@
-// Small exact radar recordings for the radar reader tests: little-endian field writers and a
-// DZT header builder.
+// Small exact radar recordings for the radar reader tests: little-endian field writers, file
+// builders for each radar format, and a workbench that exports and opens project files.
 #pragma once
+
+#include "import/export.h"
+#include "support/test_home.h"
 
 #include <cstdint>
 #include <cstring>
@@ -109,5 +112,30 @@ inline std::vector<uint8_t> zonBytes(size_t blockAt, int16_t samples, const std:
     }
     return b;
 }
+
+/// A started workbench with the file, Export and "Open Kelvorandine File" steps the radar tests
+/// take.
+struct RadarBench : Bench {
+    RadarBench() { start(); }
+    std::string put(const std::vector<uint8_t>& bytes, const std::string& name) {
+        const std::string p = home.file(name);
+        writeFile(p, bytes);
+        return p;
+    }
+    static std::vector<uint8_t> bytesOf(const std::string& p) {
+        const std::string s = readText(p);
+        return {s.begin(), s.end()};
+    }
+    /// The Export command, the user choosing `target` in its dialog.
+    void exportTo(const std::string& target) {
+        host.queueFile(target, 1);
+        ExportFile(wb);
+    }
+    /// "Open Kelvorandine File", the user choosing `p`.
+    void openProject(const std::string& p) {
+        host.queueFile(p, 1);
+        mnuOimp_Click(wb);
+    }
+};
 
 } // namespace kv::test

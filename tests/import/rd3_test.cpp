@@ -12,8 +12,7 @@ using namespace kv::test;
 
 namespace {
 
-struct Rd3Case : test::Bench {
-    Rd3Case() { start(); }
+struct Rd3Case : test::RadarBench {
     /// Writes NAME.rd3 (or whatever `rd3Name` says) with `values`, and `rad` beside it.
     std::string put(const std::vector<int>& values, const std::string& rad,
                     const std::string& rd3Name = "line.rd3",

@@ -11,13 +11,8 @@ using namespace kv::test;
 
 namespace {
 
-struct ZonCase : test::Bench {
-    ZonCase() { start(); }
-    std::string put(const std::vector<uint8_t>& bytes) {
-        const std::string p = home.file("line.dt");
-        test::writeFile(p, bytes);
-        return p;
-    }
+struct ZonCase : test::RadarBench {
+    std::string put(const std::vector<uint8_t>& bytes) { return RadarBench::put(bytes, "line.dt"); }
 };
 
 const std::vector<std::vector<int>> kTraces = {{1, 2, 3, -4}, {5, 6, 7, 8}, {-9, 10, 11, 12}};
