@@ -73,9 +73,7 @@ void Dt1Header(ImportContext& ctx) {
 
 void Dt1Traces(ImportContext& ctx) {
     ProgramState& st = ctx.st;
-    auto src = ctx.openSource();
-    if (src->size() > uint64_t(INT32_MAX)) throw ReadError("Overflow");
-    st.SourceLength = static_cast<int32_t>(src->size());
+    auto src = openSourceSized(ctx);
     st.Dt1DataPos = 129;
     if (st.Dt1Samples < 0) throw ReadError("Subscript out of range");
     std::vector<int16_t> raw(size_t(st.Dt1Samples) + 1);
@@ -89,13 +87,10 @@ void Dt1Traces(ImportContext& ctx) {
         std::fill(trace.begin(), trace.end(), 0.0f);
         const int64_t pos = checkedInt32(double(st.Dt1DataPos) + double(stride) * t);
         src->read(uint64_t(pos - 1), raw.data(), raw.size() * 2);
+        copySamples(raw, trace, upto);
         for (int64_t i = 0; i < upto; ++i) {
-            checkIndex(size_t(i), trace.size());
-            checkIndex(size_t(i), raw.size());
-            const float x = raw[size_t(i)];
-            trace[size_t(i)] = x;
-            st.Dt1Max = std::max(st.Dt1Max, x);
-            st.Dt1Min = std::min(st.Dt1Min, x);
+            st.Dt1Max = std::max(st.Dt1Max, trace[size_t(i)]);
+            st.Dt1Min = std::min(st.Dt1Min, trace[size_t(i)]);
         }
         out.write(trace);
     }

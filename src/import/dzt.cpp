@@ -87,9 +87,7 @@ void DztTraces(ImportContext& ctx, const ByteSource& src, const DztLayout& d) {
 } // namespace
 
 void DztRead(ImportContext& ctx) {
-    auto src = ctx.openSource();
-    if (src->size() > uint64_t(INT32_MAX)) throw ReadError("Overflow");
-    ctx.st.SourceLength = static_cast<int32_t>(src->size());
+    auto src = openSourceSized(ctx);
     // A header that cannot be worked out fails silently (the open's own handler); only the
     // trace loop reports a corrupted file.
     DztLayout d = DztHeader(ctx, *src);

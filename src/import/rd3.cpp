@@ -41,9 +41,7 @@ void Rd3Header(ImportContext& ctx) {
 
 void Rd3Traces(ImportContext& ctx) {
     ProgramState& st = ctx.st;
-    auto src = ctx.openSource();
-    if (src->size() > uint64_t(INT32_MAX)) throw ReadError("Overflow");
-    st.SourceLength = static_cast<int32_t>(src->size());
+    auto src = openSourceSized(ctx);
     const double samples = Val(st.RadSamplesText);
     st.Rd3Stride = checkedInt32(samples * 2 * st.NewDS);
     st.TraceCount = checkedInt32(checkedDiv(double(st.SourceLength), double(st.Rd3Stride)));
@@ -82,11 +80,7 @@ void Rd3Traces(ImportContext& ctx) {
             }
         }
         const int64_t upto = st.PadWithZero ? n : int64_t(st.Sp_Samples);
-        for (int64_t i = 0; i < upto; ++i) {
-            checkIndex(size_t(i), trace.size());
-            checkIndex(size_t(i), rd3Trace.size());
-            trace[size_t(i)] = rd3Trace[size_t(i)];
-        }
+        copySamples(rd3Trace, trace, upto);
         out.write(trace);
     }
     out.finish();

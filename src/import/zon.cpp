@@ -31,9 +31,7 @@ bool signatureAt(const ByteSource& src, int64_t pos1, const int (&sig)[4]) {
 
 void ZonBody(ImportContext& ctx) {
     ProgramState& st = ctx.st;
-    auto src = ctx.openSource();
-    if (src->size() > uint64_t(INT32_MAX)) throw ReadError("Overflow");
-    st.SourceLength = static_cast<int32_t>(src->size());
+    auto src = openSourceSized(ctx);
     const int64_t last = int64_t(st.SourceLength) - 10;
 
     // The block with the trace length; before position 100 it is not looked for. A scan that
@@ -95,11 +93,7 @@ void ZonBody(ImportContext& ctx) {
         const int32_t pos = checkedInt32(st.ZonDataPos + stride * t);
         if (pos < 1) throw ReadError("Bad record number"); // no mark was found
         src->read(uint64_t(pos - 1), raw.data(), raw.size() * 2);
-        for (int64_t i = 0; i < upto; ++i) {
-            checkIndex(size_t(i), trace.size());
-            checkIndex(size_t(i), raw.size());
-            trace[size_t(i)] = raw[size_t(i)];
-        }
+        copySamples(raw, trace, upto);
         out.write(trace);
     }
     out.finish();
