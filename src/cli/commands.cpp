@@ -3,6 +3,7 @@
 
 #include "core/lifecycle.h"
 #include "engine/engine.h"
+#include "import/export.h"
 #include "import/file_filters.h"
 #include "import/open.h"
 #include "import/readers.h"
@@ -123,7 +124,11 @@ bool openSession(Session& s, const CommonOptions& o, const std::string& exeDir) 
     }
     if (index == 0) index = 1;
     s.host.queueFile(path, index);
-    mnuOpen_Click(s.wb);
+    // A project file is opened the way "Open Kelvorandine File" opens it.
+    if (upperAscii(fileTitleOf(path)).ends_with(".KVD"))
+        mnuOimp_Click(s.wb);
+    else
+        mnuOpen_Click(s.wb);
     return !s.st.TempPath.empty();
 }
 
@@ -154,6 +159,10 @@ nlohmann::json describe(const Session& s) {
     j["YUnitName"] = st.YUnitName;
     j["ActiveTracePath"] = st.ActiveTracePath;
     j["IsProject"] = st.IsProject;
+    j["ScansPerSecond"] = st.ScansPerSecond;
+    j["RangeNs"] = st.RangeNs;
+    j["TimeWindowNs"] = st.TimeWindowNs;
+    j["SampleBits"] = st.SampleBits;
     j["caption"] = s.cmd.caption;
     nlohmann::json panels = nlohmann::json::array();
     for (int p = 1; p <= CommandState::kPanels; ++p)
@@ -177,13 +186,26 @@ int runInfo(const CommonOptions& o, const std::string& exeDir) {
 int runConvert(const CommonOptions& o, const std::string& out, const std::string& exeDir) {
     const std::string ext = upperAscii(out.substr(
         out.find_last_of('.') == std::string::npos ? out.size() : out.find_last_of('.') + 1));
-    if (ext != "SP") throw UsageError("convert writes .sp files: " + out);
+    if (ext != "SP" && ext != "KVD" && ext != "DZT")
+        throw UsageError("convert writes .sp, .kvd and .dzt files: " + out);
     Session s;
     nlohmann::json j;
     if (!openForWork(s, o, exeDir, j)) return kExitNoData;
     std::error_code ec;
-    std::filesystem::copy_file(s.st.ActiveTracePath, out,
-                               std::filesystem::copy_options::overwrite_existing, ec);
+    if (ext == "SP") {
+        std::filesystem::copy_file(s.st.ActiveTracePath, out,
+                                   std::filesystem::copy_options::overwrite_existing, ec);
+    } else if (ext == "KVD") {
+        // The Export command's writers, as the workbench runs them.
+        try {
+            ProjectWrite(s.wb, out);
+        } catch (const std::exception&) {
+            ec = std::make_error_code(std::errc::io_error);
+        }
+    } else {
+        DztWrite(s.wb, out); // passes over every failure, as in the workbench
+        if (!fileExists(out)) ec = std::make_error_code(std::errc::io_error);
+    }
     j["output"] = out;
     j["written"] = !ec;
     printJson(j);

@@ -35,7 +35,8 @@ int main(int argc, char** argv) {
     addCommon(infoCmd, info);
     auto* convertCmd = app.add_subcommand("convert", "Open a recording and write it out");
     addCommon(convertCmd, convert);
-    convertCmd->add_option("-o,--output", convertOut, "Output file (.sp)")->required();
+    convertCmd->add_option("-o,--output", convertOut, "Output file (.sp, .kvd or .dzt)")
+        ->required();
 
     kv::cli::CommonOptions spectrum, metrics;
     int spectrumTrace = 0, spectrumColumns = 0, metricsTrace = 0;

@@ -234,6 +234,18 @@ struct ProgramState {
     // header read (1 or 2). Other depths leave it as it was.
     int32_t BytesPerSample = 0;
 
+    // ---- Radar readers (DZT, RD3/RAD, DT1/HD, Zon DT) -------------------------------------------
+    float RangeNs = 0.0f;      // DZT header: range in ns
+    double TimeWindowNs = 0.0; // RD3, DT1, Zon: total time window (Zon: in seconds)
+    std::string Rd3Path, RadPath, RadTimeWindowText, RadSamplesText;
+    int32_t Rd3Stride = 0; // bytes per trace in the .rd3 source
+    std::string HdPath;
+    int32_t Dt1Samples = 0;
+    int32_t Dt1DataPos = 0;
+    float Dt1Max = 0.0f, Dt1Min = 0.0f;
+    int32_t ZonSamples = 0;
+    int32_t ZonDataPos = 0;
+
     // ---- Views ----------------------------------------------------------------------------------
 };
 

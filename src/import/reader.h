@@ -74,6 +74,13 @@ void withCorruptedFileHandler(ImportContext& ctx, const std::function<void()>& b
 double checkedDiv(double a, double b);
 int32_t checkedInt32(double x); // rounds half to even
 int16_t checkedInt16(double x); // rounds half to even
+/// Opens the source recording and sets SourceLength from its size (a recording of 2 GiB or more
+/// does not fit it and fails the read).
+std::unique_ptr<ByteSource> openSourceSized(ImportContext& ctx);
+/// Copies the first `n` 16-bit samples into the trace as floats, unscaled. An `n` beyond either
+/// array fails as a bad subscript.
+void copySamples(const std::vector<int16_t>& raw, std::vector<float>& trace, int64_t n);
+
 /// Index check for the readers' fixed-size work arrays.
 inline void checkIndex(size_t i, size_t size) {
     if (i >= size) throw ReadError("Subscript out of range");
