@@ -5,6 +5,7 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDir>
+#include <QTimer>
 #include <cstdio>
 
 int main(int argc, char** argv) {
@@ -18,8 +19,16 @@ int main(int argc, char** argv) {
     parser.addPositionalArgument("FILE", "Recording to import at start");
     QCommandLineOption filterOpt("filter", "Import dialog entry for FILE (WAV, DZT, ...)", "NAME");
     QCommandLineOption homeOpt("home", "Home folder (SP.ini, working files)", "DIR");
+    // For checking the workbench by eye on a machine without a person at it: play the imported
+    // file through, save a picture of the window, and quit.
+    QCommandLineOption playOpt("play", "Play the imported file through once");
+    QCommandLineOption grabOpt("grab", "Save a picture of the window to PNG, then quit", "PNG");
+    playOpt.setFlags(QCommandLineOption::HiddenFromHelp);
+    grabOpt.setFlags(QCommandLineOption::HiddenFromHelp);
     parser.addOption(filterOpt);
     parser.addOption(homeOpt);
+    parser.addOption(playOpt);
+    parser.addOption(grabOpt);
     parser.process(app);
 
     QString home = QCoreApplication::applicationDirPath();
@@ -44,6 +53,18 @@ int main(int argc, char** argv) {
             index = kv::filterIndexOf(w.state().Fil, f);
         }
         w.importFile(QDir(files.first()).absolutePath().toStdString(), index);
+    }
+    if (parser.isSet(playOpt) || parser.isSet(grabOpt)) {
+        const bool play = parser.isSet(playOpt);
+        const QString grab = parser.value(grabOpt);
+        QTimer::singleShot(300, &w, [&w, play, grab] {
+            if (play) w.pressToolButton(12);
+            if (!grab.isEmpty()) {
+                QApplication::processEvents();
+                w.grab().save(grab);
+                w.close();
+            }
+        });
     }
     return app.exec();
 }
