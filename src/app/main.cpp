@@ -37,10 +37,15 @@ int main(int argc, char** argv) {
     if (parser.isSet(homeOpt)) home = parser.value(homeOpt);
     home = QDir(home).absolutePath();
 
+    // Names on the command line are relative to where the user started us; the workbench moves
+    // its current folder to the home folder as it starts.
+    QStringList files = parser.positionalArguments();
+    for (QString& f : files)
+        f = QDir(f).absolutePath();
+
     kv::MainWindow w(home.toStdString());
     w.show();
 
-    const QStringList files = parser.positionalArguments();
     if (!files.isEmpty()) {
         int index = 0;
         if (parser.isSet(filterOpt)) {
@@ -52,7 +57,7 @@ int main(int argc, char** argv) {
             }
             index = kv::filterIndexOf(w.state().Fil, f);
         }
-        w.importFile(QDir(files.first()).absolutePath().toStdString(), index);
+        w.importFile(files.first().toStdString(), index);
     }
     if (parser.isSet(playOpt) || parser.isSet(grabOpt)) {
         const bool play = parser.isSet(playOpt);

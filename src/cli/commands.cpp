@@ -56,8 +56,11 @@ void printJson(const nlohmann::json& j) {
 } // namespace
 
 bool openSession(Session& s, const CommonOptions& o, const std::string& exeDir) {
-    s.st.AppPath = resolveHome(o, exeDir);
     std::error_code ec;
+    // Resolve the file before the start sequence moves the current folder to the home folder.
+    std::string path = std::filesystem::absolute(o.file, ec).string();
+    if (ec) path = o.file;
+    s.st.AppPath = std::filesystem::absolute(resolveHome(o, exeDir), ec).string();
     if (!std::filesystem::is_directory(s.st.AppPath, ec))
         throw UsageError("home folder not found: " + s.st.AppPath);
     applySets(s.st, o.sets);
@@ -73,8 +76,6 @@ bool openSession(Session& s, const CommonOptions& o, const std::string& exeDir) 
         index = filterIndexForFile(s.st.Fil, o.file);
     }
     if (index == 0) index = 1;
-    std::string path = std::filesystem::absolute(o.file, ec).string();
-    if (ec) path = o.file;
     s.host.queueFile(path, index);
     mnuOpen_Click(s.wb);
     return !s.st.TempPath.empty();

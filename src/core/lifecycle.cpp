@@ -150,6 +150,13 @@ void CleanSet(Workbench& wb) {
     cmd.touch();
 }
 
+void abandonDataSet(Workbench& wb) {
+    CleanSet(wb);
+    wb.cmd.showButtons(1, 3, true);
+    wb.st.TempPath.clear();
+    wb.cmd.touch();
+}
+
 void NoMarkers(Workbench& wb) {
     wb.st.MarkerMode = false;
     wb.st.MarkerCount = 0;
@@ -234,9 +241,7 @@ void ChNewDS(Workbench& wb) {
         rereadDataSet(wb);
     } catch (const std::exception&) {
         // A re-read that fails leaves no data set rather than a half-written one.
-        st.TempPath.clear();
-        CleanSet(wb);
-        cmd.showButtons(1, 3, true);
+        abandonDataSet(wb);
         return;
     }
     if (!st.IsWav) st.ActiveTracePath = st.TempPath;
@@ -252,9 +257,7 @@ void ChNewDS(Workbench& wb) {
     try {
         FyllSpData(st);
     } catch (const std::exception&) {
-        st.TempPath.clear();
-        CleanSet(wb);
-        cmd.showButtons(1, 3, true);
+        abandonDataSet(wb);
         return;
     }
     wb.views.loadView(wb, ViewId::Spectrum);

@@ -28,6 +28,8 @@ void ReloadForms(Workbench& wb);
 void CloseDataSet(Workbench& wb);
 /// What a view's unload leaves behind; with no view left, back to the three-button start.
 void CleanSet(Workbench& wb);
+/// An open or re-read that failed: CleanSet, the three start buttons, no data set.
+void abandonDataSet(Workbench& wb);
 void NoMarkers(Workbench& wb);
 void NoAnalys(Workbench& wb);
 

@@ -170,9 +170,7 @@ void mnuOpen_Click(Workbench& wb) {
         openChosenFile(wb, choice);
     } catch (...) {
         // Cancel, or a reader that failed without a handler of its own: no message, no data.
-        CleanSet(wb);
-        cmd.showButtons(1, 3, true);
-        st.TempPath.clear();
+        abandonDataSet(wb);
     }
     cmd.touch();
 }

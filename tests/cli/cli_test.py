@@ -58,6 +58,11 @@ with tempfile.TemporaryDirectory() as home:
     code, _, _ = run("convert", src, "-o", os.path.join(home, "x.png"), "--home", home)
     check(code == 2, "an output type convert cannot write is a usage error")
 
+    # A relative file name is relative to where the tool was started, not to its home folder.
+    p = subprocess.run([cli, "info", os.path.join(os.path.basename(home), "tone.wav"), "--home", home],
+                       capture_output=True, text=True, cwd=os.path.dirname(home))
+    check(p.returncode == 0, "a relative file name opens")
+
     os.environ["KELVORANDINE_HOME"] = home
     code, out, _ = run("info", src)
     check(code == 0 and out["loaded"], "KELVORANDINE_HOME sets the home folder")
