@@ -23,6 +23,22 @@ QString summary(const ProgramState& st, ViewId v) {
         .arg(st.TracePos);
 }
 
+/// The caption line of a view window, as the command model names the view.
+QString viewCaption(ViewId v) {
+    switch (v) {
+    case ViewId::Oscope:
+        return QStringLiteral("O-scope view");
+    case ViewId::Spectrum:
+        return QStringLiteral("Spectrum view");
+    case ViewId::Phase:
+        return QStringLiteral("Phase view");
+    case ViewId::Waterfall:
+    case ViewId::Radargram:
+        break;
+    }
+    return QStringLiteral("Waterfall view");
+}
+
 } // namespace
 
 QMdiSubWindow* AppViewHost::window(ViewId v) const {
@@ -51,7 +67,7 @@ void AppViewHost::loadView(Workbench& wb, ViewId v) {
     }
     auto* sub = area_->addSubWindow(makeViewWidget(wb, v));
     sub->setAttribute(Qt::WA_DeleteOnClose);
-    sub->setWindowTitle(QString::fromLatin1(viewName(v)));
+    sub->setWindowTitle(viewCaption(v));
     windows_[v] = sub;
     viewFlag(wb.st, v) = true;
     QObject::connect(sub, &QObject::destroyed, [this, &wb, v] {

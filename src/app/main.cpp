@@ -7,6 +7,7 @@
 #include <QDir>
 #include <QTimer>
 #include <cstdio>
+#include <optional>
 
 int main(int argc, char** argv) {
     QApplication app(argc, argv);
@@ -43,20 +44,23 @@ int main(int argc, char** argv) {
     for (QString& f : files)
         f = QDir(f).absolutePath();
 
+    // The filter name is checked before any window shows; its place in the dialog's list
+    // depends on Fil, known once the settings are read.
+    std::optional<kv::FilterName> filter;
+    if (parser.isSet(filterOpt)) {
+        kv::FilterName f;
+        if (!kv::parseFilterName(parser.value(filterOpt).toStdString(), f)) {
+            std::fprintf(stderr, "kelvorandine: unknown filter %s\n",
+                         qPrintable(parser.value(filterOpt)));
+            return 2;
+        }
+        filter = f;
+    }
+
     kv::MainWindow w(home.toStdString());
     w.show();
-
     if (!files.isEmpty()) {
-        int index = 0;
-        if (parser.isSet(filterOpt)) {
-            kv::FilterName f;
-            if (!kv::parseFilterName(parser.value(filterOpt).toStdString(), f)) {
-                std::fprintf(stderr, "kelvorandine: unknown filter %s\n",
-                             qPrintable(parser.value(filterOpt)));
-                return 2;
-            }
-            index = kv::filterIndexOf(w.state().Fil, f);
-        }
+        const int index = filter ? kv::filterIndexOf(w.state().Fil, *filter) : 0;
         w.importFile(files.first().toStdString(), index);
     }
     if (parser.isSet(playOpt) || parser.isSet(grabOpt)) {

@@ -249,9 +249,8 @@ void MainWindow::syncPanels() {
         const QString t = QString::fromStdString(cmd_.panel(p));
         if (panels_[size_t(p - 1)]->text() != t) panels_[size_t(p - 1)]->setText(t);
     }
-    QString title = QString::fromStdString(cmd_.caption).trimmed();
-    if (!st_.TempPath.empty() && !cmd_.viewCaptionLine.empty())
-        title += QStringLiteral(" - [%1]").arg(QString::fromStdString(cmd_.viewCaptionLine));
+    // A maximised view adds " - [Spectrum view]" itself.
+    const QString title = QString::fromStdString(cmd_.caption).trimmed();
     if (windowTitle() != title) setWindowTitle(title);
 }
 
