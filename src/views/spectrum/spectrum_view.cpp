@@ -2,6 +2,7 @@
 #include "views/spectrum/spectrum_view.h"
 
 #include "core/program_state.h"
+#include "engine/display_map.h"
 #include "platform/numeric.h"
 
 #include <QFont>
@@ -52,7 +53,7 @@ void SpectrumView::setPlotSize(int w, int h) {
 }
 
 int32_t SpectrumView::PlotColumns() const {
-    return toInt32(PlotW_ / 2.0);
+    return plotColumnsFor(PlotW_);
 }
 
 float SpectrumView::topDbFor(const ProgramState& st, const SpectrumFeed& f) const {
@@ -75,10 +76,7 @@ void SpectrumView::setYCaption(const ProgramState& st) {
 }
 
 void SpectrumView::Resized(ProgramState& st, const SpectrumFeed& f) {
-    if (st.NewDataSet) {
-        if (st.Offset_Log < f.PeakDb) st.Offset_Log = toInt32(f.PeakDb + 2.0);
-        st.NewDataSet = false;
-    }
+    FirstDrawOffset(st);
     computeFactors(st, f);
     CurveCount_ = 1;
     CurvePoints_.clear();
