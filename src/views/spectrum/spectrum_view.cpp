@@ -425,7 +425,10 @@ void paintSpectrumView(QPainter& p, const SpectrumView& v, const ProgramState& s
     const int xRow = m.top + v.PlotH() + 3;
     for (const auto& l : v.xLabels()) {
         const QString s = QString::fromStdString(l.text);
-        p.drawText(m.left + l.x - fm.horizontalAdvance(s) / 2, xRow + asc, s);
+        const int tw = fm.horizontalAdvance(s);
+        // The last label stands on the right edge: keep it whole inside the window.
+        const int x = std::min(m.left + l.x - tw / 2, all.width() - tw - 2);
+        p.drawText(x, xRow + asc, s);
     }
     const QString unit = QString::fromStdString(v.XUnitText() + "   " + v.xStepText());
     p.drawText(all.width() - m.right - fm.horizontalAdvance(unit), xRow + fm.height() + asc, unit);
