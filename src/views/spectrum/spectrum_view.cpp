@@ -456,7 +456,8 @@ void paintSpectrumView(QPainter& p, const SpectrumView& v, const ProgramState& s
         p.drawText(m.left + v.PlotW() + 2, y + asc / 2, QString::fromStdString(v.lbldbS().text));
     }
     if (v.crossShown()) {
-        const QRgb c = colorFromIni(st.FFT_GridColor) ^ 0x00FFFFFFu;
+        // The cross stands out from the plot's background whatever colours the user chose.
+        const QRgb c = colorFromIni(st.FFT_BackColor) ^ 0x00FFFFFFu;
         p.setPen(QColor(c));
         const int x = m.left + int(std::lround(v.PointerX()));
         p.drawLine(x, m.top, x, m.top + v.PlotH());
