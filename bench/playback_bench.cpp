@@ -10,7 +10,9 @@
 #include "platform/scripted_host.h"
 #include "views/spectrum/spectrum_form.h"
 
+#include "bench_wav.h"
 #include <QGuiApplication>
+
 #include <benchmark/benchmark.h>
 
 #include <cmath>
@@ -32,20 +34,7 @@ constexpr int kSamples = 1024;
 void writeWav(const std::string& path) {
     const uint32_t n = uint32_t(kTraces) * kSamples;
     std::ofstream f(path, std::ios::binary);
-    auto u32 = [&](uint32_t v) { f.write(reinterpret_cast<const char*>(&v), 4); };
-    auto u16 = [&](uint16_t v) { f.write(reinterpret_cast<const char*>(&v), 2); };
-    f.write("RIFF", 4);
-    u32(36 + n * 2);
-    f.write("WAVEfmt ", 8);
-    u32(16);
-    u16(1);
-    u16(1);
-    u32(48000);
-    u32(96000);
-    u16(2);
-    u16(16);
-    f.write("data", 4);
-    u32(n * 2);
+    bench::writeWavHeader(f, n);
     uint32_t seed = 1;
     std::vector<int16_t> buf(n);
     for (uint32_t i = 0; i < n; ++i) {
