@@ -32,7 +32,7 @@ TEST(SpectrumScales, UnitsChangeOnlyAboveTheirThreshold) {
 }
 
 TEST(SpectrumScales, LinearAxisLabelsTheTenthsOfTheBand) {
-    XAxis a = linearXAxis(800, 24000, 1);
+    XAxis a = ShowX_lab(800, 24000, 1);
     EXPECT_EQ(a.GridXs, (std::vector<int>{80, 160, 240, 320, 400, 480, 560, 640, 720, 800}));
     EXPECT_EQ(texts(a), (std::vector<std::string>{"2.4", "4.8", "7.2", "9.6", "12", "14.4", "16.8",
                                                   "19.2", "21.6", "24"}));
@@ -40,13 +40,13 @@ TEST(SpectrumScales, LinearAxisLabelsTheTenthsOfTheBand) {
     EXPECT_EQ(a.unitText, "(  kHz)");
 
     // A span factor of 2 halves the step; a narrow band stays in Hz.
-    EXPECT_EQ(linearXAxis(800, 24000, 2).labels[0].text, "1.2");
-    a = linearXAxis(500, 1000, 1);
+    EXPECT_EQ(ShowX_lab(800, 24000, 2).labels[0].text, "1.2");
+    a = ShowX_lab(500, 1000, 1);
     EXPECT_EQ(a.labels.back().text, "1000") << "1000 Hz is not above 10^3";
     EXPECT_EQ(a.stepText, "100Hz/div");
     EXPECT_EQ(a.unitText, "( Hz)");
     // Grid positions round half to even: 333 / 10 * 5 = 166.5.
-    EXPECT_EQ(linearXAxis(333, 1000, 1).GridXs[4], 166);
+    EXPECT_EQ(ShowX_lab(333, 1000, 1).GridXs[4], 166);
 }
 
 TEST(SpectrumScales, SpanLabelsStartAtTheLowEdgeEachWithItsOwnPrefix) {

@@ -54,7 +54,7 @@ FrequencyUnit frequencyUnit(double hz) {
     return {"Hz", "", 1.0};
 }
 
-XAxis linearXAxis(int PlotW, double MaxFreq, double SpanFactor) {
+XAxis ShowX_lab(int PlotW, double MaxFreq, double SpanFactor) {
     XAxis a;
     a.GridXs = tenthLines(PlotW);
     const double top = MaxFreq / SpanFactor;

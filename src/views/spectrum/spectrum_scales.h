@@ -40,7 +40,7 @@ struct XAxis {
 
 /// Full band, linear: ten lines at (i+1) * PlotW / 10, labelled with the tenths of
 /// MaxFreq / SpanFactor.
-XAxis linearXAxis(int PlotW, double MaxFreq, double SpanFactor);
+XAxis ShowX_lab(int PlotW, double MaxFreq, double SpanFactor);
 /// A span: the same lines, labels from SpanLowFreq in tenths of SpanWidth, each with its own
 /// prefix.
 XAxis spanXAxis(int PlotW, double SpanLowFreq, double SpanWidth);

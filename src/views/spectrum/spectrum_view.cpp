@@ -132,7 +132,7 @@ void SpectrumView::DrawGrid(const ProgramState& st, const SpectrumFeed& f) {
     else if (st.SpanActive)
         x = spanXAxis(PlotW_, f.SpanLowFreq, f.SpanHighFreq - f.SpanLowFreq);
     else
-        x = linearXAxis(PlotW_, f.MaxFreq, f.SpanFactor);
+        x = ShowX_lab(PlotW_, f.MaxFreq, f.SpanFactor);
     GridXs_ = std::move(x.GridXs);
     xLabels_ = std::move(x.labels);
     XUnitText_ = std::move(x.unitText);
