@@ -109,3 +109,14 @@ TEST_F(Played, AResizeFoldsForTheNewWidthAndEmptiesAStack) {
             lit += s.pixel(x, y) == 0x00FF00u;
     EXPECT_EQ(lit, 0) << "a stack starts empty after a resize";
 }
+
+TEST_F(Played, ARelayoutFollowsANewTraceCount) {
+    // The data set was read again with more positions, and a loop has gone past the old end.
+    b.st.LastTrace = 20;
+    form.relayout();
+    EXPECT_EQ(form.HS().Max, 20);
+    b.st.TracePos = 15;
+    form.DrawTimer();
+    EXPECT_EQ(b.st.TracePos, 15) << "not pulled back into the old range";
+    EXPECT_EQ(form.HS().Value, 15);
+}

@@ -81,6 +81,9 @@ void SpectrumForm::relayout() {
     const bool idle = wb_.st.Idle;
     FyllSpData(wb_.st);
     wb_.st.Idle = idle;
+    // A re-read data set may have another trace count; the scroll bar keeps up with it.
+    hs_.Max = std::max<int>(0, wb_.st.LastTrace);
+    hs_.Value = std::clamp<int>(wb_.st.TracePos, hs_.Min, hs_.Max);
     view_.Resized(wb_.st, feedFrom(wb_.st));
     setLaidOut(wb_.st);
     showPeak();
