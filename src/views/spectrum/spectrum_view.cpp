@@ -435,12 +435,17 @@ void paintSpectrumView(QPainter& p, const SpectrumView& v, const ProgramState& s
     }
     // Frequency labels, centred under their grid line.
     const int xRow = m.top + v.PlotH() + 3;
+    int freeFrom = 0;
     for (const auto& l : v.xLabels()) {
         const QString s = QString::fromStdString(l.text);
         const int tw = fm.horizontalAdvance(s);
         // The last label stands on the right edge: keep it whole inside the window.
         const int x = std::min(m.left + l.x - tw / 2, all.width() - tw - 2);
+        // Log marks crowd at the top of each decade; a label that would run into the one before
+        // it is left out rather than printed over it.
+        if (x < freeFrom) continue;
         p.drawText(x, xRow + asc, s);
+        freeFrom = x + tw + 4;
     }
     const QString unit = QString::fromStdString(v.XUnitText() + "   " + v.xStepText());
     p.drawText(all.width() - m.right - fm.horizontalAdvance(unit), xRow + fm.height() + asc, unit);
