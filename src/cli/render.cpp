@@ -44,9 +44,9 @@ int runRender(const RenderOptions& r, const std::string& exeDir) {
     auto app = offscreenApp();
 
     Session s;
-    const bool loaded = openSession(s, r.common, exeDir);
-    nlohmann::json j = describe(s);
-    if (!loaded || !s.st.SpectrumOpen) {
+    nlohmann::json j;
+    if (!openForWork(s, r.common, exeDir, j)) return kExitNoData;
+    if (!s.st.SpectrumOpen) {
         printJson(j);
         return kExitNoData;
     }

@@ -42,6 +42,7 @@ void MDIForm_Load(Workbench& wb) {
     st.AnalysisOn = false;
     st.ShowThd = st.ShowThdN = st.ShowSfdr = st.ShowSinad = st.ShowSnr = st.ShowEnob = false;
     ReadINI(wb);
+    cmd.panel(7) = SetWindowName(st); // WindowGain scales every spectrum from the first one on
     st.SpectrumOpen = st.OscOpen = st.PhaseOpen = st.WaterfallOpen = st.RadargramOpen = false;
     st.ExtraViewOpen = false;
     st.PosiblValue = 3.0f;

@@ -8,6 +8,7 @@
 #include "engine/spectrum_hooks.h"
 #include "platform/numeric.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace kv {
@@ -24,7 +25,10 @@ struct Column {
 /// before it starts and the old columns stay).
 bool binsPerColumn(double a, double b, int32_t& out) {
     if (b == 0.0) return false;
-    out = int32_t(Int(a / b)) + 1;
+    const double whole = Int(a / b) + 1;
+    // A fold of no bins a column (a negative width or band) would never advance: it stops too.
+    if (!(whole >= 1 && whole <= 2147483647.0)) return false;
+    out = int32_t(whole);
     return true;
 }
 
@@ -73,6 +77,20 @@ RefSlot slot(ProgramState& st, int s) {
             st.RefColCount2,
             st.RefSpanCol2,
             st.RefSpanBins2};
+}
+
+/// f32(Log10(b)) for the bin indices 0..bins (entry 0 unused), the X of a column on a log axis.
+/// Every fold needs one for each column, so the table is kept and grows with longer spectra.
+const float* logTable(int32_t bins) {
+    thread_local std::vector<float> table(1, 0.0f);
+    const size_t want = size_t(std::max(bins, 0)) + 1;
+    if (want > table.size()) {
+        const size_t from = table.size();
+        table.resize(want);
+        for (size_t i = from; i < want; ++i)
+            table[i] = f32(Log10(double(i), 1.0f));
+    }
+    return table.data();
 }
 
 float valueAt(const std::vector<float>& a, int64_t i, bool& ok) {
@@ -124,15 +142,22 @@ void GenDraw(ProgramState& st) {
     const size_t available = std::min(st.SpDisp.size(), st.SpPhase.size());
     if (bins > 0 && size_t(bins) > available) return; // nothing to fold from: the old columns stay
 
-    std::vector<float> val, logX, phase;
-    val.reserve(size_t(bins / b) + 1);
-    logX.reserve(val.capacity());
-    phase.reserve(val.capacity());
+    // From here the fold cannot fail: the columns are rebuilt in place.
+    const size_t count = bins >= b ? size_t((bins - b) / b) + 1 : 0;
+    st.ColVal.resize(std::max<size_t>(count, 1));
+    st.ColLogX.resize(st.ColVal.size());
+    st.ColPhase.resize(st.ColVal.size());
+    if (count == 0) {
+        // Nothing folded: the arrays as re-dimensioned to 0..0.
+        st.ColVal[0] = st.ColLogX[0] = st.ColPhase[0] = 0.0f;
+    }
+    const float* logs = logTable(bins);
     float p = 0.0f;
     int32_t bin = 0;
     const float* disp = st.SpDisp.data();
     const float* ph = st.SpPhase.data();
-    for (int32_t i = 0; i <= bins - b; i += b) {
+    for (size_t c = 0; c < count; ++c) {
+        const int32_t i = int32_t(c) * b;
         float v = disp[i];
         for (int32_t k = 0; k < b; ++k) {
             if (v <= disp[i + k]) {
@@ -141,19 +166,9 @@ void GenDraw(ProgramState& st) {
                 bin = i + k;
             }
         }
-        val.push_back(v);
-        logX.push_back(f32(Log10(bin, st.FullScalePos)));
-        phase.push_back(p);
-    }
-    const size_t count = val.size();
-    if (count == 0) {
-        st.ColVal.assign(1, 0.0f);
-        st.ColLogX.resize(std::max<size_t>(st.ColLogX.size(), 1));
-        st.ColPhase.resize(std::max<size_t>(st.ColPhase.size(), 1));
-    } else {
-        st.ColVal = std::move(val);
-        st.ColLogX = std::move(logX);
-        st.ColPhase = std::move(phase);
+        st.ColVal[c] = v;
+        st.ColLogX[c] = bin == 0 ? f32(Log10(0.0, st.FullScalePos)) : logs[bin];
+        st.ColPhase[c] = p;
     }
     st.Sp_Bins = st.ColumnCount = upperBound(count);
 
@@ -168,7 +183,7 @@ void GenDraw(ProgramState& st) {
                 if (v <= bd[i + k]) v = bd[i + k];
             back.push_back(v);
         }
-        const float x = f32(Log10(bin, st.FullScalePos));
+        const float x = bin == 0 ? f32(Log10(0.0, st.FullScalePos)) : logTable(bin)[bin];
         st.BackColLogX.assign(std::max<size_t>(back.size(), 1), x);
         if (back.empty()) back.push_back(0.0f);
         st.BackCol = std::move(back);
@@ -208,7 +223,7 @@ void GenDraw_Ref(ProgramState& st) {
                                   Log10(double(r.maxFreq) / st.BinWidth, st.FullScalePos));
         }
         int32_t b = 0;
-        if (!std::isfinite(c) || !binsPerColumn(r.count, c, b) || b < 1) continue;
+        if (!binsPerColumn(r.count, c, b)) continue;
         st.BinsPerColumn = b;
         const double last = roundHalfEven(double(r.count) - b);
         std::vector<float> col, logX;
@@ -241,9 +256,15 @@ void GenDraw_Ref(ProgramState& st) {
 void GenDrawSpan_Ref(ProgramState& st) {
     for (int s = 1; s <= 2; ++s) {
         RefSlot r = slot(st, s);
-        if (!r.on || r.binWidth == 0.0f) continue;
-        const int64_t i0 = int64_t(roundHalfEven(double(st.SpanLowFreq) / r.binWidth));
-        const int64_t i1 = int64_t(roundHalfEven(double(st.SpanHighFreq) / r.binWidth));
+        if (!r.on) continue;
+        // The span's edges as bins of the reference; edges that are no bin number at all (a
+        // zero bin width, a frequency out of every range) leave the slot's old columns.
+        const double e0 = roundHalfEven(double(st.SpanLowFreq) / r.binWidth);
+        const double e1 = roundHalfEven(double(st.SpanHighFreq) / r.binWidth);
+        if (!(std::fabs(e0) <= 2147483647.0 && std::fabs(e1) <= 2147483647.0 &&
+              std::fabs(e1 - e0) <= 2147483647.0))
+            continue;
+        const int64_t i0 = int64_t(e0), i1 = int64_t(e1);
         r.spanBins = int32_t(i1 - i0);
         int32_t b = 0;
         if (!binsPerColumn(double(r.spanBins), st.PlotColumns, b)) continue;

@@ -67,7 +67,7 @@ void checkLength(int32_t n) {
 const Plans& plansFor(int32_t n) {
     thread_local int32_t lastN = 0;
     thread_local const Plans* last = nullptr;
-    if (n == lastN) return *last;
+    if (last && n == lastN) return *last;
     checkLength(n);
     static std::mutex lock;
     static std::unordered_map<int32_t, std::unique_ptr<Plans>> cache;

@@ -109,6 +109,25 @@ void applyGain(ProgramState& st) {
     }
 }
 
+/// Average mode's group: traces k = from..to (AverVal+1 of them) summed into arr[0..N-1] and
+/// divided by AverVal, not by their count; arr[N] stays as the last trace left it. Both are how
+/// the Average levels have always been calibrated. Positions before the file are skipped, and
+/// CurrentTracePos ends on the last trace of the group.
+void averageGroup(ProgramState& st, int64_t from, int64_t to, std::vector<float>& arr) {
+    const int32_t n = st.Fft_Samples;
+    std::vector<float> acc(size_t(n) + 1, 0.0f);
+    for (int64_t k = from; k <= to; ++k) {
+        const int64_t pos = tracePosition(st.Sp_Samples, k, st.FirstTracePos);
+        st.CurrentTracePos = clampPos(pos);
+        if (pos <= 0) continue;
+        readN1(st, pos, arr, n);
+        for (int32_t i = 0; i < n; ++i)
+            acc[size_t(i)] += arr[size_t(i)];
+    }
+    for (int32_t i = 0; i < n; ++i)
+        arr[size_t(i)] = acc[size_t(i)] / float(st.AverVal);
+}
+
 /// The radargram's second trace (for its time display only): one trace, or in Average mode the
 /// mean of a group, windowed and transformed.
 void radargramTrace(ProgramState& st) {
@@ -118,20 +137,10 @@ void radargramTrace(ProgramState& st) {
         st.BackTracePos = clampPos(tracePosition(st.Sp_Samples, st.RgBackTrace, st.FirstTracePos));
         readN1(st, st.BackTracePos, st.BackRe, n);
     } else {
-        std::vector<float> acc(size_t(n) + 1, 0.0f);
         redim(st.BackRe, int64_t(n) + 1);
         const int64_t a = st.AverVal;
-        for (int64_t k = a * st.RgBackTrace - a; k <= a * st.RgBackTrace; ++k) {
-            const int64_t pos = tracePosition(st.Sp_Samples, k, st.FirstTracePos);
-            st.CurrentTracePos = clampPos(pos);
-            if (pos <= 0) continue;
-            readN1(st, pos, st.BackRe, n);
-            for (int32_t i = 0; i < n; ++i)
-                acc[size_t(i)] += st.BackRe[size_t(i)];
-        }
+        averageGroup(st, a * st.RgBackTrace - a, a * st.RgBackTrace, st.BackRe);
         st.RgBackTrace -= st.AverVal;
-        for (int32_t i = 0; i < n; ++i)
-            st.BackRe[size_t(i)] = acc[size_t(i)] / float(st.AverVal);
     }
     ApplyWindowBack(st);
     fft::forward(st.BackRe.data() + 1, st.BackIm.data() + 1, n);
@@ -188,7 +197,9 @@ void FyllSpData(ProgramState& st) {
     }
     redim(st.FftRe, int64_t(n) + 1);
     redim(st.FftIm, int64_t(n) + 1);
-    redim(st.SpPhase, int64_t(n) + 1);
+    // SpPhase keeps the previous trace's phases until step 14: the columns folded in between
+    // carry them, which is how a Single Trace display has always shown its phase column.
+    ensure(st.SpPhase, int64_t(n) + 1);
     st.Sp_Bins = n / 2;
     st.PhaseBins = n / 2;
     ensure(st.SpAmp, 2 * int64_t(n) + 1);
@@ -223,22 +234,10 @@ void FyllSpAverage(ProgramState& st) {
     const int32_t n = st.Fft_Samples;
     redim(st.FftRe, int64_t(n) + 1);
     redim(st.FftIm, int64_t(n) + 1);
-    std::vector<float> acc(size_t(n) + 1, 0.0f);
     st.PhaseBins = n / 2;
     ensure(st.SpAmp, 2 * int64_t(n) + 1);
-
     const int64_t first = int64_t(st.TraceStep) * st.TracePos;
-    for (int64_t k = first; k <= first + st.AverVal; ++k) {
-        const int64_t pos = tracePosition(st.Sp_Samples, k, st.FirstTracePos);
-        st.CurrentTracePos = clampPos(pos);
-        readN1(st, pos, st.FftRe, n);
-        for (int32_t i = 0; i < n; ++i)
-            acc[size_t(i)] += st.FftRe[size_t(i)];
-    }
-    // The divisor is AverVal, not the AverVal+1 traces summed, and element N stays as the last
-    // trace left it: the Average levels were calibrated this way.
-    for (int32_t i = 0; i < n; ++i)
-        st.FftRe[size_t(i)] = acc[size_t(i)] / float(st.AverVal);
+    averageGroup(st, first, first + st.AverVal, st.FftRe);
 
     ApplyWindow(st);
     fft::forward(st.FftRe.data() + 1, st.FftIm.data() + 1, n);
@@ -287,10 +286,13 @@ void CreatedBArray(ProgramState& st) {
             }
         }
     } else {
-        // dB: bins 0 to 2 can never be the peak, and of equal maxima the first wins.
+        // dB: bins 0 to 2 can never be the peak, and of equal maxima the first wins. A bin at
+        // or under -FullScalePos dB (silence reads -10 * FullScalePos) is no peak at all, so a
+        // silent trace leaves the previous PeakBin standing.
         batch::decibels(amp, st.SpDisp.data(), bins, fs);
+        const float* disp = st.SpDisp.data();
         for (int32_t i = 0; i < bins; ++i) {
-            if (hi < amp[i] && i >= 3) {
+            if (hi < amp[i] && i >= 3 && disp[i] > -fs) {
                 st.PeakBin = i;
                 hi = amp[i];
             }
@@ -303,9 +305,13 @@ void CreatedBArray(ProgramState& st) {
     st.PeakAmp = hi;
     st.PeakHoldBins = bins;
     st.PeakFreq = f32(double(st.BinWidth) * st.PeakBin);
+    // Through the same arithmetic as SpDisp, so that the peak's column and PeakDb agree to the
+    // last bit (the top of a dBc plot is exactly the peak column).
     const auto dbOf = [&](int32_t bin) {
         const float a = bin >= 0 && size_t(bin) < st.SpAmp.size() ? st.SpAmp[size_t(bin)] : 0.0f;
-        return 20.0 * Log10(double(a / fs), fs);
+        float d = 0.0f;
+        batch::decibels(&a, &d, 1, fs);
+        return double(d);
     };
     st.PeakDb = f32(dbOf(st.PeakBin));
     st.FloorDbRel = f32(dbOf(st.FloorBin) - double(st.TopDb));
