@@ -3,7 +3,7 @@
 // user scripted (Pause pressed from inside the running loop).
 #include "app/main_window.h"
 #include "core/lifecycle.h"
-#include "support/test_home.h"
+#include "gui/gui_fixture.h"
 
 #include <QAction>
 #include <QApplication>
@@ -18,23 +18,9 @@
 using namespace kv;
 
 namespace {
-int argc = 1;
-char arg0[] = "gui_test";
-char* argv[] = {arg0, nullptr};
 
-const char* const kSample = KV_HOME_DIR "/samples/sample_1khz.wav";
-
-/// A fresh home and an application whose per-user settings (window geometry) go into that
-/// home rather than the real user's.
-class Shell : public ::testing::Test {
-  protected:
-    Shell() {
-        qputenv("XDG_CONFIG_HOME", QByteArray::fromStdString(home.path()));
-        app = std::make_unique<QApplication>(argc, argv);
-    }
-    test::TempHome home;
-    std::unique_ptr<QApplication> app;
-};
+using test::kSample;
+using Shell = test::GuiTest;
 
 std::vector<int> shownButtons(MainWindow& w) {
     std::vector<int> v;

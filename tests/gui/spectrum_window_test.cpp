@@ -3,7 +3,7 @@
 // the data, the peak on its pixel, and the pointer cross under a held mouse button.
 #include "app/main_window.h"
 #include "app/spectrum_window.h"
-#include "support/test_home.h"
+#include "gui/gui_fixture.h"
 
 #include <QApplication>
 #include <QLabel>
@@ -14,18 +14,13 @@
 using namespace kv;
 
 namespace {
-int argc = 1;
-char arg0[] = "spectrum_window_test";
-char* argv[] = {arg0, nullptr};
 
-const char* const kSample = KV_HOME_DIR "/samples/sample_1khz.wav";
+using test::kSample;
 constexpr QRgb kGreen = 0x00FF00; // the factory curve colour
 
-class SpectrumShell : public ::testing::Test {
+class SpectrumShell : public test::GuiTest {
   protected:
     SpectrumShell() {
-        qputenv("XDG_CONFIG_HOME", QByteArray::fromStdString(home.path()));
-        app = std::make_unique<QApplication>(argc, argv);
         w = std::make_unique<MainWindow>(home.path(), &host);
         w->resize(1000, 700);
         w->show();
@@ -41,8 +36,6 @@ class SpectrumShell : public ::testing::Test {
                                  [](QPoint a, QPoint b) { return a.y() < b.y(); });
     }
 
-    test::TempHome home;
-    std::unique_ptr<QApplication> app;
     ScriptedHost host;
     std::unique_ptr<MainWindow> w;
     SpectrumWindow* sw = nullptr;
