@@ -158,14 +158,16 @@ void GenDraw(ProgramState& st) {
     const float* ph = st.SpPhase.data();
     for (size_t c = 0; c < count; ++c) {
         const int32_t i = int32_t(c) * b;
+        // The first comparison is of disp[i] with itself and always takes, so the phase is the
+        // one at the last bin taken.
         float v = disp[i];
         for (int32_t k = 0; k < b; ++k) {
-            if (v <= disp[i + k]) {
-                v = disp[i + k];
-                p = ph[i + k];
-                bin = i + k;
-            }
+            const float x = disp[i + k];
+            const bool take = v <= x;
+            v = take ? x : v;
+            bin = take ? i + k : bin;
         }
+        p = ph[bin];
         st.ColVal[c] = v;
         st.ColLogX[c] = bin == 0 ? f32(Log10(0.0, st.FullScalePos)) : logs[bin];
         st.ColPhase[c] = p;

@@ -113,8 +113,8 @@ void CountAnalys(ProgramState& st) {
         float a = 0.0f;
         for (int64_t j = i - h; j <= i + h; ++j)
             if (auto y = amp(st, j)) a = f32(double(a) + *y);
-        const double m = double(a) / (2.0 * h);
-        const double t = *x - m;
+        const float m = f32(double(a) / (2.0 * h));
+        const double t = double(f32(*x - double(m)));
         if (t > best) {
             st.SpurAmp = *x;
             best = t;
@@ -192,12 +192,26 @@ std::string analysisCaption(const ProgramState& st, int index) {
     return std::string(kPrefix[index]) + shortestText(throughPicture(v, "###0.00")) + suffix;
 }
 
+std::array<bool, 6> analysisLabelsShown(const ProgramState& st) {
+    return {st.ShowSnr, st.ShowThd, st.ShowSinad, st.ShowSfdr, st.ShowEnob, st.ShowThdN};
+}
+
+std::array<int, 7> analysisLabelLefts(int left, const std::array<bool, 7>& visible,
+                                      const std::array<int, 7>& widths) {
+    std::array<int, 7> lefts;
+    int x = left;
+    for (size_t i = 0; i < 7; ++i) {
+        lefts[i] = visible[i] ? x : -1;
+        if (visible[i]) x += widths[i] + 3;
+    }
+    return lefts;
+}
+
 void NewValue(ProgramState& st, AnalysisCaptions& An) {
     CountAnalys(st);
-    const bool on[6] = {st.ShowSnr,  st.ShowThd,  st.ShowSinad,
-                        st.ShowSfdr, st.ShowEnob, st.ShowThdN};
-    for (int i = 0; i < 6; ++i)
-        if (on[i]) An[size_t(i)] = analysisCaption(st, i);
+    const auto on = analysisLabelsShown(st);
+    for (size_t i = 0; i < on.size(); ++i)
+        if (on[i]) An[i] = analysisCaption(st, int(i));
 }
 
 } // namespace kv

@@ -35,4 +35,14 @@ void NewValue(ProgramState& st, AnalysisCaptions& An);
 /// The caption of label `index` (0..5) for the present results.
 std::string analysisCaption(const ProgramState& st, int index);
 
+/// UpdateAn's order: which of An(0) to An(5) show, by ShowSnr, ShowThd, ShowSinad, ShowSfdr,
+/// ShowEnob, ShowThdN.
+std::array<bool, 6> analysisLabelsShown(const ProgramState& st);
+
+/// UpdateAn's layout of the labels An(0) to An(6) along the top of the plot: from `left` (the
+/// plot's Left), each visible label at the next x, and x moves on by its width and 3. Hidden
+/// labels get -1.
+std::array<int, 7> analysisLabelLefts(int left, const std::array<bool, 7>& visible,
+                                      const std::array<int, 7>& widths);
+
 } // namespace kv

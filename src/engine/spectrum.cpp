@@ -146,6 +146,29 @@ void radargramTrace(ProgramState& st) {
     fft::forward(st.BackRe.data() + 1, st.BackIm.data() + 1, n);
 }
 
+/// The peak and the floor of SpAmp[0..Sp_Bins-1], starting from hi and lo. Linear: DC takes part
+/// and of equal maxima the last wins. dB: bins 0 to 2 can never be the peak and of equal maxima
+/// the first wins; a bin at or under -FullScalePos dB (silence reads -10 * FullScalePos) is no
+/// peak at all, so a silent trace leaves the previous PeakBin standing. The floor is the first
+/// smallest value in both.
+template <bool Linear>
+void searchPeakAndFloor(ProgramState& st, const float* amp, float& hi, float& lo) {
+    const float* disp = st.SpDisp.data();
+    const float fs = st.FullScalePos;
+    int32_t peak = st.PeakBin, floor = st.FloorBin;
+    for (int32_t i = 0; i < st.Sp_Bins; ++i) {
+        const float a = amp[i];
+        const bool up = Linear ? hi <= a : (hi < a && i >= 3 && disp[i] > -fs);
+        const bool down = lo > a;
+        peak = up ? i : peak;
+        hi = up ? a : hi;
+        floor = down ? i : floor;
+        lo = down ? a : lo;
+    }
+    st.PeakBin = peak;
+    st.FloorBin = floor;
+}
+
 } // namespace
 
 SpectrumHooks& noSpectrumHooks() {
@@ -273,34 +296,11 @@ void CreatedBArray(ProgramState& st) {
     }
     const float* amp = st.SpAmp.data();
     if (st.YLinear) {
-        // Linear: DC takes part, and of equal maxima the last wins.
         std::copy(amp, amp + bins, st.SpDisp.begin());
-        for (int32_t i = 0; i < bins; ++i) {
-            if (hi <= amp[i]) {
-                st.PeakBin = i;
-                hi = amp[i];
-            }
-            if (lo > amp[i]) {
-                st.FloorBin = i;
-                lo = amp[i];
-            }
-        }
+        searchPeakAndFloor<true>(st, amp, hi, lo);
     } else {
-        // dB: bins 0 to 2 can never be the peak, and of equal maxima the first wins. A bin at
-        // or under -FullScalePos dB (silence reads -10 * FullScalePos) is no peak at all, so a
-        // silent trace leaves the previous PeakBin standing.
         batch::decibels(amp, st.SpDisp.data(), bins, fs);
-        const float* disp = st.SpDisp.data();
-        for (int32_t i = 0; i < bins; ++i) {
-            if (hi < amp[i] && i >= 3 && disp[i] > -fs) {
-                st.PeakBin = i;
-                hi = amp[i];
-            }
-            if (lo > amp[i]) {
-                st.FloorBin = i;
-                lo = amp[i];
-            }
-        }
+        searchPeakAndFloor<false>(st, amp, hi, lo);
     }
     st.PeakAmp = hi;
     st.PeakHoldBins = bins;

@@ -114,6 +114,8 @@ void TraceFileWriter::close() {
 }
 
 void KillWorkingFile(const std::string& path) {
+    // Let go of a kept read handle too, so that the deleted file's space is given back now.
+    if (tRead.path == path) tRead.drop();
     removeFileQuietly(path);
 }
 

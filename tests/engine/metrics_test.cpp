@@ -184,3 +184,9 @@ TEST(MetricCaptions, ShowTwoDecimalsAtMostAndOnlyForMetricsThatAreOn) {
     EXPECT_EQ(an[1], "old");
     EXPECT_EQ(an[5], "old");
 }
+
+TEST(MetricCaptions, VisibleLabelsLineUpFromThePlotsLeftThreePixelsApart) {
+    const auto lefts = analysisLabelLefts(10, {true, false, true, true, false, false, true},
+                                          {50, 60, 70, 80, 90, 100, 40});
+    EXPECT_EQ(lefts, (std::array<int, 7>{10, -1, 63, 136, -1, -1, 219}));
+}

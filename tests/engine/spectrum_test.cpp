@@ -156,13 +156,23 @@ TEST(SpectrumModes, AverageLeavesTheLastElementAsTheLastTraceGaveIt) {
     EXPECT_FLOAT_EQ(b.st.SpAmp[0], float(2.0 * (6.0 * (N - 1) + 0.0) / N));
 }
 
-TEST(SpectrumPeak, DbSkipsTheLowestBinsAndLinearTakesTheLastOfEqualMaxima) {
+namespace {
+
+/// A state holding a spectrum of eight bins, full scale 100, 10 Hz a bin.
+ProgramState eightBins(std::vector<float> amp) {
     ProgramState st;
     st.FullScalePos = 100.0f;
     st.Fft_Samples = 16;
     st.Sp_Bins = 8;
     st.BinWidth = 10.0f;
-    st.SpAmp = {0, 50, 3, 7, 1, 7, 2, 1, 0};
+    st.SpAmp = std::move(amp);
+    return st;
+}
+
+} // namespace
+
+TEST(SpectrumPeak, DbSkipsTheLowestBinsAndLinearTakesTheLastOfEqualMaxima) {
+    ProgramState st = eightBins({0, 50, 3, 7, 1, 7, 2, 1, 0});
     st.YLinear = true;
     CreatedBArray(st);
     EXPECT_EQ(st.PeakBin, 1);
@@ -184,12 +194,8 @@ TEST(SpectrumPeak, DbSkipsTheLowestBinsAndLinearTakesTheLastOfEqualMaxima) {
 }
 
 TEST(SpectrumPeak, SilenceIsFarUnderThePlotAndKeepsTheLastPeakBin) {
-    ProgramState st;
-    st.FullScalePos = 100.0f;
-    st.Fft_Samples = 16;
-    st.Sp_Bins = 8;
+    ProgramState st = eightBins(std::vector<float>(17, 0.0f));
     st.PeakBin = 5;
-    st.SpAmp.assign(17, 0.0f);
     CreatedBArray(st);
     for (int i = 0; i < 8; ++i)
         EXPECT_EQ(st.SpDisp[size_t(i)], -1000.0f);
