@@ -55,10 +55,6 @@ std::string resolveHome(const CommonOptions& o, const std::string& exeDir) {
     return exeDir;
 }
 
-void printJson(const nlohmann::json& j) {
-    std::cout << j.dump(2) << "\n";
-}
-
 /// Moves the data set to scroll position `trace`, as a move of the scroll bar does.
 void moveTo(ProgramState& st, int trace) {
     if (trace < 0 || trace > st.LastTrace)
@@ -94,6 +90,10 @@ template <typename T> void appendCell(std::string& line, T x) {
 }
 
 } // namespace
+
+void printJson(const nlohmann::json& j) {
+    std::cout << j.dump(2) << "\n";
+}
 
 bool openForWork(Session& s, const CommonOptions& o, const std::string& exeDir, nlohmann::json& j) {
     const bool loaded = openSession(s, o, exeDir);

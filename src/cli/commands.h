@@ -51,6 +51,9 @@ bool openForWork(Session& s, const CommonOptions& o, const std::string& exeDir, 
 /// The data-set facts under their own names, plus the messages shown and the views requested.
 nlohmann::json describe(const Session& s);
 
+/// Prints a JSON document on stdout.
+void printJson(const nlohmann::json& j);
+
 int runInfo(const CommonOptions& o, const std::string& exeDir);
 int runConvert(const CommonOptions& o, const std::string& out, const std::string& exeDir);
 
@@ -62,5 +65,15 @@ int runSpectrum(const CommonOptions& o, int trace, int columns, const std::strin
 /// `metrics`: the six read-outs of scroll position `trace` as JSON, or with `allTraces` one CSV
 /// row per scroll position (a progress line on stderr while it runs long).
 int runMetrics(const CommonOptions& o, int trace, bool allTraces, const std::string& exeDir);
+
+/// `render FILE --view V [--size WxH] [--trace K] -o OUT.png`.
+struct RenderOptions {
+    CommonOptions common;
+    std::string view;
+    std::string size = "800x600";
+    int trace = 0;
+    std::string output;
+};
+int runRender(const RenderOptions& r, const std::string& exeDir);
 
 } // namespace kv::cli

@@ -38,6 +38,15 @@ int main(int argc, char** argv) {
     convertCmd->add_option("-o,--output", convertOut, "Output file (.sp, .kvd or .dzt)")
         ->required();
 
+#ifdef KV_CLI_RENDER
+    kv::cli::RenderOptions render;
+    auto* renderCmd = app.add_subcommand("render", "Draw a view as the workbench shows it, to PNG");
+    addCommon(renderCmd, render.common);
+    renderCmd->add_option("--view", render.view, "spectrum")->required();
+    renderCmd->add_option("--size", render.size, "Picture size WxH (default 800x600)");
+    renderCmd->add_option("--trace", render.trace, "Scroll position TracePos (default 0)");
+    renderCmd->add_option("-o,--output", render.output, "Output picture (.png)")->required();
+#endif
     kv::cli::CommonOptions spectrum, metrics;
     int spectrumTrace = 0, spectrumColumns = 0, metricsTrace = 0;
     bool allTraces = false, csv = false;
@@ -71,6 +80,9 @@ int main(int argc, char** argv) {
     try {
         if (*infoCmd) return kv::cli::runInfo(info, exeDir);
         if (*convertCmd) return kv::cli::runConvert(convert, convertOut, exeDir);
+#ifdef KV_CLI_RENDER
+        if (*renderCmd) return kv::cli::runRender(render, exeDir);
+#endif
         if (*spectrumCmd)
             return kv::cli::runSpectrum(spectrum, spectrumTrace, spectrumColumns, exeDir);
         if (*metricsCmd) return kv::cli::runMetrics(metrics, metricsTrace, allTraces, exeDir);
