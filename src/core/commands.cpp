@@ -4,6 +4,7 @@
 #include "core/lifecycle.h"
 #include "core/transport.h"
 #include "core/workbench.h"
+#include "import/export.h"
 #include "import/open.h"
 
 #include <algorithm>
@@ -220,6 +221,8 @@ void TB_event9(Workbench& wb, const std::string& key) {
     ProgramState& st = wb.st;
     // Each block is separate, in the toolbar's order, as the keys were always compared.
     if (key == "Import") mnuOpen_Click(wb);
+    if (key == "Open") mnuOimp_Click(wb);
+    if (key == "Export") ExportFile(wb);
     if (key == "First") transportFirst(wb);
     if (key == "Rew") transportRew(wb);
     if (key == "Pause") transportPause(wb);
@@ -295,10 +298,11 @@ bool menuCommand(Workbench& wb, const std::string& name) {
         const char* key;
     };
     static const Alias kAliases[] = {
-        {"mnuOpen", "Import"},         {"mnuFFT", "Spectrum"},      {"mnuTime", "O-scope"},
-        {"mnuPhase", "Phase"},         {"mnuBscan", "Waterfall"},   {"mnuOlOp", "All open"},
-        {"mnuCurvLine", "FFT_AsLine"}, {"mnuCurvBar", "FFT_AsBar"}, {"mnuxl", "FFT_x_lin"},
-        {"mnuxlog", "FFT_x_log"},      {"mnuylin", "FFT_y_lin"},    {"mnuYlog", "FFT_y_log"},
+        {"mnuOpen", "Import"},       {"mnuOimp", "Open"},      {"mnuExport", "Export"},
+        {"mnuFFT", "Spectrum"},      {"mnuTime", "O-scope"},   {"mnuPhase", "Phase"},
+        {"mnuBscan", "Waterfall"},   {"mnuOlOp", "All open"},  {"mnuCurvLine", "FFT_AsLine"},
+        {"mnuCurvBar", "FFT_AsBar"}, {"mnuxl", "FFT_x_lin"},   {"mnuxlog", "FFT_x_log"},
+        {"mnuylin", "FFT_y_lin"},    {"mnuYlog", "FFT_y_log"},
     };
     for (const auto& a : kAliases)
         if (a.menu == name) {

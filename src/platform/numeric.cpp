@@ -130,9 +130,9 @@ std::string nonFiniteText(double x) {
 }
 
 // Writes significant digits d1 d2 d3 ... meaning d1.d2d3... x 10^exponent in the general style.
-std::string generalText(bool negative, std::string_view digits, int exponent) {
+std::string generalText(bool negative, std::string_view digits, int exponent, int plainLimit = 15) {
     std::string out = negative ? "-" : "";
-    if (exponent >= -4 && exponent < 15) {
+    if (exponent >= -4 && exponent < plainLimit) {
         if (exponent < 0) {
             out += "0.";
             out.append(static_cast<size_t>(-exponent - 1), '0');
@@ -164,7 +164,7 @@ std::string generalText(bool negative, std::string_view digits, int exponent) {
 
 // Splits to_chars scientific output ("-1.25e+01") into sign, digits without trailing zeros
 // ("125") and the decimal exponent (1), then writes it in the general style.
-std::string generalFromScientific(std::string_view sci) {
+std::string generalFromScientific(std::string_view sci, int plainLimit = 15) {
     const bool negative = sci.front() == '-';
     if (negative) sci.remove_prefix(1);
     const size_t e = sci.find('e');
@@ -178,7 +178,7 @@ std::string generalFromScientific(std::string_view sci) {
     if (exponentText.front() == '+') exponentText.remove_prefix(1);
     std::from_chars(exponentText.data(), exponentText.data() + exponentText.size(), exponent);
     if (digits == "0") return "0";
-    return generalText(negative, digits, exponent);
+    return generalText(negative, digits, exponent, plainLimit);
 }
 
 } // namespace
@@ -297,11 +297,14 @@ double throughPicture(double x, std::string_view picture) {
 
 std::string shortestText(float x) {
     if (!std::isfinite(x)) return nonFiniteText(x);
+    // A single shows at most 7 significant digits, as a float's text always has in this kind of
+    // tool: -19.924099 reads "-19.9241", not the 8 digits a round trip would need.
     std::array<char, 64> buffer{};
     const auto result = std::to_chars(buffer.data(), buffer.data() + buffer.size(), x,
-                                      std::chars_format::scientific);
+                                      std::chars_format::scientific, 6);
+    // With only 7 digits, whole numbers from 1E+07 up are shown in scientific form.
     return generalFromScientific(
-        std::string_view(buffer.data(), static_cast<size_t>(result.ptr - buffer.data())));
+        std::string_view(buffer.data(), static_cast<size_t>(result.ptr - buffer.data())), 7);
 }
 
 std::string shortestText(double x) {

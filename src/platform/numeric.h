@@ -55,15 +55,15 @@ std::string formatPicture(double x, std::string_view picture);
 /// formatPicture and back through Val: the number a label shows, e.g. 12.499 in "###0.00" is 12.5.
 double throughPicture(double x, std::string_view picture);
 
-/// The plain general text of a 32-bit float: the fewest significant digits that read back as the
-/// same float. Plain notation when the shown value is 0 or 1E-04 <= |x| < 1E+15 ("12.5", "0.1",
+/// The plain general text of a 32-bit float: at most 7 significant digits, trailing zeros
+/// dropped. Plain notation when the shown value is 0 or 1E-04 <= |x| < 1E+07 ("12.5", "0.1",
 /// "-3", "1000000"), otherwise scientific with a signed exponent of at least two digits
-/// ("1E-05", "1.5E+15", "-2.25E-07"). -0 gives "0"; NaN gives "NaN", infinities "Infinity" and
-/// "-Infinity".
+/// ("1E-05", "1.5E+15", "-2.25E-07", "1.677722E+07"). -0 gives "0"; NaN gives "NaN",
+/// infinities "Infinity" and "-Infinity".
 std::string shortestText(float x);
 
-/// The same for a double, but never more than 15 significant digits: the value is first rounded to
-/// 15 significant digits, so 0.1 + 0.2 gives "0.3".
+/// The same for a double, with at most 15 significant digits and plain notation up to 1E+15: the
+/// value is first rounded to 15 significant digits, so 0.1 + 0.2 gives "0.3".
 std::string shortestText(double x);
 
 /// Explicit rounding through a 32-bit float, for values the system keeps in single precision.

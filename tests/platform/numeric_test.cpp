@@ -119,6 +119,9 @@ TEST(ShortestText, FloatsUseTheFewestDigitsThatReadBack) {
     EXPECT_EQ(shortestText(1000000.0f), "1000000");
     EXPECT_EQ(shortestText(1e-4f), "0.0001");
     EXPECT_EQ(shortestText(-0.0f), "0");
+    // Seven significant digits at most, even where a round trip would need more.
+    EXPECT_EQ(shortestText(-19.924099f), "-19.9241");
+    EXPECT_EQ(shortestText(16777216.0f), "1.677722E+07");
 }
 
 TEST(ShortestText, SmallAndHugeValuesUseScientificNotation) {
