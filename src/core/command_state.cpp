@@ -185,7 +185,7 @@ const ButtonDef kButtonDefs[] = {
 // here when it arrives.
 // clang-format off
 const char* const kNotYetBuiltMenus[] = {
-    "mnuOimp", "mnuExport", "mnuSw", "mnuPrint",                            // files, pictures
+    "mnuSw", "mnuPrint",                                                    // pictures
     "mnuRR", "mnuRef", "mnuRefO", "mnuRefPh",                               // references
     "mnuLevel", "mnuGain", "mnuAutoscale", "mnuAutotune", "mnuSpan",        // conditioning
     "mnuMarkers", "mnuDM", "mnuEM", "mnuExM", "mnMM", "mnuPopUp", "mnuExMT", // markers
@@ -199,7 +199,7 @@ const char* const kNotYetBuiltMenus[] = {
     "mnuGSH",                                                               // help file
 };
 const int kNotYetBuiltButtons[] = {
-    2, 3, 4, 5, 6, 7,                       // files, options, information
+    3, 4, 5, 7,                             // pictures, options, information
     16, 17, 18, 19,                         // other views
     31, 32, 33, 39, 47, 48, 54, 73,         // conditioning and filters
     41, 42, 43, 44, 45, 46,                 // metrics

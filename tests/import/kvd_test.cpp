@@ -1,4 +1,5 @@
 // The native project file: what Export writes, and what "Open Kelvorandine File" makes of it.
+#include "core/commands.h"
 #include "import/export.h"
 #include "import/open.h"
 #include "import/radar_files.h"
@@ -141,4 +142,20 @@ TEST(ProjectWrite, ExportsTempSpEvenForAStereoRecordingAndOnlyKnownExtensions) {
     EXPECT_EQ(getLe<float>(o, 59), 0.0f) << "temp.sp is empty: the left channel is elsewhere";
     b.exportTo(b.home.file("x.txt"));
     EXPECT_FALSE(std::filesystem::exists(b.home.file("x.txt")));
+}
+
+TEST(ProjectCommands, MenuExportAndToolbarOpenRoundTripTheDataSet) {
+    KvdCase b;
+    b.importWav(2);
+    const auto traces = b.working();
+    const std::string out = b.home.file("cmd.kvd");
+    b.host.queueFile(out, 1);
+    ASSERT_TRUE(menuCommand(b.wb, "mnuExport"));
+    ASSERT_TRUE(std::filesystem::exists(out));
+
+    b.host.queueFile(out, 1);
+    pressButton(b.wb, 2); // "Open"
+    EXPECT_TRUE(b.st.IsProject);
+    EXPECT_EQ(b.st.TraceCount, 2);
+    EXPECT_EQ(b.working(), traces);
 }
