@@ -2,9 +2,12 @@
 #include "views/surface.h"
 
 #include <QFont>
+#include <QFontMetrics>
 #include <QPainter>
 #include <QPen>
+#include <algorithm>
 #include <charconv>
+#include <cstdlib>
 #include <cstring>
 
 namespace kv {
@@ -86,6 +89,79 @@ void Surface::scrollDownOneRow() {
     const qsizetype bpl = image_.bytesPerLine();
     for (int yy = h - 1; yy > 0; --yy)
         std::memcpy(image_.scanLine(yy), image_.constScanLine(yy - 1), size_t(bpl));
+}
+
+namespace {
+
+constexpr int64_t kCoordLimit = int64_t(1) << 28;
+
+int64_t clampCoord(int v) {
+    return std::clamp<int64_t>(v, -kCoordLimit, kCoordLimit);
+}
+
+// a / b rounded to the nearest whole number, halves upward; b > 0.
+int64_t roundDiv(int64_t a, int64_t b) {
+    const int64_t n = 2 * a + b, d = 2 * b;
+    return n >= 0 ? n / d : -((-n + d - 1) / d);
+}
+
+} // namespace
+
+void Surface::lineHalfOpen(int x1, int y1, int x2, int y2, QRgb c) {
+    const int64_t ax = clampCoord(x1), ay = clampCoord(y1);
+    const int64_t dx = clampCoord(x2) - ax, dy = clampCoord(y2) - ay;
+    if (dx == 0 && dy == 0) return;
+    const int64_t w = image_.width(), h = image_.height();
+    const bool xMajor = std::llabs(dx) >= std::llabs(dy);
+    // Walk the major axis from the start (t = 0) up to but not including the end (t = n); the
+    // minor coordinate is computed from t, not accumulated, so clipping changes no pixel.
+    const int64_t n = xMajor ? std::llabs(dx) : std::llabs(dy);
+    const int64_t s = (xMajor ? dx : dy) > 0 ? 1 : -1;
+    const int64_t a0 = xMajor ? ax : ay, extent = xMajor ? w : h;
+    int64_t t0 = 0, t1 = n - 1;
+    if (s > 0) {
+        t0 = std::max(t0, -a0);
+        t1 = std::min(t1, extent - 1 - a0);
+    } else {
+        t0 = std::max(t0, a0 - (extent - 1));
+        t1 = std::min(t1, a0);
+    }
+    if (t0 > t1) return;
+    uchar* bits = image_.bits();
+    const qsizetype bpl = image_.bytesPerLine();
+    const QRgb px = c | 0xFF000000u;
+    for (int64_t t = t0; t <= t1; ++t) {
+        int64_t x, y;
+        if (xMajor) {
+            x = ax + s * t;
+            y = ay + roundDiv(dy * t, n);
+            if (y < 0 || y >= h) continue;
+        } else {
+            y = ay + s * t;
+            x = ax + roundDiv(dx * t, n);
+            if (x < 0 || x >= w) continue;
+        }
+        reinterpret_cast<QRgb*>(bits + y * bpl)[x] = px;
+    }
+}
+
+void Surface::polylineHalfOpen(const QPoint* points, size_t count, QRgb c) {
+    for (size_t k = 1; k < count; ++k)
+        lineHalfOpen(points[k - 1].x(), points[k - 1].y(), points[k].x(), points[k].y(), c);
+}
+
+void Surface::textRotated(int cx, int cy, const QString& s, QRgb c, int pixelSize,
+                          const QString& family) {
+    QPainter p(&image_);
+    QFont f(family);
+    f.setPixelSize(std::max(pixelSize, 1));
+    p.setFont(f);
+    p.setPen(QColor(c));
+    p.translate(cx, cy);
+    p.rotate(-90.0);
+    const QFontMetrics fm(f);
+    const int w = fm.horizontalAdvance(s);
+    p.drawText(-w / 2, (fm.ascent() - fm.descent()) / 2, s);
 }
 
 } // namespace kv
