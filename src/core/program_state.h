@@ -75,7 +75,7 @@ struct ProgramState {
     int32_t CurrentTracePos = 1;
     bool Idle = true;
     bool PlayFirst = false, PlayRew = false, PlayPause = false, PlayFwd = false, PlayEnd = false;
-    bool PeakHoldRestore = false; // Rew/First left Peak-hold; the next Fwd goes back to it
+    bool PeakHoldSuspended = false; // a move back left Peak-hold; the next move forward restores it
     uint32_t PlayStartTicks = 0;
 
     // ---- Open views ---------------------------------------------------------------------------
