@@ -115,7 +115,7 @@ void OscopeView::ScrollNu() {
     ProgramState& s = st();
     const int value = HS.Value;
     if (s.Idle) {
-        if (value > s.TracePos && s.PeakHoldRestore) s.ModeFFT = 3;
+        if (value > s.TracePos && s.PeakHoldSuspended) s.ModeFFT = 3;
         const bool radargram = s.BscanShow == 1;
         if (radargram ? s.RadargramOpen : s.WaterfallOpen) {
             s.PlayRew = value < s.TracePos; // the waterfall's direction: backward or forward
@@ -170,7 +170,8 @@ void OscopeView::TimerDraw() {
     Draw();
 }
 
-// ---- Zoom stack -----------------------------------------------------------------------------------
+// ---- Zoom stack
+// -----------------------------------------------------------------------------------
 
 void OscopeView::setMenuChecks(bool zoomIn, bool zoomOut, bool noZoom) {
     cmd().check("mnuZoomIn", zoomIn);
@@ -184,8 +185,7 @@ void OscopeView::zoomLabels() {
     const double span = double(ZoomTimeLast) - ZoomTimeFirst;
     for (int i = 0; i <= 10; ++i)
         setText(lblX[size_t(i)], formatPicture(f32(ZoomTimeFirst + i * span / 10), "##0.00"));
-    setText(Label1,
-            shortestText(throughPicture(f32(span / 10), "0.##")) + TimeUnit + "/" + "div");
+    setText(Label1, shortestText(throughPicture(f32(span / 10), "0.##")) + TimeUnit + "/" + "div");
     Label1.left = graphRect.left() + (graphRect.width() - Label1.width) / 2;
     TimeSpan = f32(span);
     s.TimeRangeText = lblX[10].text + " " + TimeUnit;
@@ -292,7 +292,8 @@ void OscopeView::mnuFlip() {
     if (s.KursorOn) Kursor();
 }
 
-// ---- Pointer ---------------------------------------------------------------------------------------
+// ---- Pointer
+// ---------------------------------------------------------------------------------------
 
 float OscopeView::pointerTimeFromLabel(int x) const {
     // The end of the view as the axis shows it: what the pointer says never contradicts the

@@ -192,8 +192,7 @@ void OscopeView::CountAmpl() {
         }
         setText(lbly[4], "0");
     }
-    const double d =
-        lblText.text == "Bits" ? Fix(DivValue) : throughPicture(DivValue, "##.00");
+    const double d = lblText.text == "Bits" ? Fix(DivValue) : throughPicture(DivValue, "##.00");
     txtText = shortestText(d) + " " + lblText.text + " " + "/Div";
     ShowYText();
 }

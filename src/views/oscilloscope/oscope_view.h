@@ -66,9 +66,9 @@ inline constexpr int kGraphTop = 40;      // room for the read-outs and the curs
 inline constexpr int kWidthMargin = 112;  // form width - graph width
 inline constexpr int kHeightMargin = 130; // form height - graph height
 inline constexpr int kScrollHeight = 17;
-inline constexpr int kKursorWidth = 3;   // width of a cursor bar
-inline constexpr int kHandleWidth = 15;  // cursor grab handle above the graph
-inline constexpr int kHandleHeight = 12; //
+inline constexpr int kKursorWidth = 3;     // width of a cursor bar
+inline constexpr int kHandleWidth = 15;    // cursor grab handle above the graph
+inline constexpr int kHandleHeight = 12;   //
 inline constexpr int kMinFormWidth = 209;  // 3132 twips
 inline constexpr int kMinFormHeight = 216; // 3240 twips
 inline constexpr QRgb kFormBackColor = 0xFFF0F0F0u;
@@ -193,7 +193,7 @@ class OscopeView {
     // ==== View items ==========================================================================
     // Geometry
     int formWidth = 0, formHeight = 0;
-    QRect graphRect;  // picGraph in form pixels
+    QRect graphRect;   // picGraph in form pixels
     QRect picTextRect; // the rotated caption
     float GraphWidth = 0.0f, GraphHeight = 0.0f;
     float ZeroLine = 0.0f, HalfHeight = 0.0f, PixelsPerCount = 0.0f;
@@ -233,7 +233,7 @@ class OscopeView {
     std::vector<std::string> lstZoomStart, lstZoomEnd, lstX_start, lstX_end;
     bool imgZoomVisible = false;
     std::string imgZoomPicture; // "\ico\zoom_plus.ico" or "\ico\zoom_minus.ico"
-    QRect shZoom;                // rubber band, graph pixels
+    QRect shZoom;               // rubber band, graph pixels
     bool shZoomVisible = false;
 
     // Pointer
@@ -250,15 +250,15 @@ class OscopeView {
     int32_t KursorRow = 0;
     float KursorTime = 0.0f;
     float KursorAmp = 0.0f;
-    std::array<int, 2> picKLeft{};          // bar columns, graph pixels
-    std::array<bool, 2> picKVisible{};      //
-    std::array<Label, 2> lblK;              // grab handles, form pixels
-    std::array<QLine, 2> lnKG;              // cross lines through the trace, graph pixels
-    std::array<bool, 2> lnKGVisible{};      //
-    std::array<std::string, 2> lblYk;       // exact cursor time
-    std::array<std::string, 2> KurTime;     // cursor time in "0.00"
-    std::array<std::string, 2> lblKAmp;     // cursor amplitude
-    std::array<Label, 3> lblMarker1;        // the three read-out lines
+    std::array<int, 2> picKLeft{};      // bar columns, graph pixels
+    std::array<bool, 2> picKVisible{};  //
+    std::array<Label, 2> lblK;          // grab handles, form pixels
+    std::array<QLine, 2> lnKG;          // cross lines through the trace, graph pixels
+    std::array<bool, 2> lnKGVisible{};  //
+    std::array<std::string, 2> lblYk;   // exact cursor time
+    std::array<std::string, 2> KurTime; // cursor time in "0.00"
+    std::array<std::string, 2> lblKAmp; // cursor amplitude
+    std::array<Label, 3> lblMarker1;    // the three read-out lines
     int16_t DragMode = 0;
     bool DraggingKursor = false, DraggingText = false;
     QRect dragFrame; // graph pixels; its left edge - 2 is where the bar lands
