@@ -215,7 +215,8 @@ void OscopeView::KursorRefresh() {
 // ---- Dragging a cursor by its handle --------------------------------------------------------
 
 int OscopeView::handleAt(int x, int y) const {
-    for (int i = 0; i < 2; ++i) {
+    // The second handle lies over the first where they overlap.
+    for (int i = 1; i >= 0; --i) {
         const Label& h = lblK[size_t(i)];
         if (h.visible && x >= h.left && x < h.right() && y >= h.top && y < h.bottom()) return i;
     }
