@@ -2,6 +2,7 @@
 // their own yet show a summary of the trace they would draw.
 #include "app/app_view_host.h"
 
+#include "app/spectrum_window.h"
 #include "core/commands.h"
 #include "core/lifecycle.h"
 #include "core/workbench.h"
@@ -53,7 +54,18 @@ std::optional<ViewId> AppViewHost::viewOf(const QMdiSubWindow* w) const {
     return std::nullopt;
 }
 
+SpectrumWindow* AppViewHost::spectrumWindow() const {
+    auto* w = window(ViewId::Spectrum);
+    return w ? qobject_cast<SpectrumWindow*>(w->widget()) : nullptr;
+}
+
 QWidget* AppViewHost::makeViewWidget(Workbench& wb, ViewId v) {
+    if (v == ViewId::Spectrum) {
+        auto* s = new SpectrumWindow(wb);
+        s->setPopupMenu(spectrumPopup);
+        s->resize(640, 420);
+        return s;
+    }
     auto* label = new QLabel(summary(wb.st, v));
     label->setAlignment(Qt::AlignCenter);
     label->setMinimumSize(320, 200);
@@ -93,6 +105,7 @@ void AppViewHost::unloadView(Workbench& wb, ViewId v) {
 void AppViewHost::spectrumFirstDraw(Workbench& wb) {
     wb.st.SpectrumOpen = true;
     viewActivated(wb, ViewId::Spectrum);
+    if (auto* s = spectrumWindow()) s->form().firstDraw();
 }
 
 void AppViewHost::maximiseView(Workbench& wb, ViewId v) {
@@ -126,22 +139,39 @@ void AppViewHost::arrange(Workbench&, int mode) {
 }
 
 void AppViewHost::redrawView(Workbench& wb, ViewId v) {
+    if (v == ViewId::Spectrum) {
+        if (auto* s = spectrumWindow()) s->form().relayout();
+        return;
+    }
     if (auto* w = window(v))
         if (auto* label = qobject_cast<QLabel*>(w->widget())) label->setText(summary(wb.st, v));
 }
 
 void AppViewHost::traceChanged(Workbench& wb, ViewId v) {
-    redrawView(wb, v);
+    if (v == ViewId::Spectrum) {
+        if (auto* s = spectrumWindow()) s->form().DrawTimer();
+    } else {
+        redrawView(wb, v);
+    }
     if (onTraceShown) onTraceShown();
 }
 
-void AppViewHost::clearPicture(Workbench&, ViewId) {}
+void AppViewHost::clearPicture(Workbench&, ViewId v) {
+    if (v != ViewId::Spectrum) return;
+    if (auto* s = spectrumWindow()) s->form().clearPicture();
+}
 
-void AppViewHost::spectrumFinalDraw(Workbench& wb) {
-    redrawView(wb, ViewId::Spectrum);
+void AppViewHost::spectrumFinalDraw(Workbench&) {
+    if (auto* s = spectrumWindow()) s->form().finalDraw();
     if (onTraceShown) onTraceShown();
 }
 
-void AppViewHost::setScrollValue(Workbench&, ViewId, int) {}
+void AppViewHost::setScrollValue(Workbench&, ViewId v, int value) {
+    if (v != ViewId::Spectrum) return;
+    if (auto* s = spectrumWindow()) {
+        s->form().HS().Value = value;
+        s->mirrorScrollBar();
+    }
+}
 
 } // namespace kv

@@ -11,9 +11,12 @@
 
 class QMdiArea;
 class QMdiSubWindow;
+class QMenu;
 class QWidget;
 
 namespace kv {
+
+class SpectrumWindow;
 
 class AppViewHost : public ViewHost {
   public:
@@ -31,6 +34,10 @@ class AppViewHost : public ViewHost {
     void setScrollValue(Workbench& wb, ViewId v, int value) override;
 
     QMdiSubWindow* window(ViewId v) const;
+    /// The Spectrum view's window while it is open.
+    SpectrumWindow* spectrumWindow() const;
+    /// The pop-up the Spectrum plot's right button brings up.
+    QMenu* spectrumPopup = nullptr;
     /// The view a sub-window shows, if it is one of ours.
     std::optional<ViewId> viewOf(const QMdiSubWindow* w) const;
     /// True while a view window is being taken down on the core's request.

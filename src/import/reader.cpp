@@ -56,24 +56,6 @@ void withCorruptedFileHandler(ImportContext& ctx, const std::function<void()>& b
     }
 }
 
-void fitTraceLength(ProgramState& st, int64_t traceLength) {
-    if (st.PadWithZero) {
-        for (int k = 1; k <= 16; ++k) {
-            if ((int64_t(1) << k) >= traceLength) {
-                st.Sp_Samples = 1 << k;
-                return;
-            }
-        }
-    } else {
-        for (int k = 16; k >= 1; --k) {
-            if ((int64_t(1) << k) <= traceLength) {
-                st.Sp_Samples = 1 << k;
-                return;
-            }
-        }
-    }
-}
-
 double checkedDiv(double a, double b) {
     if (b == 0.0) throw ReadError("Division by zero");
     return a / b;

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "core/workbench.h"
+#include "engine/trace_length.h" // fitTraceLength, thinTrace
 #include "import/read_error.h"
 #include "import/trace_store.h"
 #include "platform/byte_source.h"
@@ -67,11 +68,6 @@ class TraceOutput {
 /// readers share: on any failure the dialog's file name is emptied, "File corrupted!" is shown,
 /// CleanSet runs, toolbar button 2 shows, and TempPath is emptied.
 void withCorruptedFileHandler(ImportContext& ctx, const std::function<void()>& body);
-
-/// Fits Sp_Samples to a source trace length that is not a power of two: with PadWithZero the
-/// smallest power of two not below it (2^1 upward to 2^16), otherwise the largest not above it
-/// (2^16 down to 2^1). When none fits, Sp_Samples stays.
-void fitTraceLength(ProgramState& st, int64_t traceLength);
 
 /// Checked conversions for header arithmetic: a division by zero or a value that does not fit
 /// fails the read, as the arithmetic of the original readers did.
