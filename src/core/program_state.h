@@ -254,6 +254,10 @@ struct ProgramState {
     bool KursorOn = false;
     bool AnalysOn = false; // any amplitude read-out is on
     bool ShowMaxAmp = false, ShowMinAmp = false, ShowPeakPeak = false;
+
+    // ---- Phase ----------------------------------------------------------------------------------
+    int16_t FreqZoom = 1; // 1, 2, 4, 6 or 8: the phase caption's band is MaxFreq / FreqZoom
+    bool PhaseRefOn = false, PhaseRef1On = false, PhaseRef2On = false;
 };
 
 } // namespace kv

@@ -407,12 +407,7 @@ QImage OscopeView::renderWindow() const {
     p.drawImage(g, picGraph_.image());
     p.drawImage(picTextRect.topLeft(), picText_.image());
 
-    auto label = [&](const Label& l, const QColor& c) {
-        if (!l.visible || l.text.empty()) return;
-        p.setPen(c);
-        p.drawText(QRect(l.left, l.top, l.width, l.height), Qt::AlignLeft | Qt::AlignVCenter,
-                   QString::fromStdString(l.text));
-    };
+    auto label = [&](const Label& l, const QColor& c) { paintLabel(p, l, c); };
     const QColor ink(Qt::black);
     for (const auto& l : lbly)
         label(l, ink);
@@ -425,13 +420,7 @@ QImage OscopeView::renderWindow() const {
     for (const auto& t : lnLV)
         if (t.visible) p.drawLine(t.x, t.y1, t.x, t.y2);
 
-    // The scroll bar: a trough and a thumb where the value stands.
-    p.fillRect(HS.rect, QColor(0xD8, 0xD8, 0xD8));
-    const int range = std::max(1, HS.Max - HS.Min);
-    const int thumbW = std::min(HS.rect.width(), 24);
-    const int thumbX = HS.rect.left() + (HS.rect.width() - thumbW) * (HS.Value - HS.Min) / range;
-    p.fillRect(QRect(thumbX, HS.rect.top(), thumbW, HS.rect.height()),
-               HS.Enabled ? QColor(0x90, 0x90, 0x90) : QColor(0xC0, 0xC0, 0xC0));
+    paintScrollBar(p, HS);
 
     // Overlays on the graph.
     p.setClipRect(graphRect);

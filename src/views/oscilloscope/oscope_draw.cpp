@@ -114,35 +114,27 @@ void OscopeView::Draw() {
 void OscopeView::ScrollNu() {
     ProgramState& s = st();
     const int value = HS.Value;
-    if (s.Idle) {
-        if (value > s.TracePos && s.PeakHoldSuspended) s.ModeFFT = 3;
-        const bool radargram = s.BscanShow == 1;
-        if (radargram ? s.RadargramOpen : s.WaterfallOpen) {
-            s.PlayRew = value < s.TracePos; // the waterfall's direction: backward or forward
-            s.TracePos = int16_t(value);
-            if (followView)
-                followView(wb_, radargram ? ViewId::Radargram : ViewId::Waterfall, value);
-        }
-        // The other views must not turn round and scroll this one: Idle is off while they
-        // follow.
-        for (ViewId v : {ViewId::Spectrum, ViewId::Phase}) {
-            if (!viewFlag(s, v)) continue;
-            s.Idle = false;
-            if (followView) followView(wb_, v, value);
-            s.Idle = true;
-        }
-    }
+    const bool idle = s.Idle;
+    // Moving forward again brings back a Peak-hold that a move back suspended.
+    if (idle && value > s.TracePos && s.PeakHoldSuspended) s.ModeFFT = 3;
     s.TracePos = int16_t(value);
     const int64_t pos = int64_t(s.TraceStep) * s.TracePos * s.Sp_Samples * 4 + s.FirstTracePos;
     if (pos > std::numeric_limits<int32_t>::max()) return; // an overflow ends the routine
     s.CurrentTracePos = int32_t(pos);
-    // TODO: with TimeWindowed = 1 the trace on show must be the windowed one; the engine's
-    // ApplyWindow will fill TraceBuf that way inside FyllSpData. Until the engine's windows
-    // land, TraceBuf holds the raw trace whatever TimeWindowed says.
     try {
         FyllSpData(s);
     } catch (const std::exception&) {
         return; // a failed read leaves the picture as it was
+    }
+    if (idle) {
+        // The trace is read once, here; the other open views show it. Idle is off meanwhile so
+        // that their scroll bars, which follow, don't turn round and scroll this one.
+        s.Idle = false;
+        const ViewId waterfall = s.BscanShow == 1 ? ViewId::Radargram : ViewId::Waterfall;
+        if (viewFlag(s, waterfall)) wb_.views.traceChanged(wb_, waterfall);
+        for (ViewId v : {ViewId::Spectrum, ViewId::Phase})
+            if (viewFlag(s, v)) wb_.views.traceChanged(wb_, v);
+        s.Idle = true;
     }
     Draw();
 }

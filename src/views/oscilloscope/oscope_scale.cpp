@@ -54,19 +54,6 @@ CommandState& OscopeView::cmd() const {
     return wb_.cmd;
 }
 
-QFont OscopeView::labelFont() {
-    QFont f(QStringLiteral("DejaVu Sans"));
-    f.setPixelSize(11);
-    return f;
-}
-
-void OscopeView::setText(Label& l, const std::string& text) {
-    const QFontMetrics fm(labelFont());
-    l.text = text;
-    l.width = fm.horizontalAdvance(QString::fromStdString(text)) + 2;
-    l.height = fm.height();
-}
-
 // ---- Load, resize, unload ------------------------------------------------------------------
 
 void OscopeView::placeGraph(int w, int h) {

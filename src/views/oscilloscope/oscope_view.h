@@ -15,6 +15,7 @@
 
 #include "core/view_host.h"
 #include "views/surface.h"
+#include "views/view_label.h"
 
 #include <QFont>
 #include <QImage>
@@ -22,7 +23,6 @@
 #include <QRect>
 #include <array>
 #include <cstdint>
-#include <functional>
 #include <string>
 #include <vector>
 
@@ -34,15 +34,7 @@ class CommandState;
 
 namespace oscope {
 
-/// A text label of the view: its text, where it is (form pixels) and whether it shows. A label
-/// sizes itself to its text when the text is set, keeping its left edge.
-struct Label {
-    std::string text;
-    int left = 0, top = 0, width = 0, height = 0;
-    bool visible = true;
-    int right() const { return left + width; }
-    int bottom() const { return top + height; }
-};
+using kv::Label;
 
 /// A short vertical tick under the graph (form pixels).
 struct Tick {
@@ -50,15 +42,7 @@ struct Tick {
     bool visible = false;
 };
 
-/// The view's trace scroll bar.
-struct ScrollBar {
-    int Min = 0, Max = 0, Value = 0;
-    bool Enabled = true;
-    QRect rect; // form pixels
-};
-
-/// Mouse buttons as the events report them (a held set is an OR of these).
-enum Button : int { NoButton = 0, LeftButton = 1, RightButton = 2, MiddleButton = 4 };
+using kv::ScrollBar;
 
 // Fixed sizes of the view's furniture, in pixels.
 inline constexpr int kGraphLeft = 72;     // room for the amplitude labels and the caption
@@ -119,8 +103,8 @@ class OscopeView {
 
     // ---- Drawing and moving through the data ---------------------------------------------------
     void Draw();
-    /// The scroll bar moved to `HS.Value`: follow with the other views (when Idle), then read
-    /// and draw the trace.
+    /// The scroll bar moved to `HS.Value`: read and draw that trace, and (when Idle) have the
+    /// other open views show it.
     void ScrollNu();
     /// The scroll bar's change event.
     void HS_Change();
@@ -181,14 +165,8 @@ class OscopeView {
     Surface& picGraph() { return picGraph_; }
     const Surface& picText() const { return picText_; }
 
-    /// The other views follow the O-scope's scroll bar through this: the Spectrum and Phase
-    /// views (with Idle off for the call) and the waterfall on show. Set by the desktop shell.
-    std::function<void(Workbench&, ViewId, int value)> followView;
-
-    /// The labels' font.
-    static QFont labelFont();
     /// Sets a label's text and sizes the label to it, keeping its left edge.
-    static void setText(Label& l, const std::string& text);
+    static void setText(Label& l, const std::string& text) { setLabelText(l, text); }
 
     // ==== View items ==========================================================================
     // Geometry
