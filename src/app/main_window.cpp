@@ -196,8 +196,9 @@ void MainWindow::buildStatusBar() {
         auto* l = new QLabel(this);
         l->setObjectName(QStringLiteral("panel%1").arg(i + 1));
         l->setFrameStyle(QFrame::Panel | QFrame::Sunken);
-        l->setMinimumWidth(i == 0 ? 120 : 40);
-        statusBar()->addWidget(l, i == 0 ? 0 : 1);
+        // Panel 6 carries the peak read-out ("Peak: -9.3 dBFS 984.38Hz"), the longest text.
+        l->setMinimumWidth(i == 0 ? 120 : i == 5 ? 200 : 40);
+        statusBar()->addWidget(l, i == 0 ? 0 : i == 5 ? 3 : 1);
         panels_.push_back(l);
     }
 }

@@ -49,11 +49,11 @@ std::string resolveHome(const CommonOptions& o, const std::string& exeDir) {
     return exeDir;
 }
 
+} // namespace
+
 void printJson(const nlohmann::json& j) {
     std::cout << j.dump(2) << "\n";
 }
-
-} // namespace
 
 bool openSession(Session& s, const CommonOptions& o, const std::string& exeDir) {
     std::error_code ec;

@@ -47,7 +47,20 @@ bool openSession(Session& s, const CommonOptions& o, const std::string& exeDir);
 /// The data-set facts under their own names, plus the messages shown and the views requested.
 nlohmann::json describe(const Session& s);
 
+/// Prints a JSON document on stdout.
+void printJson(const nlohmann::json& j);
+
 int runInfo(const CommonOptions& o, const std::string& exeDir);
 int runConvert(const CommonOptions& o, const std::string& out, const std::string& exeDir);
+
+/// `render FILE --view V [--size WxH] [--trace K] -o OUT.png`.
+struct RenderOptions {
+    CommonOptions common;
+    std::string view;
+    std::string size = "800x600";
+    int trace = 0;
+    std::string output;
+};
+int runRender(const RenderOptions& r, const std::string& exeDir);
 
 } // namespace kv::cli

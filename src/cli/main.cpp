@@ -37,6 +37,16 @@ int main(int argc, char** argv) {
     addCommon(convertCmd, convert);
     convertCmd->add_option("-o,--output", convertOut, "Output file (.sp)")->required();
 
+#ifdef KV_CLI_RENDER
+    kv::cli::RenderOptions render;
+    auto* renderCmd = app.add_subcommand("render", "Draw a view as the workbench shows it, to PNG");
+    addCommon(renderCmd, render.common);
+    renderCmd->add_option("--view", render.view, "spectrum")->required();
+    renderCmd->add_option("--size", render.size, "Picture size WxH (default 800x600)");
+    renderCmd->add_option("--trace", render.trace, "Scroll position TracePos (default 0)");
+    renderCmd->add_option("-o,--output", render.output, "Output picture (.png)")->required();
+#endif
+
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForHelp& e) {
@@ -50,6 +60,9 @@ int main(int argc, char** argv) {
     try {
         if (*infoCmd) return kv::cli::runInfo(info, exeDir);
         if (*convertCmd) return kv::cli::runConvert(convert, convertOut, exeDir);
+#ifdef KV_CLI_RENDER
+        if (*renderCmd) return kv::cli::runRender(render, exeDir);
+#endif
     } catch (const kv::cli::UsageError& e) {
         std::cerr << "kelvorandine-cli: " << e.what() << "\n";
         return kv::cli::kExitUsage;

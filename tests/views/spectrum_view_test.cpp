@@ -188,6 +188,7 @@ TEST(SpectrumView, AHiddenGridPaintsItsPlacesInTheBackground) {
 TEST(SpectrumView, LayoutTextsAndTheFirstDrawOfAStrongSignal) {
     ProgramState st = plotState();
     st.NewDataSet = true;
+    st.PeakDb = 7.4f;
     SpectrumView v;
     v.setPlotSize(480, 400);
     Band b(100, 20, 7.4f);

@@ -11,7 +11,6 @@ namespace kv::spectrum {
 
 SpectrumFeed feedFrom(const ProgramState& st) {
     SpectrumFeed f;
-#if __has_include("engine/display_map.h")
     f.ColVal = st.ColVal;
     f.ColLogX = st.ColLogX;
     f.SpanCol = st.SpanCol;
@@ -23,34 +22,15 @@ SpectrumFeed feedFrom(const ProgramState& st) {
     f.BinWidth = st.BinWidth;
     f.SpanLowFreq = st.SpanLowFreq;
     f.SpanHighFreq = st.SpanHighFreq;
-#else
-    f.MaxFreq = st.SampleRate / 2;
-    f.BinWidth = st.Fft_Samples > 0 ? st.SampleRate / st.Fft_Samples : 0;
-#endif
     return f;
 }
 
 namespace {
 
-void setPlotColumns([[maybe_unused]] ProgramState& st, [[maybe_unused]] int32_t columns) {
-#if __has_include("engine/display_map.h")
-    st.PlotColumns = columns;
-#endif
-}
-
-void setLaidOut([[maybe_unused]] ProgramState& st, [[maybe_unused]] bool on) {
-#if __has_include("engine/display_map.h")
-    st.ViewLaidOut = on;
-    st.TopDb = st.dBFS_On ? float(st.Offset_Log) : st.PeakDb;
-#endif
-}
-
-[[maybe_unused]] bool laidOut([[maybe_unused]] const ProgramState& st) {
-#if __has_include("engine/display_map.h")
-    return st.ViewLaidOut;
-#else
-    return true;
-#endif
+/// The view is laid out for this data set and this plot; the fold's top level follows it.
+void setLaidOut(ProgramState& st) {
+    st.ViewLaidOut = true;
+    UpdateTopDb(st);
 }
 
 } // namespace
@@ -62,9 +42,9 @@ void SpectrumForm::showPeak() {
 }
 
 void SpectrumForm::layOutIfNeeded(const SpectrumFeed& f) {
-    if (laidOut(wb_.st)) return;
+    if (wb_.st.ViewLaidOut) return;
     view_.Resized(wb_.st, f);
-    setLaidOut(wb_.st, true);
+    setLaidOut(wb_.st);
 }
 
 void SpectrumForm::resizePlot(int w, int h) {
@@ -72,13 +52,13 @@ void SpectrumForm::resizePlot(int w, int h) {
     view_.setPlotSize(w, h);
     ProgramState& st = wb_.st;
     if (st.TempPath.empty() || !st.SpectrumOpen) return;
-    setPlotColumns(st, view_.PlotColumns());
+    st.PlotColumns = view_.PlotColumns();
     // The fold depends on the plot's width: fold the trace on show again for the new one.
     const bool idle = st.Idle;
     FyllSpData(st);
     st.Idle = idle;
     view_.Resized(st, feedFrom(st));
-    setLaidOut(st, true);
+    setLaidOut(st);
     view_.ReDrawMode2(st);
     showPeak();
 }
@@ -87,17 +67,17 @@ void SpectrumForm::firstDraw() {
     ProgramState& st = wb_.st;
     HSMaxCh();
     hs_.Value = st.TracePos;
-    setPlotColumns(st, view_.PlotColumns());
+    st.PlotColumns = view_.PlotColumns();
     FyllSpData(st);
     view_.Resized(st, feedFrom(st));
-    setLaidOut(st, true);
+    setLaidOut(st);
     showPeak();
 }
 
 void SpectrumForm::relayout() {
     if (wb_.st.TempPath.empty()) return;
     view_.Resized(wb_.st, feedFrom(wb_.st));
-    setLaidOut(wb_.st, true);
+    setLaidOut(wb_.st);
     showPeak();
 }
 

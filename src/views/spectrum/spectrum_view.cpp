@@ -2,6 +2,7 @@
 #include "views/spectrum/spectrum_view.h"
 
 #include "core/program_state.h"
+#include "engine/display_map.h"
 #include "platform/numeric.h"
 
 #include <QFont>
@@ -52,7 +53,7 @@ void SpectrumView::setPlotSize(int w, int h) {
 }
 
 int32_t SpectrumView::PlotColumns() const {
-    return toInt32(PlotW_ / 2.0);
+    return plotColumnsFor(PlotW_);
 }
 
 float SpectrumView::topDbFor(const ProgramState& st, const SpectrumFeed& f) const {
@@ -75,10 +76,7 @@ void SpectrumView::setYCaption(const ProgramState& st) {
 }
 
 void SpectrumView::Resized(ProgramState& st, const SpectrumFeed& f) {
-    if (st.NewDataSet) {
-        if (st.Offset_Log < f.PeakDb) st.Offset_Log = toInt32(f.PeakDb + 2.0);
-        st.NewDataSet = false;
-    }
+    FirstDrawOffset(st);
     computeFactors(st, f);
     CurveCount_ = 1;
     CurvePoints_.clear();
@@ -427,7 +425,10 @@ void paintSpectrumView(QPainter& p, const SpectrumView& v, const ProgramState& s
     const int xRow = m.top + v.PlotH() + 3;
     for (const auto& l : v.xLabels()) {
         const QString s = QString::fromStdString(l.text);
-        p.drawText(m.left + l.x - fm.horizontalAdvance(s) / 2, xRow + asc, s);
+        const int tw = fm.horizontalAdvance(s);
+        // The last label stands on the right edge: keep it whole inside the window.
+        const int x = std::min(m.left + l.x - tw / 2, all.width() - tw - 2);
+        p.drawText(x, xRow + asc, s);
     }
     const QString unit = QString::fromStdString(v.XUnitText() + "   " + v.xStepText());
     p.drawText(all.width() - m.right - fm.horizontalAdvance(unit), xRow + fm.height() + asc, unit);

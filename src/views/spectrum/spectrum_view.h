@@ -54,8 +54,8 @@ class SpectrumView {
     void setPlotSize(int w, int h);
 
     /// Full layout after a new data set, a resize or a display change: scale factors, grid,
-    /// labels, the curve, the level line and the peak text. Lowers ViewLaidOut's need: the
-    /// caller marks the view as laid out.
+    /// labels, the curve, the level line and the peak text. On the first draw of a data set it
+    /// lifts the plot's top above a strong peak.
     void Resized(ProgramState& st, const SpectrumFeed& f);
     /// After a change of the scale settings: factors, grid, a cleared plot and a fresh curve.
     void UpdateFFT_A(ProgramState& st, const SpectrumFeed& f);
