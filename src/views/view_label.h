@@ -6,6 +6,7 @@
 #include <QColor>
 #include <QFont>
 #include <QRect>
+#include <QRgb>
 #include <string>
 
 class QPainter;
@@ -19,6 +20,9 @@ struct Label {
     int right() const { return left + width; }
     int bottom() const { return top + height; }
 };
+
+/// The windows' own background, around the graph.
+inline constexpr QRgb kFormBackColor = 0xFFF0F0F0u;
 
 /// Mouse buttons as the views' events take them (a held set is an OR of these).
 enum Button : int { NoButton = 0, LeftButton = 1, RightButton = 2, MiddleButton = 4 };

@@ -208,7 +208,7 @@ void OscopeView::placeYLabels() {
 
 void OscopeView::ShowYText() {
     picText_.resize(std::max(picTextRect.width(), 1), std::max(picTextRect.height(), 1),
-                    qRgb(255, 255, 255));
+                    kFormBackColor);
     picText_.textRotated(picText_.width() / 2, picText_.height() / 2,
                          QString::fromStdString(txtText), qRgb(0, 0, 0), 13,
                          QStringLiteral("Arial"));

@@ -55,7 +55,6 @@ inline constexpr int kHandleWidth = 15;    // cursor grab handle above the graph
 inline constexpr int kHandleHeight = 12;   //
 inline constexpr int kMinFormWidth = 209;  // 3132 twips
 inline constexpr int kMinFormHeight = 216; // 3240 twips
-inline constexpr QRgb kFormBackColor = 0xFFF0F0F0u;
 
 /// Engineering time unit for a time per division in seconds. `index` -1 (no unit) leaves the
 /// time per division as it was; otherwise it is scaled into the unit.

@@ -331,7 +331,7 @@ void PhaseView::picF_MouseUp(int, int, int) {
 
 QImage PhaseView::renderWindow() const {
     QImage img(std::max(formWidth, 1), std::max(formHeight, 1), QImage::Format_RGB32);
-    img.fill(0xFFF0F0F0u);
+    img.fill(kFormBackColor);
     QPainter p(&img);
     p.setRenderHint(QPainter::Antialiasing, false);
     p.setFont(labelFont());
