@@ -181,6 +181,7 @@ void OscopeView::zoomLabels() {
     Label1.left = graphRect.left() + (graphRect.width() - Label1.width) / 2;
     TimeSpan = f32(span);
     s.TimeRangeText = lblX[10].text + " " + TimeUnit;
+    cmd().timeRangeText = s.TimeRangeText;
     cmd().panel(5) = "Time Range: " + s.TimeRangeText;
     cmd().touch();
 }

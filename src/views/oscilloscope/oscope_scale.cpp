@@ -289,6 +289,7 @@ void OscopeView::CountTime() {
     setText(Label1, shortestText(r) + TimeUnit + "/" + "div");
     Label1.left = graphRect.left() + (graphRect.width() - Label1.width) / 2;
     s.TimeRangeText = shortestText(r * 10) + " " + TimeUnit;
+    cmd().timeRangeText = s.TimeRangeText; // what the status bar shows while this view is active
     for (int i = 0; i <= 10; ++i)
         setText(lblX[size_t(i)], formatPicture(f32(i * double(TimePerDiv)), "0.0"));
 }
