@@ -11,6 +11,8 @@
 #include "platform/files.h"
 #include "platform/scripted_host.h"
 
+#include "bench_wav.h"
+
 #include <benchmark/benchmark.h>
 
 #include <chrono>
@@ -50,21 +52,7 @@ int importOnce(const std::string& home, const std::string& file, const std::stri
 
 void writeWav(const std::string& path, size_t samples) {
     std::ofstream f(path, std::ios::binary);
-    const uint32_t data = uint32_t(samples * 2);
-    auto u32 = [&](uint32_t v) { f.write(reinterpret_cast<const char*>(&v), 4); };
-    auto u16 = [&](uint16_t v) { f.write(reinterpret_cast<const char*>(&v), 2); };
-    f.write("RIFF", 4);
-    u32(36 + data);
-    f.write("WAVEfmt ", 8);
-    u32(16);
-    u16(1);
-    u16(1);
-    u32(48000);
-    u32(96000);
-    u16(2);
-    u16(16);
-    f.write("data", 4);
-    u32(data);
+    bench::writeWavHeader(f, samples);
     std::vector<int16_t> block(1 << 16);
     for (size_t i = 0; i < block.size(); ++i)
         block[i] = int16_t(i * 37);

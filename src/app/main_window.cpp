@@ -249,7 +249,13 @@ void MainWindow::onSubWindowActivated() {
 void MainWindow::syncPanels() {
     for (int p = 1; p <= CommandState::kPanels; ++p) {
         const QString t = QString::fromStdString(cmd_.panel(p));
-        if (panels_[size_t(p - 1)]->text() != t) panels_[size_t(p - 1)]->setText(t);
+        QLabel* l = panels_[size_t(p - 1)];
+        if (l->text() == t) continue;
+        l->setText(t);
+        // A panel is never narrower than its text; it only grows, so playback does not make
+        // the status bar jump.
+        const int need = l->fontMetrics().horizontalAdvance(t) + 12;
+        if (l->minimumWidth() < need) l->setMinimumWidth(need);
     }
     // A maximised view adds " - [Spectrum view]" itself.
     const QString title = QString::fromStdString(cmd_.caption).trimmed();

@@ -89,6 +89,20 @@ TEST_F(SpectrumShell, PlaysPausesAndEndsWithTheCurveAndPanelsFollowing) {
     EXPECT_EQ(view.surface().pixel(topOfCurve().x(), topOfCurve().y()), kGreen);
 }
 
+TEST_F(SpectrumShell, ScaleButtonsRedrawTheViewOnItsNewAxes) {
+    ASSERT_NE(sw, nullptr);
+    const auto& view = sw->form().view();
+    w->toolAction(28)->trigger(); // logarithmic X
+    EXPECT_EQ(view.XUnitText(), "Frequency Hz");
+    EXPECT_EQ(view.xLabels().front().text, "50") << "the first decade mark past one bin";
+    // 984 Hz is bin 21 of 512: at Log10(21) / Log10(512) of the width.
+    const auto& pts = view.CurvePoints();
+    const QPoint top =
+        *std::min_element(pts.begin(), pts.end(), [](QPoint a, QPoint b) { return a.y() < b.y(); });
+    EXPECT_NEAR(top.x(), std::log10(21.0) / std::log10(512.0) * view.PlotW(), 1.0);
+    EXPECT_EQ(view.surface().pixel(top.x(), top.y()), kGreen);
+}
+
 TEST_F(SpectrumShell, ThePointerCrossReadsFrequencyAndLevelWhileTheButtonIsHeld) {
     ASSERT_NE(sw, nullptr);
     const auto& view = sw->form().view();

@@ -126,6 +126,16 @@ TEST(SpectrumView, ANewTraceLeavesNothingOfTheOldOneAndTheGridIsRepaired) {
     fresh.Resized(st, b.feed);
     EXPECT_EQ(played.surface().image(), fresh.surface().image());
     EXPECT_GT(countColour(played.surface(), kGrid), 0);
+
+    // The same on a log axis with points far outside the plot: a silent bin sits at
+    // Log10(0) = -FullScalePos / 2 decades, a silent level far below the bottom.
+    st.DrSet = 2;
+    a.logx[1] = -16383.5f;
+    a.val[2] = -327670.0f;
+    played.Resized(st, a.feed);
+    played.Draw_s(st, b.feed);
+    fresh.Resized(st, b.feed);
+    EXPECT_EQ(played.surface().image(), fresh.surface().image());
 }
 
 TEST(SpectrumView, StackedTracesPileUpUntilTheyAreCleared) {

@@ -76,6 +76,11 @@ void SpectrumForm::firstDraw() {
 
 void SpectrumForm::relayout() {
     if (wb_.st.TempPath.empty()) return;
+    // A scale change can change what the engine leaves (dB or linear values): build the trace
+    // on show again before laying out.
+    const bool idle = wb_.st.Idle;
+    FyllSpData(wb_.st);
+    wb_.st.Idle = idle;
     view_.Resized(wb_.st, feedFrom(wb_.st));
     setLaidOut(wb_.st);
     showPeak();

@@ -4,6 +4,7 @@
 #include "core/program_state.h"
 #include "engine/display_map.h"
 #include "platform/numeric.h"
+#include "views/raster_lines.h"
 
 #include <QFont>
 #include <QFontMetrics>
@@ -35,9 +36,33 @@ QPen plotPen(QRgb c, int width) {
     return pen;
 }
 
-QPainter& begin(QPainter& p) {
+// Width-1 lines, the playback path, go straight into the picture; wider ones (the grid in bar
+// mode) through Qt.
+void strokePolyline(QImage& img, const QPoint* pts, int n, QRgb c, int width) {
+    if (n <= 0) return;
+    if (width <= 1) {
+        rasterPolyline(img, pts, n, c);
+        return;
+    }
+    QPainter p(&img);
     p.setRenderHint(QPainter::Antialiasing, false);
-    return p;
+    p.setPen(plotPen(c, width));
+    if (n == 1)
+        p.drawPoint(pts[0]);
+    else
+        p.drawPolyline(pts, n);
+}
+
+void strokeLines(QImage& img, const std::vector<QLine>& lines, QRgb c, int width) {
+    if (lines.empty()) return;
+    if (width <= 1) {
+        rasterLines(img, lines.data(), int(lines.size()), c);
+        return;
+    }
+    QPainter p(&img);
+    p.setRenderHint(QPainter::Antialiasing, false);
+    p.setPen(plotPen(c, width));
+    p.drawLines(lines.data(), int(lines.size()));
 }
 
 } // namespace
@@ -191,23 +216,21 @@ std::vector<QPoint> SpectrumView::curveFor(const ProgramState& st, const Spectru
     return pts;
 }
 
-void SpectrumView::repairGrid(QPainter& p, const ProgramState& st, bool onlyWhenShown) const {
+void SpectrumView::repairGrid(QImage& img, const ProgramState& st, bool onlyWhenShown) const {
     const bool shown = st.FFT_ShowGrid == 1;
     if (onlyWhenShown && !shown) return;
-    p.setPen(plotPen(colorFromIni(shown ? st.FFT_GridColor : st.FFT_BackColor), DrawWidth_));
     std::vector<QLine> lines;
     lines.reserve(GridXs_.size() + GridYs_.size());
     for (int x : GridXs_)
         lines.emplace_back(x, 0, x, PlotH_);
     for (int y : GridYs_)
         lines.emplace_back(0, y, PlotW_, y);
-    p.drawLines(lines.data(), int(lines.size()));
+    strokeLines(img, lines, colorFromIni(shown ? st.FFT_GridColor : st.FFT_BackColor), DrawWidth_);
 }
 
-void SpectrumView::drawBars(QPainter& p, const std::vector<QPoint>& pts, QRgb c) const {
+void SpectrumView::drawBars(QImage& img, const std::vector<QPoint>& pts, QRgb c) const {
     // Each point draws the open outline of the bar before it, centred on that earlier point;
     // the first outline belongs to the corner (0, PlotH) and the last point gets none.
-    p.setPen(plotPen(c, 1));
     std::vector<QLine> lines;
     lines.reserve(pts.size() * 3);
     int prevX = 0, prevY = PlotH_;
@@ -220,41 +243,32 @@ void SpectrumView::drawBars(QPainter& p, const std::vector<QPoint>& pts, QRgb c)
         prevX = pt.x();
         prevY = pt.y();
     }
-    p.drawLines(lines.data(), int(lines.size()));
+    strokeLines(img, lines, c, 1);
 }
 
 void SpectrumView::erasingDraw(const ProgramState& st, const SpectrumFeed& f, XRule rule) {
     const QRgb back = colorFromIni(st.FFT_BackColor);
     const QRgb line = colorFromIni(st.FFT_LineColor);
     if (rule == XRule::Span) DbScale_ = f32(double(PlotH_) / -double(st.PlotRange));
-    QPainter p(&surface_.image());
-    begin(p);
+    QImage& img = surface_.image();
     // The old curve goes by drawing it again in the background colour: no flicker, and the
     // plot keeps whatever else is on it.
-    if (CurveCount_ > 1) {
-        p.setPen(plotPen(back, DrawWidth_));
-        p.drawPolyline(CurvePoints_.data(), CurveCount_ - 1);
-    }
+    if (CurveCount_ > 1)
+        strokePolyline(img, CurvePoints_.data(), CurveCount_ - 1, back, DrawWidth_);
     TopDb_ = topDbFor(st, f);
     // Bars cannot be erased by a polyline: the whole plot goes.
-    if (st.AS_Bar == 1) p.fillRect(0, 0, PlotW_, PlotH_, QColor(back));
+    if (st.AS_Bar == 1) img.fill(back);
     if (rule == XRule::Linear) ShowMax(st, f);
     // The erasing cut into the grid; put it back.
-    repairGrid(p, st, false);
+    repairGrid(img, st, false);
     CurveCount_ = 1;
     std::vector<QPoint> pts = curveFor(st, f, rule);
     if (st.AS_Bar == 1) {
-        drawBars(p, pts, line);
+        drawBars(img, pts, line);
         CurvePoints_.clear();
         return;
     }
-    if (pts.size() >= 2) {
-        p.setPen(plotPen(line, DrawWidth_));
-        p.drawPolyline(pts.data(), int(pts.size()));
-    } else if (pts.size() == 1) {
-        p.setPen(plotPen(line, DrawWidth_));
-        p.drawPoint(pts[0]);
-    }
+    strokePolyline(img, pts.data(), int(pts.size()), line, DrawWidth_);
     CurveCount_ = int32_t(pts.size()) + 1;
     CurvePoints_ = std::move(pts);
 }
@@ -263,16 +277,14 @@ void SpectrumView::stackedDraw(const ProgramState& st, const SpectrumFeed& f, XR
     const QRgb line = colorFromIni(st.FFT_LineColor);
     if (rule == XRule::Span) DbScale_ = f32(double(PlotH_) / -double(st.PlotRange));
     TopDb_ = topDbFor(st, f);
-    QPainter p(&surface_.image());
-    begin(p);
-    repairGrid(p, st, true);
+    QImage& img = surface_.image();
+    repairGrid(img, st, true);
     const std::vector<QPoint> pts = curveFor(st, f, rule);
     if (st.AS_Bar == 1) {
-        drawBars(p, pts, line);
+        drawBars(img, pts, line);
         return;
     }
     // Segment by segment from the bottom-left corner; nothing is kept, nothing erased.
-    p.setPen(plotPen(line, 1));
     std::vector<QLine> lines;
     lines.reserve(pts.size());
     QPoint prev(0, PlotH_);
@@ -280,7 +292,7 @@ void SpectrumView::stackedDraw(const ProgramState& st, const SpectrumFeed& f, XR
         lines.emplace_back(prev, pt);
         prev = pt;
     }
-    p.drawLines(lines.data(), int(lines.size()));
+    strokeLines(img, lines, line, 1);
 }
 
 void SpectrumView::DrawLinX(const ProgramState& st, const SpectrumFeed& f) {
@@ -444,7 +456,8 @@ void paintSpectrumView(QPainter& p, const SpectrumView& v, const ProgramState& s
         p.drawText(m.left + v.PlotW() + 2, y + asc / 2, QString::fromStdString(v.lbldbS().text));
     }
     if (v.crossShown()) {
-        const QRgb c = colorFromIni(st.FFT_GridColor) ^ 0x00FFFFFFu;
+        // The cross stands out from the plot's background whatever colours the user chose.
+        const QRgb c = colorFromIni(st.FFT_BackColor) ^ 0x00FFFFFFu;
         p.setPen(QColor(c));
         const int x = m.left + int(std::lround(v.PointerX()));
         p.drawLine(x, m.top, x, m.top + v.PlotH());
