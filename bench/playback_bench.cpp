@@ -29,24 +29,6 @@ namespace {
 constexpr int kTraces = 2048;
 constexpr int kSamples = 1024;
 
-/// A tone whose pitch and level wander from trace to trace over noise, so that every trace
-/// draws a different curve.
-void writeWav(const std::string& path) {
-    const uint32_t n = uint32_t(kTraces) * kSamples;
-    std::ofstream f(path, std::ios::binary);
-    bench::writeWavHeader(f, n);
-    uint32_t seed = 1;
-    std::vector<int16_t> buf(n);
-    for (uint32_t i = 0; i < n; ++i) {
-        seed = seed * 1664525u + 1013904223u;
-        const double t = i / 48000.0;
-        const double f0 = 1000.0 + 800.0 * std::sin(t * 0.7);
-        const double noise = (double(seed >> 16) / 65536.0 - 0.5) * 600.0;
-        buf[i] = int16_t(12000.0 * std::sin(2 * M_PI * f0 * t) + noise);
-    }
-    f.write(reinterpret_cast<const char*>(buf.data()), std::streamsize(buf.size() * 2));
-}
-
 /// One workbench with the recording imported and the Spectrum view laid out at 800x600.
 struct Playback {
     std::string home;
@@ -61,7 +43,7 @@ struct Playback {
         home = (fs::temp_directory_path() / ("kv-play-" + std::to_string(::getpid()))).string();
         fs::create_directories(home);
         std::ofstream(home + "/SP.ini") << factorySettingsText();
-        writeWav(home + "/play.wav");
+        bench::writeWanderingTone(home + "/play.wav", kTraces, kSamples);
         st.AppPath = home;
         MDIForm_Load(wb);
         host.queueFile(home + "/play.wav", 1);

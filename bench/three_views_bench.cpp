@@ -1,0 +1,180 @@
+// Playback with the O-scope and the Phase view open beside the Spectrum view, each in an
+// 800x600 window: traces per second when the Spectrum view's scroll bar moves one step at a time
+// and the other two follow, beside the Spectrum view alone and the engine alone, all in one run
+// so that their ratios compare like with like. bench/three_views_ratio.py prints the ratios.
+#include "core/lifecycle.h"
+#include "core/settings.h"
+#include "core/workbench.h"
+#include "engine/engine.h"
+#include "import/open.h"
+#include "platform/scripted_host.h"
+#include "views/oscilloscope/oscope_view.h"
+#include "views/phase/phase_view.h"
+#include "views/spectrum/spectrum_form.h"
+
+#include "bench_wav.h"
+#include <QGuiApplication>
+
+#include <benchmark/benchmark.h>
+
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <unistd.h>
+
+namespace fs = std::filesystem;
+using namespace kv;
+
+namespace {
+
+constexpr int kTraces = 2048;
+constexpr int kSamples = 1024;
+
+/// Passes the trace changes on to the O-scope and Phase models, as the workbench's windows do.
+class FollowingViews : public ViewHost {
+  public:
+    oscope::OscopeView* oscope = nullptr;
+    phase::PhaseView* phase = nullptr;
+    void loadView(Workbench& wb, ViewId v) override { viewFlag(wb.st, v) = true; }
+    void unloadView(Workbench& wb, ViewId v) override { viewFlag(wb.st, v) = false; }
+    void spectrumFirstDraw(Workbench& wb) override { wb.st.SpectrumOpen = true; }
+    void maximiseView(Workbench&, ViewId) override {}
+    void arrange(Workbench&, int) override {}
+    void redrawView(Workbench&, ViewId) override {}
+    void traceChanged(Workbench&, ViewId v) override {
+        if (v == ViewId::Oscope && oscope) oscope->TimerDraw();
+        if (v == ViewId::Phase && phase) phase->traceChanged();
+    }
+};
+
+struct Fixture {
+    std::string home;
+    ProgramState st;
+    CommandState cmd;
+    ScriptedHost host;
+    FollowingViews views;
+    Workbench wb{st, cmd, host, views};
+    spectrum::SpectrumForm form{wb};
+    std::unique_ptr<oscope::OscopeView> oscope;
+    std::unique_ptr<phase::PhaseView> phase;
+
+    Fixture() {
+        home = (fs::temp_directory_path() / ("kv-three-" + std::to_string(::getpid()))).string();
+        fs::create_directories(home);
+        std::ofstream(home + "/SP.ini") << factorySettingsText();
+        // The Spectrum-only playback benchmark's recording, so that the rates compare.
+        bench::writeWanderingTone(home + "/play.wav", kTraces, kSamples);
+        st.AppPath = home;
+        MDIForm_Load(wb);
+        host.queueFile(home + "/play.wav", 1);
+        mnuOpen_Click(wb);
+        const QSize plot = spectrum::plotSizeFor({800, 600});
+        form.view().setPlotSize(plot.width(), plot.height());
+        form.firstDraw();
+        oscope = std::make_unique<oscope::OscopeView>(wb);
+        oscope->Form_Load(800, 600);
+        oscope->Form_Resize(800, 600);
+        oscope->UpdateTime();
+        phase = std::make_unique<phase::PhaseView>(wb);
+        phase->Form_Load(800, 600);
+        views.oscope = oscope.get();
+        views.phase = phase.get();
+    }
+    ~Fixture() { fs::remove_all(home); }
+    void showOthers(bool oscopeOpen, bool phaseOpen) {
+        st.OscOpen = oscopeOpen;
+        st.PhaseOpen = phaseOpen;
+        st.ActiveView = 2;
+    }
+    int next() {
+        const int v = form.HS().Value + 1;
+        return v > form.HS().Max ? 0 : v;
+    }
+};
+
+Fixture& fixture() {
+    static Fixture f;
+    return f;
+}
+
+/// Playback through the Spectrum view's scroll bar with the O-scope and the Phase view open as
+/// the arguments say.
+void playWith(benchmark::State& state, bool oscopeOpen, bool phaseOpen) {
+    Fixture& f = fixture();
+    f.showOthers(oscopeOpen, phaseOpen);
+    for (auto _ : state)
+        f.form.HS_Change(f.next());
+    f.showOthers(false, false);
+    state.SetItemsProcessed(state.iterations());
+}
+void BM_SpectrumOnly(benchmark::State& state) {
+    playWith(state, false, false);
+}
+void BM_ThreeViews(benchmark::State& state) {
+    playWith(state, true, true);
+}
+void BM_SpectrumAndOscope(benchmark::State& state) {
+    playWith(state, true, false);
+}
+void BM_SpectrumAndPhase(benchmark::State& state) {
+    playWith(state, false, true);
+}
+BENCHMARK(BM_SpectrumOnly)->MinTime(2.0);
+BENCHMARK(BM_ThreeViews)->MinTime(2.0);
+BENCHMARK(BM_SpectrumAndOscope)->MinTime(1.0);
+BENCHMARK(BM_SpectrumAndPhase)->MinTime(1.0);
+
+/// The O-scope's and the Phase view's drawing alone, two traces in turn so that every draw
+/// erases a real curve.
+template <class Draw> void drawOnly(benchmark::State& state, Draw draw) {
+    Fixture& f = fixture();
+    std::vector<float> trace[2], phase[2];
+    for (int i = 0; i < 2; ++i) {
+        f.st.TracePos = int16_t(3 + 400 * i);
+        setCurrentTracePos(f.st);
+        FyllSpData(f.st);
+        trace[i] = f.st.TraceBuf;
+        phase[i] = f.st.SpPhase;
+    }
+    int i = 0;
+    for (auto _ : state) {
+        f.st.TraceBuf = trace[i];
+        f.st.SpPhase = phase[i];
+        draw(f);
+        i ^= 1;
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+void BM_OscopeDrawOnly(benchmark::State& state) {
+    drawOnly(state, [](Fixture& f) { f.oscope->Draw(); });
+}
+void BM_PhaseDrawOnly(benchmark::State& state) {
+    drawOnly(state, [](Fixture& f) { f.phase->Draw_s(); });
+}
+BENCHMARK(BM_OscopeDrawOnly)->MinTime(1.0);
+BENCHMARK(BM_PhaseDrawOnly)->MinTime(1.0);
+
+void BM_EngineOnly(benchmark::State& state) {
+    Fixture& f = fixture();
+    int pos = 0;
+    for (auto _ : state) {
+        f.st.TracePos = int16_t(pos);
+        setCurrentTracePos(f.st);
+        FyllSpData(f.st);
+        pos = pos >= f.st.LastTrace ? 0 : pos + 1;
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(BM_EngineOnly)->MinTime(2.0);
+
+} // namespace
+
+int main(int argc, char** argv) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    QGuiApplication app(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}
