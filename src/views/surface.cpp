@@ -143,22 +143,23 @@ void segment(QRgb* bits, int64_t stride, int64_t w, int64_t h, int x1, int y1, i
     const int64_t num = step * t0 + n;
     int64_t q = floorDiv(num, den);
     int64_t r = num - q * den;
-    // Walk with a pointer: one major step moves `major` elements, one minor step `minor`.
+    // Walk by index: one major step moves `major` elements, one minor step `minor`. The index
+    // may stand outside the picture while the minor coordinate does; nothing is written there.
     const int64_t major = xMajor ? s : s * stride, minor = xMajor ? stride : 1;
     int64_t b = b0 + q;
-    QRgb* p = bits + (xMajor ? b * stride + (a0 + s * t0) : (a0 + s * t0) * stride + b);
+    int64_t i = xMajor ? b * stride + (a0 + s * t0) : (a0 + s * t0) * stride + b;
     for (int64_t t = t0; t <= t1; ++t) {
-        if (b >= 0 && b < bExtent) *p = px;
-        p += major;
+        if (b >= 0 && b < bExtent) bits[i] = px;
+        i += major;
         r += step;
         if (r >= den) {
             r -= den;
             ++b;
-            p += minor;
+            i += minor;
         } else if (r < 0) {
             r += den;
             --b;
-            p -= minor;
+            i -= minor;
         }
     }
 }
