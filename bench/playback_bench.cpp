@@ -10,6 +10,7 @@
 #include "platform/scripted_host.h"
 #include "views/spectrum/spectrum_form.h"
 
+#include "bench_common.h"
 #include "bench_wav.h"
 #include <QGuiApplication>
 
@@ -74,15 +75,7 @@ void BM_PlaybackThroughScrollNu(benchmark::State& state) {
 BENCHMARK(BM_PlaybackThroughScrollNu)->MinTime(2.0);
 
 void BM_EngineOnly(benchmark::State& state) {
-    Playback& p = playback();
-    int pos = 0;
-    for (auto _ : state) {
-        p.st.TracePos = int16_t(pos);
-        setCurrentTracePos(p.st);
-        FyllSpData(p.st);
-        pos = pos >= p.st.LastTrace ? 0 : pos + 1;
-    }
-    state.SetItemsProcessed(state.iterations());
+    bench::engineOnly(state, playback().st);
 }
 BENCHMARK(BM_EngineOnly)->MinTime(2.0);
 
@@ -111,10 +104,5 @@ BENCHMARK(BM_DrawOnly)->MinTime(2.0);
 } // namespace
 
 int main(int argc, char** argv) {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QGuiApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return bench::runBenchmarks(argc, argv);
 }

@@ -12,6 +12,7 @@
 #include "views/phase/phase_view.h"
 #include "views/spectrum/spectrum_form.h"
 
+#include "bench_common.h"
 #include "bench_wav.h"
 #include <QGuiApplication>
 
@@ -156,25 +157,12 @@ BENCHMARK(BM_OscopeDrawOnly)->MinTime(1.0);
 BENCHMARK(BM_PhaseDrawOnly)->MinTime(1.0);
 
 void BM_EngineOnly(benchmark::State& state) {
-    Fixture& f = fixture();
-    int pos = 0;
-    for (auto _ : state) {
-        f.st.TracePos = int16_t(pos);
-        setCurrentTracePos(f.st);
-        FyllSpData(f.st);
-        pos = pos >= f.st.LastTrace ? 0 : pos + 1;
-    }
-    state.SetItemsProcessed(state.iterations());
+    bench::engineOnly(state, fixture().st);
 }
 BENCHMARK(BM_EngineOnly)->MinTime(2.0);
 
 } // namespace
 
 int main(int argc, char** argv) {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QGuiApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    return 0;
+    return bench::runBenchmarks(argc, argv);
 }

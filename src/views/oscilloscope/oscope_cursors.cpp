@@ -18,14 +18,12 @@ int rnd(double x) {
     return toInt32(x);
 }
 
-// An amplitude as the read-outs print it: whole counts in Bits mode, two decimals in volts, and
-// a plain "0" at the centre line.
+} // namespace
+
 std::string amplitudeText(float amp, bool bits) {
     if (amp == 0.0f) return "0";
     return bits ? shortestText(f32(Fix(amp))) : formatPicture(amp, "0.00");
 }
-
-} // namespace
 
 // ---- Rate of change between the cursors -------------------------------------------------------
 
@@ -125,20 +123,27 @@ void OscopeView::Kursor() {
 }
 
 void OscopeView::KursorMeasure() {
-    const ProgramState& s = st();
-    const size_t i = size_t(KursorIndex);
     TimePerPixel = TimeSpan / GraphWidth;
-    KursorTime = f32(double(TimePerPixel) * KursorColumn + s.ViewStartTime);
+    KursorTime = f32(double(TimePerPixel) * KursorColumn + st().ViewStartTime);
+    measureKursor();
+}
+
+void OscopeView::measureKursor() {
+    const size_t i = size_t(KursorIndex);
     AmpPerPixel = f32(double(DivValue) / (HorizontalLines[1] - HorizontalLines[0]));
     KursorAmp = amplitudeAtRow(KursorRow, ZeroLine);
-    lblKAmp[i] = amplitudeText(KursorAmp, s.ShowVertical == 2);
+    lblKAmp[i] = amplitudeText(KursorAmp, st().ShowVertical == 2);
     lblYk[i] = shortestText(KursorTime);
     KurTime[i] = formatPicture(KursorTime, "0.00");
+    markerLine(i);
+    writeRateLine(false);
+    layoutMarkers();
+}
+
+void OscopeView::markerLine(size_t i) {
     setText(lblMarker1[i], "V" + std::to_string(i + 1) + " = " + lblKAmp[i] + " " + lblText.text +
                                " ; " + "t" + std::to_string(i + 1) + " = " + KurTime[i] + " " +
                                TimeUnit);
-    writeRateLine(false);
-    layoutMarkers();
 }
 
 void OscopeView::writeRateLine(bool refreshStyle) {
@@ -173,18 +178,9 @@ void OscopeView::ReloadKursor() {
         KursorTime = moved ? f32(double(TimePerPixel) * KursorColumn + st().ViewStartTime) : time;
         scanKursorColumn();
         lnKG[k] = QLine(rnd(KursorX - 8.0), KursorRow, rnd(KursorX + 8.0), KursorRow);
-        AmpPerPixel = f32(double(DivValue) / (HorizontalLines[1] - HorizontalLines[0]));
-        KursorAmp = amplitudeAtRow(KursorRow, ZeroLine);
-        lblKAmp[k] = amplitudeText(KursorAmp, st().ShowVertical == 2);
-        lblYk[k] = shortestText(KursorTime);
-        KurTime[k] = formatPicture(KursorTime, "0.00");
-        setText(lblMarker1[k], "V" + std::to_string(k + 1) + " = " + lblKAmp[k] + " " +
-                                   lblText.text + " ; " + "t" + std::to_string(k + 1) + " = " +
-                                   KurTime[k] + " " + TimeUnit);
-        writeRateLine(false);
+        measureKursor();
     }
     placeKursorHandles();
-    layoutMarkers();
 }
 
 void OscopeView::KursorRefresh() {
@@ -204,9 +200,7 @@ void OscopeView::KursorRefresh() {
         KursorAmp = amplitudeAtRow(KursorRow, centre);
         KurTime[k] = formatPicture(KursorTime, "0.00");
         lblKAmp[k] = formatPicture(KursorAmp, "0.00");
-        setText(lblMarker1[k], "V" + std::to_string(k + 1) + " = " + lblKAmp[k] + " " +
-                                   lblText.text + " ; " + "t" + std::to_string(k + 1) + " = " +
-                                   KurTime[k] + " " + TimeUnit);
+        markerLine(k);
     }
     writeRateLine(true);
     layoutMarkers();

@@ -5,6 +5,7 @@
 #include "engine/engine.h"
 #include "platform/numeric.h"
 #include "views/oscilloscope/oscope_view.h"
+#include "views/other_views.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -126,16 +127,8 @@ void OscopeView::ScrollNu() {
     } catch (const std::exception&) {
         return; // a failed read leaves the picture as it was
     }
-    if (idle) {
-        // The trace is read once, here; the other open views show it. Idle is off meanwhile so
-        // that their scroll bars, which follow, don't turn round and scroll this one.
-        s.Idle = false;
-        const ViewId waterfall = s.BscanShow == 1 ? ViewId::Radargram : ViewId::Waterfall;
-        if (viewFlag(s, waterfall)) wb_.views.traceChanged(wb_, waterfall);
-        for (ViewId v : {ViewId::Spectrum, ViewId::Phase})
-            if (viewFlag(s, v)) wb_.views.traceChanged(wb_, v);
-        s.Idle = true;
-    }
+    // The trace is read once, here; the other open views show it.
+    if (idle) showTraceInOtherViews(wb_, ViewId::Oscope);
     Draw();
 }
 
@@ -302,14 +295,17 @@ float OscopeView::amplitudeAtRow(int row, float centre) const {
     return 0.0f;
 }
 
-namespace {
-
-std::string amplitudeText(float amp, bool bits) {
-    if (amp == 0.0f) return "0";
-    return bits ? shortestText(f32(Fix(amp))) : formatPicture(amp, "0.00");
+void OscopeView::pointerTexts(int y) {
+    // The time as the pointer stands, and the amplitude of its row on the rounded grid.
+    setText(lblTime, formatPicture(PointerTime, "0.##"));
+    setText(lblMyTm, lblTime.text + " " + TimeUnit);
+    lblMyTm.left = graphRect.right() + 1 - lblMyTm.width;
+    AmpPerPixel = f32(double(DivValue) / (HorizontalLines[1] - HorizontalLines[0]));
+    PointerAmp = amplitudeAtRow(y, ZeroLine);
+    setText(lblAmp, amplitudeText(PointerAmp, st().ShowVertical == 2));
+    setText(lbldB, "Ampl: " + lblAmp.text + " " + lblText.text);
+    lbldB.left = lblMyTm.left - 10 - lbldB.width;
 }
-
-} // namespace
 
 void OscopeView::picGraph_MouseMove(int buttons, int x, int y) {
     ProgramState& s = st();
@@ -327,14 +323,7 @@ void OscopeView::picGraph_MouseMove(int buttons, int x, int y) {
     }
     if (!s.MouseDrawing) return;
     lnPec_V = lnPec_G = true;
-    setText(lblTime, formatPicture(PointerTime, "0.##"));
-    setText(lblMyTm, lblTime.text + " " + TimeUnit);
-    lblMyTm.left = graphRect.right() + 1 - lblMyTm.width;
-    AmpPerPixel = f32(double(DivValue) / (HorizontalLines[1] - HorizontalLines[0]));
-    PointerAmp = amplitudeAtRow(y, ZeroLine);
-    setText(lblAmp, amplitudeText(PointerAmp, s.ShowVertical == 2));
-    setText(lbldB, "Ampl: " + lblAmp.text + " " + lblText.text);
-    lbldB.left = lblMyTm.left - 10 - lbldB.width;
+    pointerTexts(y);
 }
 
 void OscopeView::picGraph_MouseDown(int button, int x, int y) {
@@ -356,14 +345,7 @@ void OscopeView::picGraph_MouseDown(int button, int x, int y) {
         TimePerPixel = TimeSpan / GraphWidth;
         PointerTime = f32(double(TimePerPixel) * x + s.ViewStartTime);
     }
-    setText(lblTime, formatPicture(PointerTime, "0.##"));
-    setText(lblMyTm, lblTime.text + " " + TimeUnit);
-    lblMyTm.left = graphRect.right() + 1 - lblMyTm.width;
-    AmpPerPixel = f32(double(DivValue) / (HorizontalLines[1] - HorizontalLines[0]));
-    PointerAmp = amplitudeAtRow(y, ZeroLine);
-    setText(lblAmp, amplitudeText(PointerAmp, s.ShowVertical == 2));
-    setText(lbldB, "Ampl: " + lblAmp.text + " " + lblText.text);
-    lbldB.left = lblMyTm.left - 10 - lbldB.width;
+    pointerTexts(y);
     if (s.ZoomOn) ZoomTimeFirst = f32(throughPicture(PointerTime, "0.##"));
     lblMyTm.visible = lbldB.visible = true;
 }

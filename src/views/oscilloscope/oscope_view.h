@@ -64,6 +64,10 @@ struct TimeUnitChoice {
 };
 TimeUnitChoice chooseTimeUnit(float timePerDivSeconds);
 
+/// An amplitude as the read-outs print it: whole counts in Bits mode, two decimals in volts, and
+/// a plain "0" on the centre line.
+std::string amplitudeText(float amp, bool bits);
+
 /// The rate of the cursor read-out: dV per second with a k/M/G/T prefix.
 struct RateReadout {
     double number = 0.0;
@@ -264,6 +268,12 @@ class OscopeView {
     void placeKursorHandles();
     void layoutMarkers();
     void writeRateLine(bool refreshStyle);
+    /// KursorMeasure from the amplitude on: for KursorIndex at KursorRow and KursorTime.
+    void measureKursor();
+    /// The read-out line of cursor i from its amplitude and time texts.
+    void markerLine(size_t i);
+    /// The pointer's time and amplitude texts for row y.
+    void pointerTexts(int y);
 
     Workbench& wb_;
     Surface picGraph_;

@@ -7,6 +7,7 @@
 #include "core/workbench.h"
 #include "engine/engine.h"
 #include "platform/numeric.h"
+#include "views/other_views.h"
 #include "views/spectrum/spectrum_scales.h"
 
 #include <QPainter>
@@ -276,13 +277,7 @@ void PhaseView::HS_Change() {
     } catch (const std::exception&) {
         return; // a failed read leaves the picture as it was
     }
-    // The other open views show the same trace; they must not scroll this one in turn.
-    s.Idle = false;
-    const ViewId waterfall = s.BscanShow == 1 ? ViewId::Radargram : ViewId::Waterfall;
-    if (viewFlag(s, waterfall)) wb_.views.traceChanged(wb_, waterfall);
-    for (ViewId v : {ViewId::Spectrum, ViewId::Oscope})
-        if (viewFlag(s, v)) wb_.views.traceChanged(wb_, v);
-    s.Idle = true;
+    showTraceInOtherViews(wb_, ViewId::Phase);
     Draw_s();
 }
 
