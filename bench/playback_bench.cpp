@@ -28,36 +28,10 @@ using namespace kv;
 namespace {
 
 constexpr int kTraces = 2048;
-constexpr int kSamples = 1024;
 
 /// One workbench with the recording imported and the Spectrum view laid out at 800x600.
-struct Playback {
-    std::string home;
-    ProgramState st;
-    CommandState cmd;
-    ScriptedHost host;
-    RecordingViewHost views;
-    Workbench wb{st, cmd, host, views};
-    spectrum::SpectrumForm form{wb};
-
-    Playback() {
-        home = (fs::temp_directory_path() / ("kv-play-" + std::to_string(::getpid()))).string();
-        fs::create_directories(home);
-        std::ofstream(home + "/SP.ini") << factorySettingsText();
-        bench::writeWanderingTone(home + "/play.wav", kTraces, kSamples);
-        st.AppPath = home;
-        MDIForm_Load(wb);
-        host.queueFile(home + "/play.wav", 1);
-        mnuOpen_Click(wb);
-        const QSize plot = spectrum::plotSizeFor({800, 600});
-        form.view().setPlotSize(plot.width(), plot.height());
-        form.firstDraw();
-    }
-    ~Playback() { fs::remove_all(home); }
-    int next() {
-        const int v = form.HS().Value + 1;
-        return v > form.HS().Max ? 0 : v;
-    }
+struct Playback : bench::PlaybackBench<RecordingViewHost> {
+    Playback() : PlaybackBench("kv-play-", kTraces) {}
 };
 
 Playback& playback() {

@@ -2,35 +2,17 @@
 // 800x600 window: traces per second when the Spectrum view's scroll bar moves one step at a time
 // and the other two follow, beside the Spectrum view alone and the engine alone, all in one run
 // so that their ratios compare like with like. bench/three_views_ratio.py prints the ratios.
-#include "core/lifecycle.h"
-#include "core/settings.h"
-#include "core/workbench.h"
-#include "engine/engine.h"
-#include "import/open.h"
-#include "platform/scripted_host.h"
+#include "bench_common.h"
 #include "views/oscilloscope/oscope_view.h"
 #include "views/phase/phase_view.h"
-#include "views/spectrum/spectrum_form.h"
 
-#include "bench_common.h"
-#include "bench_wav.h"
-#include <QGuiApplication>
-
-#include <benchmark/benchmark.h>
-
-#include <cmath>
-#include <filesystem>
-#include <fstream>
 #include <memory>
-#include <unistd.h>
 
-namespace fs = std::filesystem;
 using namespace kv;
 
 namespace {
 
 constexpr int kTraces = 2048;
-constexpr int kSamples = 1024;
 
 /// Passes the trace changes on to the O-scope and Phase models, as the workbench's windows do.
 class FollowingViews : public ViewHost {
@@ -49,30 +31,13 @@ class FollowingViews : public ViewHost {
     }
 };
 
-struct Fixture {
-    std::string home;
-    ProgramState st;
-    CommandState cmd;
-    ScriptedHost host;
-    FollowingViews views;
-    Workbench wb{st, cmd, host, views};
-    spectrum::SpectrumForm form{wb};
+/// The Spectrum-only playback benchmark's workbench and recording, so that the rates compare,
+/// with the O-scope and the Phase view at 800x600 beside it.
+struct Fixture : bench::PlaybackBench<FollowingViews> {
     std::unique_ptr<oscope::OscopeView> oscope;
     std::unique_ptr<phase::PhaseView> phase;
 
-    Fixture() {
-        home = (fs::temp_directory_path() / ("kv-three-" + std::to_string(::getpid()))).string();
-        fs::create_directories(home);
-        std::ofstream(home + "/SP.ini") << factorySettingsText();
-        // The Spectrum-only playback benchmark's recording, so that the rates compare.
-        bench::writeWanderingTone(home + "/play.wav", kTraces, kSamples);
-        st.AppPath = home;
-        MDIForm_Load(wb);
-        host.queueFile(home + "/play.wav", 1);
-        mnuOpen_Click(wb);
-        const QSize plot = spectrum::plotSizeFor({800, 600});
-        form.view().setPlotSize(plot.width(), plot.height());
-        form.firstDraw();
+    Fixture() : PlaybackBench("kv-three-", kTraces) {
         oscope = std::make_unique<oscope::OscopeView>(wb);
         oscope->Form_Load(800, 600);
         oscope->Form_Resize(800, 600);
@@ -82,15 +47,10 @@ struct Fixture {
         views.oscope = oscope.get();
         views.phase = phase.get();
     }
-    ~Fixture() { fs::remove_all(home); }
     void showOthers(bool oscopeOpen, bool phaseOpen) {
         st.OscOpen = oscopeOpen;
         st.PhaseOpen = phaseOpen;
         st.ActiveView = 2;
-    }
-    int next() {
-        const int v = form.HS().Value + 1;
-        return v > form.HS().Max ? 0 : v;
     }
 };
 
