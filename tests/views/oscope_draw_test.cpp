@@ -169,6 +169,13 @@ TEST_F(Scope, ZoomStackGoesInTwiceAndBackOutToTheWholeTrace) {
     EXPECT_EQ(v->ZoomFirst, 200);
     EXPECT_EQ(v->ZoomLast, 400);
 
+    // A resize keeps the zoom: the same 200 samples across the new width.
+    v->Form_Resize(400 + kWidthMargin, 300 + kHeightMargin);
+    EXPECT_EQ(v->ViewSamples, 200);
+    EXPECT_EQ(v->TracePointCount - 1, 200);
+    EXPECT_EQ(v->TracePoints[199].x(), 398); // round(199 * 400 / 200)
+    v->Form_Resize(512 + kWidthMargin, 400 + kHeightMargin);
+
     v->mnuZoomOut();
     ASSERT_EQ(v->zoomDepth(), 2u);
     EXPECT_EQ(v->ZoomFirst, 200);
