@@ -41,6 +41,7 @@ void PhaseWindow::traceChanged() {
 
 void PhaseWindow::redraw() {
     if (!loaded_) return;
+    view_.Cls(); // the colours may have changed
     view_.UpdateFasa();
     view_.Draw_s();
     refresh();

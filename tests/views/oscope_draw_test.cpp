@@ -120,6 +120,12 @@ TEST_F(Scope, RedrawErasesTheOldTraceButKeepsTheGridAndOtherPaint) {
     EXPECT_EQ(at(v->VerticalLines[0], 90), grid & 0xFFFFFF);
     EXPECT_EQ(at(21, 21), qRgb(1, 2, 3) & 0xFFFFFF);
 
+    // New settings repaint the picture in the new background: the old paint goes.
+    st.Time_BackColor = "8388608"; // navy
+    v->UpdateTime();
+    EXPECT_EQ(at(21, 21), qRgb(0, 0, 128) & 0xFFFFFF);
+    back = colorFromIni(st.Time_BackColor);
+
     // A grid switched off is painted out in the background colour.
     st.ShowGrid = 0;
     v->Draw();

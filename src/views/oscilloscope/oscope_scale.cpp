@@ -375,6 +375,9 @@ void OscopeView::UpdateTime() {
     if (s.TracePos > HS.Max) s.TracePos = int16_t(HS.Max);
     if (s.TracePos < 0) s.TracePos = 0;
     HS.Value = s.TracePos;
+    // A picture takes a new background colour by being painted in it: what was drawn goes.
+    picGraph_.fill(colorFromIni(s.Time_BackColor));
+    TracePointCount = 1;
     setUnitAndAmpFactor();
     CountAmpl();
     NoZoom();
