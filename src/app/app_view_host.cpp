@@ -2,6 +2,8 @@
 // their own yet show a summary of the trace they would draw.
 #include "app/app_view_host.h"
 
+#include "app/oscope_window.h"
+#include "app/phase_window.h"
 #include "app/spectrum_window.h"
 #include "core/commands.h"
 #include "core/lifecycle.h"
@@ -65,6 +67,16 @@ QWidget* AppViewHost::makeViewWidget(Workbench& wb, ViewId v) {
         s->setPopupMenu(spectrumPopup);
         s->resize(640, 420);
         return s;
+    }
+    if (v == ViewId::Oscope) {
+        auto* o = new OscopeWindow(wb);
+        o->resize(640, 420);
+        return o;
+    }
+    if (v == ViewId::Phase) {
+        auto* p = new PhaseWindow(wb);
+        p->resize(640, 420);
+        return p;
     }
     auto* label = new QLabel(summary(wb.st, v));
     label->setAlignment(Qt::AlignCenter);
@@ -143,6 +155,8 @@ void AppViewHost::redrawView(Workbench& wb, ViewId v) {
         if (auto* s = spectrumWindow()) s->form().relayout();
         return;
     }
+    if (auto* o = widgetOf<OscopeWindow>(v)) o->redraw();
+    if (auto* p = widgetOf<PhaseWindow>(v)) p->redraw();
     if (auto* w = window(v))
         if (auto* label = qobject_cast<QLabel*>(w->widget())) label->setText(summary(wb.st, v));
 }
@@ -150,6 +164,10 @@ void AppViewHost::redrawView(Workbench& wb, ViewId v) {
 void AppViewHost::traceChanged(Workbench& wb, ViewId v) {
     if (v == ViewId::Spectrum) {
         if (auto* s = spectrumWindow()) s->form().DrawTimer();
+    } else if (auto* o = widgetOf<OscopeWindow>(v)) {
+        o->traceChanged();
+    } else if (auto* p = widgetOf<PhaseWindow>(v)) {
+        p->traceChanged();
     } else {
         redrawView(wb, v);
     }
@@ -157,6 +175,7 @@ void AppViewHost::traceChanged(Workbench& wb, ViewId v) {
 }
 
 void AppViewHost::clearPicture(Workbench&, ViewId v) {
+    if (auto* p = widgetOf<PhaseWindow>(v)) p->clearPicture();
     if (v != ViewId::Spectrum) return;
     if (auto* s = spectrumWindow()) s->form().clearPicture();
 }
@@ -167,11 +186,23 @@ void AppViewHost::spectrumFinalDraw(Workbench&) {
 }
 
 void AppViewHost::setScrollValue(Workbench&, ViewId v, int value) {
+    if (auto* o = widgetOf<OscopeWindow>(v)) {
+        o->view().HS.Value = value;
+        o->mirrorScrollBar();
+    }
+    if (auto* p = widgetOf<PhaseWindow>(v)) {
+        p->view().HS.Value = value;
+        p->mirrorScrollBar();
+    }
     if (v != ViewId::Spectrum) return;
     if (auto* s = spectrumWindow()) {
         s->form().HS().Value = value;
         s->mirrorScrollBar();
     }
+}
+
+void AppViewHost::viewCommand(Workbench&, ViewId v, const std::string& name) {
+    if (auto* o = widgetOf<OscopeWindow>(v)) o->command(name);
 }
 
 } // namespace kv

@@ -4,6 +4,7 @@
 
 #include "core/view_host.h"
 
+#include <QMdiSubWindow>
 #include <QPointer>
 #include <functional>
 #include <map>
@@ -32,10 +33,16 @@ class AppViewHost : public ViewHost {
     void clearPicture(Workbench& wb, ViewId v) override;
     void spectrumFinalDraw(Workbench& wb) override;
     void setScrollValue(Workbench& wb, ViewId v, int value) override;
+    void viewCommand(Workbench& wb, ViewId v, const std::string& name) override;
 
     QMdiSubWindow* window(ViewId v) const;
     /// The Spectrum view's window while it is open.
     SpectrumWindow* spectrumWindow() const;
+    /// The window of view `v` when it is open and of type W.
+    template <class W> W* widgetOf(ViewId v) const {
+        auto* w = window(v);
+        return w ? qobject_cast<W*>(w->widget()) : nullptr;
+    }
     /// The pop-up the Spectrum plot's right button brings up.
     QMenu* spectrumPopup = nullptr;
     /// The view a sub-window shows, if it is one of ours.

@@ -42,7 +42,7 @@ int main(int argc, char** argv) {
     kv::cli::RenderOptions render;
     auto* renderCmd = app.add_subcommand("render", "Draw a view as the workbench shows it, to PNG");
     addCommon(renderCmd, render.common);
-    renderCmd->add_option("--view", render.view, "spectrum")->required();
+    renderCmd->add_option("--view", render.view, "spectrum, oscope or phase")->required();
     renderCmd->add_option("--size", render.size, "Picture size WxH (default 800x600)");
     renderCmd->add_option("--trace", render.trace, "Scroll position TracePos (default 0)");
     renderCmd->add_option("-o,--output", render.output, "Output picture (.png)")->required();

@@ -1,5 +1,7 @@
 // kelvorandine-cli render: a view as the workbench window shows it, drawn offscreen into a PNG.
 #include "cli/commands.h"
+#include "views/oscilloscope/oscope_view.h"
+#include "views/phase/phase_view.h"
 #include "views/spectrum/spectrum_form.h"
 
 #include <QGuiApplication>
@@ -37,8 +39,8 @@ std::unique_ptr<QGuiApplication> offscreenApp() {
 } // namespace
 
 int runRender(const RenderOptions& r, const std::string& exeDir) {
-    if (r.view != "spectrum")
-        throw UsageError("render draws --view spectrum; other views are not built yet: " + r.view);
+    if (r.view != "spectrum" && r.view != "oscope" && r.view != "phase")
+        throw UsageError("render draws --view spectrum, oscope or phase; not: " + r.view);
     const QSize size = parseSize(r.size);
     if (r.trace < 0) throw UsageError("--trace wants a position of 0 or more");
     auto app = offscreenApp();
@@ -46,18 +48,31 @@ int runRender(const RenderOptions& r, const std::string& exeDir) {
     Session s;
     nlohmann::json j;
     if (!openForWork(s, r.common, exeDir, j)) return kExitNoData;
-    if (!s.st.SpectrumOpen) {
+    if (r.view == "spectrum" && !s.st.SpectrumOpen) {
         printJson(j);
         return kExitNoData;
     }
-    spectrum::SpectrumForm form(s.wb);
-    const QSize plot = spectrum::plotSizeFor(size);
-    form.view().setPlotSize(plot.width(), plot.height());
-    form.firstDraw();
-    if (r.trace > 0) form.HS_Change(r.trace);
-
-    QImage img(size, QImage::Format_RGB32);
-    {
+    QImage img;
+    if (r.view == "oscope") {
+        // The window as it comes up, then the scroll bar moved to the trace asked for.
+        oscope::OscopeView view(s.wb);
+        view.Form_Load(size.width(), size.height());
+        view.Form_Resize(size.width(), size.height());
+        view.UpdateTime();
+        if (r.trace > 0) view.setScrollValue(r.trace);
+        img = view.renderWindow().copy(0, 0, size.width(), size.height());
+    } else if (r.view == "phase") {
+        phase::PhaseView view(s.wb);
+        view.Form_Load(size.width(), size.height());
+        if (r.trace > 0) view.setScrollValue(r.trace);
+        img = view.renderWindow().copy(0, 0, size.width(), size.height());
+    } else {
+        spectrum::SpectrumForm form(s.wb);
+        const QSize plot = spectrum::plotSizeFor(size);
+        form.view().setPlotSize(plot.width(), plot.height());
+        form.firstDraw();
+        if (r.trace > 0) form.HS_Change(r.trace);
+        img = QImage(size, QImage::Format_RGB32);
         QPainter p(&img);
         spectrum::paintSpectrumView(p, form.view(), s.st);
     }

@@ -193,20 +193,19 @@ const char* const kNotYetBuiltMenus[] = {
     "mnuOp", "mnuFInf", "mnuPalettet",                                      // options
     "mnuGPR", "mnuBCF", "mnuWhite",                                         // filters
     "mnuThd", "mnuThdN", "mnuSdr", "mnuSnd", "mnuSnr", "mnuEnob",           // metrics
-    "mnuTime", "mnuCur", "mnuFlip", "mnuMxA", "mnuMa", "mnuPP",             // O-scope
-    "mnuZoomIn", "mnuZoomOut", "mnuNoZoom", "mnuVertZoom", "mnuEYS",        // O-scope
-    "mnuPhase", "mnuBscan", "mnuOlOp",                                      // other views
+    "mnuVertZoom", "mnuEYS",                                                // O-scope scale
+    "mnuBscan",                                                             // other views
     "mnuGSH",                                                               // help file
 };
 const int kNotYetBuiltButtons[] = {
     3, 4, 5, 7,                             // pictures, options, information
-    16, 17, 18, 19,                         // other views
+    18,                                     // other views
     31, 32, 33, 39, 47, 48, 54, 73,         // conditioning and filters
     41, 42, 43, 44, 45, 46,                 // metrics
     53, 84, 97,                             // references
     55,                                     // markers
     56, 85, 98, 105,                        // text annotations
-    65, 66, 67, 68, 72, 74, 75, 76, 83,     // O-scope
+    68,                                     // O-scope scale
     104,                                    // palettes
 };
 // clang-format on

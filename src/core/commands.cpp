@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <initializer_list>
 #include <string_view>
+#include <utility>
 
 namespace kv {
 
@@ -268,6 +269,13 @@ void TB_event9(Workbench& wb, const std::string& key) {
     if (key == "BC_O") chooseColor(wb, "Background Color", st.Time_BackColor, ViewId::Oscope);
     if (key == "GC_O") chooseColor(wb, "Grid Color", st.Time_GridColor, ViewId::Oscope);
     if (key == "SG_O") setGrid(wb, 64, st.ShowGrid, ViewId::Oscope);
+    // The O-scope's own commands go to the view, by the name of their menu entry.
+    static const std::pair<std::string_view, const char*> kOscopeKeys[] = {
+        {"ZoomIn", "mnuZoomIn"}, {"ZoomOut", "mnuZoomOut"}, {"NoZoom", "mnuNoZoom"},
+        {"Flip", "mnuFlip"},     {"MaxA", "mnuMxA"},        {"MinA", "mnuMa"},
+        {"PtP", "mnuPP"},        {"Cursor", "mnuCur"}};
+    for (const auto& [k, menu] : kOscopeKeys)
+        if (key == k && st.OscOpen) wb.views.viewCommand(wb, ViewId::Oscope, menu);
     if (key == "LC_P") chooseColor(wb, "Line Color", st.F_LineColor, ViewId::Phase);
     if (key == "BC_P") chooseColor(wb, "Background Color", st.F_BackColor, ViewId::Phase);
     if (key == "GC_P") chooseColor(wb, "Grid Color", st.F_GridColor, ViewId::Phase);
@@ -304,6 +312,16 @@ bool menuCommand(Workbench& wb, const std::string& name) {
         {"mnuCurvBar", "FFT_AsBar"}, {"mnuxl", "FFT_x_lin"},   {"mnuxlog", "FFT_x_log"},
         {"mnuylin", "FFT_y_lin"},    {"mnuYlog", "FFT_y_log"},
     };
+    static const Alias kOscopeAliases[] = {
+        {"mnuZoomIn", "ZoomIn"}, {"mnuZoomOut", "ZoomOut"}, {"mnuNoZoom", "NoZoom"},
+        {"mnuFlip", "Flip"},     {"mnuMxA", "MaxA"},        {"mnuMa", "MinA"},
+        {"mnuPP", "PtP"},        {"mnuCur", "Cursor"},
+    };
+    for (const auto& a : kOscopeAliases)
+        if (a.menu == name) {
+            TB_event9(wb, a.key);
+            return true;
+        }
     for (const auto& a : kAliases)
         if (a.menu == name) {
             TB_event9(wb, a.key);

@@ -90,4 +90,8 @@ void RecordingViewHost::setScrollValue(Workbench&, ViewId v, int value) {
     log.push_back(std::string("scroll ") + viewName(v) + " " + std::to_string(value));
 }
 
+void RecordingViewHost::viewCommand(Workbench&, ViewId v, const std::string& name) {
+    log.push_back(std::string("command ") + viewName(v) + " " + name);
+}
+
 } // namespace kv

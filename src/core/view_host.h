@@ -44,6 +44,9 @@ class ViewHost {
     virtual void resetWaterfall(Workbench&, ViewId, bool /*atEnd*/) {}
     /// Puts a view's trace scroll bar on `value` without moving through the data again.
     virtual void setScrollValue(Workbench&, ViewId, int /*value*/) {}
+    /// A command that belongs to one view (the O-scope's "mnuZoomIn", "mnuFlip", "mnuCur" ...),
+    /// by its menu name.
+    virtual void viewCommand(Workbench&, ViewId, const std::string& /*name*/) {}
 };
 
 /// Keeps the view flags as real views would and writes down every request, in order
@@ -64,6 +67,7 @@ class RecordingViewHost : public ViewHost {
     void spectrumFinalDraw(Workbench& wb) override;
     void resetWaterfall(Workbench& wb, ViewId v, bool atEnd) override;
     void setScrollValue(Workbench& wb, ViewId v, int value) override;
+    void viewCommand(Workbench& wb, ViewId v, const std::string& name) override;
 };
 
 /// The open flag of a view.

@@ -184,12 +184,15 @@ std::string generalFromScientific(std::string_view sci, int plainLimit = 15) {
 } // namespace
 
 double roundHalfEven(double x) {
-    if (!std::isfinite(x)) return x;
-    const double below = std::floor(x);
-    const double excess = x - below; // exact for doubles
-    if (excess < 0.5) return below;
-    if (excess > 0.5) return below + 1.0;
-    return std::fmod(below, 2.0) == 0.0 ? below : below + 1.0;
+    // From 2^52 on every double is whole; NaN and infinities fail the test and come back too.
+    constexpr double kWhole = 4503599627370496.0; // 2^52
+    if (!(std::fabs(x) < kWhole)) return x;
+    // Adding and taking away 2^52 leaves no bits below the units, and the addition rounds to
+    // nearest with ties to even, as IEEE arithmetic does by default: the rule itself, inline,
+    // with no library call (the views round every point they draw).
+    const double m = std::copysign(kWhole, x);
+    const double r = (x + m) - m;
+    return r == 0.0 ? 0.0 : r;
 }
 
 int32_t toInt32(double x) {

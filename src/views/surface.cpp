@@ -2,9 +2,12 @@
 #include "views/surface.h"
 
 #include <QFont>
+#include <QFontMetrics>
 #include <QPainter>
 #include <QPen>
+#include <algorithm>
 #include <charconv>
+#include <cstdlib>
 #include <cstring>
 
 namespace kv {
@@ -86,6 +89,111 @@ void Surface::scrollDownOneRow() {
     const qsizetype bpl = image_.bytesPerLine();
     for (int yy = h - 1; yy > 0; --yy)
         std::memcpy(image_.scanLine(yy), image_.constScanLine(yy - 1), size_t(bpl));
+}
+
+namespace {
+
+constexpr int64_t kCoordLimit = int64_t(1) << 28;
+
+int64_t clampCoord(int v) {
+    return std::clamp<int64_t>(v, -kCoordLimit, kCoordLimit);
+}
+
+// floor(a / b) for b > 0.
+int64_t floorDiv(int64_t a, int64_t b) {
+    const int64_t q = a / b;
+    return (a % b != 0 && a < 0) ? q - 1 : q;
+}
+
+// One segment from (x1, y1) towards (x2, y2), the end left out. The major axis is walked from
+// t = 0 to n - 1; the minor coordinate at step t is the start plus d * t / n rounded to nearest,
+// halves upward, i.e. floor((2 d t + n) / 2n). It is kept as a quotient and a remainder that
+// move by 2d each step instead of being divided again, and the same points always give the same
+// pixels however the segment is clipped.
+void segment(QRgb* bits, int64_t stride, int64_t w, int64_t h, int x1, int y1, int x2, int y2,
+             QRgb px) {
+    const int64_t ax = clampCoord(x1), ay = clampCoord(y1);
+    const int64_t dx = clampCoord(x2) - ax, dy = clampCoord(y2) - ay;
+    if (dx == 0 && dy == 0) return;
+    const bool xMajor = std::llabs(dx) >= std::llabs(dy);
+    const int64_t n = xMajor ? std::llabs(dx) : std::llabs(dy);
+    const int64_t s = (xMajor ? dx : dy) > 0 ? 1 : -1;
+    const int64_t a0 = xMajor ? ax : ay, extent = xMajor ? w : h;
+    const int64_t b0 = xMajor ? ay : ax, bExtent = xMajor ? h : w;
+    const int64_t d = xMajor ? dy : dx;
+    int64_t t0 = 0, t1 = n - 1;
+    if (s > 0) {
+        t0 = std::max(t0, -a0);
+        t1 = std::min(t1, extent - 1 - a0);
+    } else {
+        t0 = std::max(t0, a0 - (extent - 1));
+        t1 = std::min(t1, a0);
+    }
+    if (t0 > t1) return;
+    if (d == 0) {
+        // Straight along an axis: no rounding to do.
+        if (b0 < 0 || b0 >= bExtent) return;
+        for (int64_t t = t0; t <= t1; ++t) {
+            const int64_t a = a0 + s * t;
+            bits[xMajor ? b0 * stride + a : a * stride + b0] = px;
+        }
+        return;
+    }
+    const int64_t den = 2 * n, step = 2 * d;
+    const int64_t num = step * t0 + n;
+    int64_t q = floorDiv(num, den);
+    int64_t r = num - q * den;
+    // Walk by index: one major step moves `major` elements, one minor step `minor`. The index
+    // may stand outside the picture while the minor coordinate does; nothing is written there.
+    const int64_t major = xMajor ? s : s * stride, minor = xMajor ? stride : 1;
+    int64_t b = b0 + q;
+    int64_t i = xMajor ? b * stride + (a0 + s * t0) : (a0 + s * t0) * stride + b;
+    for (int64_t t = t0; t <= t1; ++t) {
+        if (b >= 0 && b < bExtent) bits[i] = px;
+        i += major;
+        r += step;
+        if (r >= den) {
+            r -= den;
+            ++b;
+            i += minor;
+        } else if (r < 0) {
+            r += den;
+            --b;
+            i -= minor;
+        }
+    }
+}
+
+} // namespace
+
+void Surface::lineHalfOpen(int x1, int y1, int x2, int y2, QRgb c) {
+    const QPoint pts[2] = {QPoint(x1, y1), QPoint(x2, y2)};
+    polylineHalfOpen(pts, 2, c);
+}
+
+void Surface::polylineHalfOpen(const QPoint* points, size_t count, QRgb c) {
+    if (count < 2) return;
+    QRgb* bits = reinterpret_cast<QRgb*>(image_.bits());
+    const int64_t stride = image_.bytesPerLine() / int64_t(sizeof(QRgb));
+    const int64_t w = image_.width(), h = image_.height();
+    const QRgb px = c | 0xFF000000u;
+    for (size_t k = 1; k < count; ++k)
+        segment(bits, stride, w, h, points[k - 1].x(), points[k - 1].y(), points[k].x(),
+                points[k].y(), px);
+}
+
+void Surface::textRotated(int cx, int cy, const QString& s, QRgb c, int pixelSize,
+                          const QString& family) {
+    QPainter p(&image_);
+    QFont f(family);
+    f.setPixelSize(std::max(pixelSize, 1));
+    p.setFont(f);
+    p.setPen(QColor(c));
+    p.translate(cx, cy);
+    p.rotate(-90.0);
+    const QFontMetrics fm(f);
+    const int w = fm.horizontalAdvance(s);
+    p.drawText(-w / 2, (fm.ascent() - fm.descent()) / 2, s);
 }
 
 } // namespace kv

@@ -42,6 +42,22 @@ class Surface {
     /// Moves the picture one row down (waterfalls scroll this way); the top row is left as is.
     void scrollDownOneRow();
 
+    /// A one-pixel polyline whose every segment includes its start and leaves out its end, so
+    /// the last point itself is not painted. Drawn without a painter, pixel by pixel, and
+    /// clipped first: a point far outside the surface costs no more than one on it. Drawing the
+    /// same points again in another colour paints exactly the same pixels (erase by overdraw).
+    /// Coordinates beyond +-2^28 are clamped there.
+    void polylineHalfOpen(const QPoint* points, size_t count, QRgb c);
+    void polylineHalfOpen(const std::vector<QPoint>& points, QRgb c) {
+        polylineHalfOpen(points.data(), points.size(), c);
+    }
+    /// One segment of the same kind: (x2, y2) is not painted.
+    void lineHalfOpen(int x1, int y1, int x2, int y2, QRgb c);
+    /// Text turned a quarter turn counter-clockwise (read from bottom to top), centred on
+    /// (cx, cy), `pixelSize` high, in `family` or the closest font the system has.
+    void textRotated(int cx, int cy, const QString& s, QRgb c, int pixelSize,
+                     const QString& family);
+
   private:
     QImage image_;
 };

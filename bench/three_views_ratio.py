@@ -1,0 +1,21 @@
+#!/usr/bin/python3
+"""Runs bench_three_views once and prints the playback rate with Spectrum, O-scope and Phase
+open beside the Spectrum view alone, and what the two extra views cost per trace against what
+the Spectrum view itself costs (its rate minus the engine's). Usage: three_views_ratio.py
+BUILD/bench"""
+import json, subprocess, sys
+
+exe = sys.argv[1].rstrip("/") + "/bench_three_views"
+out = subprocess.run([exe, "--benchmark_format=json"], capture_output=True, text=True, check=True)
+rate = {b["name"].split("/")[0]: b["items_per_second"] for b in json.loads(out.stdout)["benchmarks"]}
+spec, three, engine = rate["BM_SpectrumOnly"], rate["BM_ThreeViews"], rate["BM_EngineOnly"]
+spectrum_view = 1 / spec - 1 / engine  # seconds a trace the Spectrum view adds to the engine
+extra = 1 / three - 1 / spec  # seconds a trace the O-scope and Phase views add
+print("Spectrum only, 800x600, N=1024:          %8.0f traces/s" % spec)
+print("Spectrum + O-scope + Phase, 800x600 each: %8.0f traces/s" % three)
+print("engine only:                             %8.0f traces/s" % engine)
+print("three views / Spectrum only rate:        %8.2f" % (three / spec))
+print("extra views' cost / Spectrum view's cost: %8.2f (goal < 1)" % (extra / spectrum_view))
+for name, label in (("BM_SpectrumAndOscope", "O-scope"), ("BM_SpectrumAndPhase", "Phase")):
+    own = 1 / rate[name] - 1 / spec
+    print("%-7s alone: its cost / Spectrum view's:   %8.2f" % (label, own / spectrum_view))

@@ -1,0 +1,15 @@
+// A view that moved to a new trace by its own scroll bar has the other open views show it.
+#pragma once
+
+#include "core/view_host.h"
+
+namespace kv {
+
+struct Workbench;
+
+/// With Idle off for the time of it, so that their scroll bars, which follow, don't turn round
+/// and move the data again: the waterfall on show, then those of Spectrum, O-scope and Phase
+/// that are open, other than `self`.
+void showTraceInOtherViews(Workbench& wb, ViewId self);
+
+} // namespace kv

@@ -1,0 +1,40 @@
+// Label text and size for the views' axis and read-out labels.
+#include "views/view_label.h"
+
+#include <QFontMetrics>
+#include <QPainter>
+#include <QString>
+#include <algorithm>
+
+namespace kv {
+
+QFont labelFont() {
+    QFont f(QStringLiteral("DejaVu Sans"));
+    f.setPixelSize(11);
+    return f;
+}
+
+void setLabelText(Label& l, const std::string& text) {
+    const QFontMetrics fm(labelFont());
+    l.text = text;
+    l.width = fm.horizontalAdvance(QString::fromStdString(text)) + 2;
+    l.height = fm.height();
+}
+
+void paintLabel(QPainter& p, const Label& l, const QColor& c) {
+    if (!l.visible || l.text.empty()) return;
+    p.setPen(c);
+    p.drawText(QRect(l.left, l.top, l.width, l.height), Qt::AlignLeft | Qt::AlignVCenter,
+               QString::fromStdString(l.text));
+}
+
+void paintScrollBar(QPainter& p, const ScrollBar& hs) {
+    p.fillRect(hs.rect, QColor(0xD8, 0xD8, 0xD8));
+    const int range = std::max(1, hs.Max - hs.Min);
+    const int thumbW = std::min(hs.rect.width(), 24);
+    const int thumbX = hs.rect.left() + (hs.rect.width() - thumbW) * (hs.Value - hs.Min) / range;
+    p.fillRect(QRect(thumbX, hs.rect.top(), thumbW, hs.rect.height()),
+               hs.Enabled ? QColor(0x90, 0x90, 0x90) : QColor(0xC0, 0xC0, 0xC0));
+}
+
+} // namespace kv

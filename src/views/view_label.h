@@ -1,0 +1,47 @@
+// The furniture the O-scope and Phase views place around their graphs: text labels (what they
+// say, where they stand in the window, whether they show; a label sizes itself to its text) and
+// the trace scroll bar.
+#pragma once
+
+#include <QColor>
+#include <QFont>
+#include <QRect>
+#include <QRgb>
+#include <string>
+
+class QPainter;
+
+namespace kv {
+
+struct Label {
+    std::string text;
+    int left = 0, top = 0, width = 0, height = 0;
+    bool visible = true;
+    int right() const { return left + width; }
+    int bottom() const { return top + height; }
+};
+
+/// The windows' own background, around the graph.
+inline constexpr QRgb kFormBackColor = 0xFFF0F0F0u;
+
+/// Mouse buttons as the views' events take them (a held set is an OR of these).
+enum Button : int { NoButton = 0, LeftButton = 1, RightButton = 2, MiddleButton = 4 };
+
+/// A view's trace scroll bar.
+struct ScrollBar {
+    int Min = 0, Max = 0, Value = 0;
+    bool Enabled = true;
+    QRect rect; // window pixels
+};
+
+/// The labels' font.
+QFont labelFont();
+/// Sets a label's text and sizes the label to it, keeping its left edge.
+void setLabelText(Label& l, const std::string& text);
+
+/// Paints a visible label's text in its box.
+void paintLabel(QPainter& p, const Label& l, const QColor& c);
+/// Paints a scroll bar: a trough and a thumb where the value stands.
+void paintScrollBar(QPainter& p, const ScrollBar& hs);
+
+} // namespace kv

@@ -1,0 +1,127 @@
+// Spectrum, O-scope and Phase side by side in the workbench, offscreen, on the bundled sample:
+// "All open" brings them up, a move of any view's scroll bar brings all three to the same
+// trace, and the O-scope's commands reach it from the menu and the toolbar.
+#include "app/main_window.h"
+#include "app/oscope_window.h"
+#include "app/phase_window.h"
+#include "app/spectrum_window.h"
+#include "import/trace_store.h"
+#include "support/test_home.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QMdiArea>
+#include <QScrollBar>
+#include <gtest/gtest.h>
+
+using namespace kv;
+
+namespace {
+int argc = 1;
+char arg0[] = "three_views_test";
+char* argv[] = {arg0, nullptr};
+
+const char* const kSample = KV_HOME_DIR "/samples/sample_1khz.wav";
+
+class ThreeViews : public ::testing::Test {
+  protected:
+    ThreeViews() {
+        qputenv("XDG_CONFIG_HOME", QByteArray::fromStdString(home.path()));
+        app = std::make_unique<QApplication>(argc, argv);
+        w = std::make_unique<MainWindow>(home.path(), &host);
+        w->resize(1200, 800);
+        w->show();
+        w->importFile(kSample);
+        w->menuAction("mnuOlOp")->trigger();
+        QApplication::processEvents();
+        auto& vh = w->viewHost();
+        sw = vh.spectrumWindow();
+        ow = vh.widgetOf<OscopeWindow>(ViewId::Oscope);
+        pw = vh.widgetOf<PhaseWindow>(ViewId::Phase);
+    }
+    ~ThreeViews() override { w->close(); }
+
+    /// The trace at scroll position `pos` as the engine leaves it for the O-scope: read from the
+    /// working file from its second float on (element 0 of the read is not shown).
+    std::vector<float> traceAt(int pos) const {
+        const ProgramState& st = w->state();
+        std::vector<float> t(size_t(st.Sp_Samples) + 1);
+        readTrace(st.ActiveTracePath, st.FirstTracePos + st.ScrollStride * pos, t.data(), t.size());
+        t.erase(t.begin());
+        return t;
+    }
+
+    /// All three views stand on trace `pos`: their scroll bars, and the O-scope's picture
+    /// drawn from that trace.
+    void expectAllOn(int pos) {
+        const ProgramState& st = w->state();
+        EXPECT_EQ(st.TracePos, pos);
+        EXPECT_EQ(sw->scrollBar()->value(), pos);
+        EXPECT_EQ(ow->scrollBar()->value(), pos);
+        EXPECT_EQ(pw->scrollBar()->value(), pos);
+        const auto want = traceAt(pos);
+        ASSERT_GE(st.TraceBuf.size(), want.size());
+        EXPECT_TRUE(std::equal(want.begin(), want.end(), st.TraceBuf.begin()));
+        // The O-scope's first point is the trace's first sample on its row.
+        const auto& v = ow->view();
+        EXPECT_EQ(v.TracePoints[0].y(), int(std::lrint(v.ZeroLine - want[0] * v.PixelsPerCount)));
+    }
+
+    test::TempHome home;
+    std::unique_ptr<QApplication> app;
+    ScriptedHost host;
+    std::unique_ptr<MainWindow> w;
+    SpectrumWindow* sw = nullptr;
+    OscopeWindow* ow = nullptr;
+    PhaseWindow* pw = nullptr;
+};
+
+} // namespace
+
+TEST_F(ThreeViews, EachViewsScrollBarBringsAllThreeToTheSameTrace) {
+    ASSERT_TRUE(sw && ow && pw);
+    const ProgramState& st = w->state();
+    EXPECT_TRUE(st.SpectrumOpen && st.OscOpen && st.PhaseOpen);
+    EXPECT_TRUE(w->commands().checked("mnuOlOp"));
+
+    ow->scrollBar()->setValue(5);
+    expectAllOn(5);
+    pw->scrollBar()->setValue(11);
+    expectAllOn(11);
+    sw->scrollBar()->setValue(2);
+    expectAllOn(2);
+    EXPECT_TRUE(st.Idle);
+
+    // The transport and playback move all three too.
+    w->toolAction(13)->trigger(); // End
+    expectAllOn(st.LastTrace);
+    w->toolAction(9)->trigger(); // First
+    expectAllOn(0);
+    host.onYield([&] {
+        QApplication::processEvents();
+        if (st.TracePos == 6) w->toolAction(11)->trigger(); // Pause
+    });
+    w->toolAction(12)->trigger(); // Fwd
+    host.onYield(nullptr);
+    EXPECT_EQ(ow->scrollBar()->value(), sw->scrollBar()->value());
+    EXPECT_EQ(pw->scrollBar()->value(), sw->scrollBar()->value());
+    EXPECT_GE(ow->scrollBar()->value(), 5);
+}
+
+TEST_F(ThreeViews, OscopeCommandsComeFromTheMenuAndTheToolbar) {
+    ASSERT_TRUE(ow);
+    // The commands serve the active view: bring the O-scope forward first.
+    w->mdiArea()->setActiveSubWindow(w->viewHost().window(ViewId::Oscope));
+    QApplication::processEvents();
+    EXPECT_EQ(w->state().ActiveView, 1);
+    w->menuAction("mnuZoomIn")->trigger();
+    EXPECT_EQ(ow->view().zoomDepth(), 1u);
+    w->pressToolButton(72); // Flip
+    EXPECT_TRUE(w->state().Flipped);
+    w->menuAction("mnuCur")->trigger();
+    EXPECT_TRUE(w->state().KursorOn);
+    EXPECT_TRUE(ow->view().picKVisible[1]);
+    w->menuAction("mnuNoZoom")->trigger();
+    EXPECT_EQ(ow->view().zoomDepth(), 0u);
+    EXPECT_FALSE(w->state().ZoomOn);
+}
