@@ -82,7 +82,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     st.RefMaxFreq1 = in.f32();
     st.RefBinWidth1 = in.f32();
     st.RefData1.assign(size_t(in.byte()), -20.0f);
-    st.ShowSnr = st.ShowThd = st.ShowSinad = st.ShowSfdr = st.ShowEnob = st.ShowThdN = true;
+    st.ShowSNR = st.ShowTHD = st.ShowSINAD = st.ShowSFDR = st.ShowENOB = st.ShowTHDN = true;
 
     {
         std::ofstream f(workingFile(), std::ios::binary | std::ios::trunc);

@@ -203,6 +203,9 @@ void AppViewHost::setScrollValue(Workbench&, ViewId v, int value) {
 
 void AppViewHost::viewCommand(Workbench&, ViewId v, const std::string& name) {
     if (auto* o = widgetOf<OscopeWindow>(v)) o->command(name);
+    // The read-out labels are painted with the window: showing them anew is a repaint.
+    if (v == ViewId::Spectrum && name == "UpdateAn")
+        if (auto* s = spectrumWindow()) s->update();
 }
 
 } // namespace kv

@@ -76,8 +76,8 @@ template <typename T> nlohmann::json numbers(const std::vector<T>& v, size_t fro
 }
 
 void metricsOn(ProgramState& st) {
-    st.AnalysisOn = true;
-    st.ShowSnr = st.ShowThd = st.ShowSinad = st.ShowSfdr = st.ShowEnob = st.ShowThdN = true;
+    st.AnalysOnFFT = true;
+    st.ShowSNR = st.ShowTHD = st.ShowSINAD = st.ShowSFDR = st.ShowENOB = st.ShowTHDN = true;
 }
 
 /// Text of a number for a CSV cell: the shortest text that reads back as the same value, for an

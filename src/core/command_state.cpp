@@ -192,7 +192,6 @@ const char* const kNotYetBuiltMenus[] = {
     "mnuTT", "mnuTextEdit", "mnuTO", "mnuTP", "mnuTW",                      // text annotations
     "mnuOp", "mnuFInf", "mnuPalettet",                                      // options
     "mnuGPR", "mnuBCF", "mnuWhite",                                         // filters
-    "mnuThd", "mnuThdN", "mnuSdr", "mnuSnd", "mnuSnr", "mnuEnob",           // metrics
     "mnuVertZoom", "mnuEYS",                                                // O-scope scale
     "mnuBscan",                                                             // other views
     "mnuGSH",                                                               // help file
@@ -201,7 +200,6 @@ const int kNotYetBuiltButtons[] = {
     3, 4, 5, 7,                             // pictures, options, information
     18,                                     // other views
     31, 32, 33, 39, 47, 48, 54, 73,         // conditioning and filters
-    41, 42, 43, 44, 45, 46,                 // metrics
     53, 84, 97,                             // references
     55,                                     // markers
     56, 85, 98, 105,                        // text annotations

@@ -4,6 +4,7 @@
 #include "core/lifecycle.h"
 #include "core/transport.h"
 #include "core/workbench.h"
+#include "engine/metrics.h"
 #include "import/export.h"
 #include "import/open.h"
 
@@ -91,7 +92,48 @@ void spectrumSetting(Workbench& wb) {
     if (wb.st.SpectrumOpen) wb.views.redrawView(wb, ViewId::Spectrum);
 }
 
+/// A metric's switch, on its menu entry's tick: on, the read-outs are counted and shown and the
+/// toolbar button goes down; off, only this metric's label goes. AnalysOnFFT stays set once any
+/// metric was switched on: the per-trace counting only stops with NoAnalys.
+void switchMetric(Workbench& wb, const char* menu, int button, bool& flag) {
+    ProgramState& st = wb.st;
+    const bool wasOn = wb.cmd.menu(menu).checked;
+    if (!wasOn) {
+        st.AnalysOnFFT = true;
+        flag = true;
+        NewValue(st, st.An);
+    } else {
+        flag = false;
+    }
+    UpdateAn(wb);
+    wb.cmd.check(menu, !wasOn);
+    wb.cmd.button(button).down = !wasOn;
+}
+
 } // namespace
+
+void UpdateAn(Workbench& wb) {
+    if (wb.st.SpectrumOpen) wb.views.viewCommand(wb, ViewId::Spectrum, "UpdateAn");
+}
+
+void mnuSnr_Click(Workbench& wb) {
+    switchMetric(wb, "mnuSnr", 45, wb.st.ShowSNR);
+}
+void mnuThd_Click(Workbench& wb) {
+    switchMetric(wb, "mnuThd", 41, wb.st.ShowTHD);
+}
+void mnuSnd_Click(Workbench& wb) {
+    switchMetric(wb, "mnuSnd", 44, wb.st.ShowSINAD);
+}
+void mnuSdr_Click(Workbench& wb) {
+    switchMetric(wb, "mnuSdr", 43, wb.st.ShowSFDR);
+}
+void mnuEnob_Click(Workbench& wb) {
+    switchMetric(wb, "mnuEnob", 46, wb.st.ShowENOB);
+}
+void mnuThdN_Click(Workbench& wb) {
+    switchMetric(wb, "mnuThdN", 42, wb.st.ShowTHDN);
+}
 
 void TBButtons_View(Workbench& wb) {
     const ProgramState& st = wb.st;
@@ -280,6 +322,12 @@ void TB_event9(Workbench& wb, const std::string& key) {
     if (key == "BC_P") chooseColor(wb, "Background Color", st.F_BackColor, ViewId::Phase);
     if (key == "GC_P") chooseColor(wb, "Grid Color", st.F_GridColor, ViewId::Phase);
     if (key == "SG_P") setGrid(wb, 95, st.F_ShowGrid, ViewId::Phase);
+    if (key == "THD") mnuThd_Click(wb);
+    if (key == "THD+N") mnuThdN_Click(wb);
+    if (key == "SFDR") mnuSdr_Click(wb);
+    if (key == "SINAD") mnuSnd_Click(wb);
+    if (key == "SNR") mnuSnr_Click(wb);
+    if (key == "ENOB") mnuEnob_Click(wb);
     wb.cmd.touch();
 }
 
@@ -333,6 +381,12 @@ bool menuCommand(Workbench& wb, const std::string& name) {
     if (name == "mnuLC") TB_event9(wb, o ? "LC_O" : s ? "FFT_LineColor" : p ? "LC_P" : "");
     if (name == "mnuBC") TB_event9(wb, o ? "BC_O" : s ? "FFT_BackColor" : p ? "BC_P" : "");
     if (name == "mnuGC") TB_event9(wb, o ? "GC_O" : s ? "FFT_GridColor" : p ? "GC_P" : "");
+    if (name == "mnuThd") mnuThd_Click(wb);
+    if (name == "mnuThdN") mnuThdN_Click(wb);
+    if (name == "mnuSdr") mnuSdr_Click(wb);
+    if (name == "mnuSnd") mnuSnd_Click(wb);
+    if (name == "mnuSnr") mnuSnr_Click(wb);
+    if (name == "mnuEnob") mnuEnob_Click(wb);
     if (name == "mnuCasc") wb.views.arrange(wb, 0);
     if (name == "mnuHor") wb.views.arrange(wb, 1);
     if (name == "mnuVert") wb.views.arrange(wb, 2);

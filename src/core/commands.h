@@ -16,6 +16,16 @@ struct Workbench;
 /// its commands enabled while those of the other views go grey.
 void TBButtons_View(Workbench& wb);
 
+/// The six read-out switches (menu and toolbar): SNR, THD, SINAD, SFDR, ENOB, THD+N.
+void mnuSnr_Click(Workbench& wb);
+void mnuThd_Click(Workbench& wb);
+void mnuSnd_Click(Workbench& wb);
+void mnuSdr_Click(Workbench& wb);
+void mnuEnob_Click(Workbench& wb);
+void mnuThdN_Click(Workbench& wb);
+/// The spectrum view shows the read-out labels of the metrics that are on, laid out anew.
+void UpdateAn(Workbench& wb);
+
 /// The status panels of `ActiveView`. Panels 4 and 5 carry the X and Y scale (the O-scope's Y
 /// scale in 4 and its time range in 5), 3 the bin count, 8 the display mode or the O-scope's
 /// windowing word, 9 the O-scope's flip note. Panel 6 (peak) and 7 (FFT window) belong to the

@@ -39,8 +39,8 @@ void MDIForm_Load(Workbench& wb) {
     st.TempPath.clear();
     touchFile(joinPath(st.AppPath, "temp.sp"));
     st.DrSet = 1;
-    st.AnalysisOn = false;
-    st.ShowThd = st.ShowThdN = st.ShowSfdr = st.ShowSinad = st.ShowSnr = st.ShowEnob = false;
+    st.AnalysOnFFT = false;
+    st.ShowTHD = st.ShowTHDN = st.ShowSFDR = st.ShowSINAD = st.ShowSNR = st.ShowENOB = false;
     ReadINI(wb);
     cmd.panel(7) = SetWindowName(st); // WindowGain scales every spectrum from the first one on
     st.SpectrumOpen = st.OscOpen = st.PhaseOpen = st.WaterfallOpen = st.RadargramOpen = false;
@@ -169,10 +169,10 @@ void NoMarkers(Workbench& wb) {
 void NoAnalys(Workbench& wb) {
     ProgramState& st = wb.st;
     CommandState& cmd = wb.cmd;
-    st.AnalysisOn = false;
+    st.AnalysOnFFT = false;
     for (int b : {41, 42, 43, 44, 45, 46, 47, 48, 33, 32})
         cmd.button(b).down = false;
-    st.ShowThd = st.ShowThdN = st.ShowSfdr = st.ShowSinad = st.ShowSnr = st.ShowEnob = false;
+    st.ShowTHD = st.ShowTHDN = st.ShowSFDR = st.ShowSINAD = st.ShowSNR = st.ShowENOB = false;
     for (const char* m : {"mnuLevel", "mnuThd", "mnuThdN", "mnuSdr", "mnuSnr", "mnuSnd", "mnuEnob",
                           "mnuAutotune", "mnuWhite"}) {
         cmd.enable(m, false);

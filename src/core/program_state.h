@@ -142,9 +142,9 @@ struct ProgramState {
     float LogShift = 0.0f;
 
     // ---- Analysis, filters and conditioning flags (cleared at start and by CloseDataSet) -----
-    bool AnalysisOn = false;
-    bool ShowThd = false, ShowThdN = false, ShowSfdr = false, ShowSinad = false, ShowSnr = false,
-         ShowEnob = false;
+    bool AnalysOnFFT = false;
+    bool ShowTHD = false, ShowTHDN = false, ShowSFDR = false, ShowSINAD = false, ShowSNR = false,
+         ShowENOB = false;
     bool GprFilterOn = false;
     bool FftFilterOn = false;
     bool WhiteningOn = false;
@@ -194,7 +194,8 @@ struct ProgramState {
     /// plugged in (the command-line tool, most tests).
     SpectrumHooks* spectrumHooks = nullptr;
 
-    // ---- Display mapping: bins folded into plot columns -------------------------------------------
+    // ---- Display mapping: bins folded into plot columns
+    // -------------------------------------------
     int32_t PlotColumns = 0;
     int32_t BinsPerColumn = 0;
     int32_t ColumnCount = 0;
@@ -228,6 +229,9 @@ struct ProgramState {
     double SpurRatio = 0.0;
     double SNR_dB = 0.0, THD_val = 0.0, SFDR_dB = 0.0, SINAD_dB = 0.0, ENOB_bits = 0.0,
            THDN_val = 0.0;
+    // Captions of the read-out labels An(0) to An(5) above the spectrum: SNR, THD, SINAD, SFDR,
+    // ENOB, THD+N. A caption keeps its text while its metric is off.
+    std::array<std::string, 6> An;
 
     // ---- Readers: format-specific items
     // ---------------------------------------------------------- WAV: bytes per sample of the last
@@ -252,8 +256,8 @@ struct ProgramState {
     // ScaleBits (above) is the count from the centre line to the top edge; ScaleVolt the volts
     // over the whole graph height; a volt per count is Reference / 2 / FullScalePos.
     float ScaleVolt = 0.0f;
-    int32_t ScaleBitsInt = 0;  // Bits mode: counts per division * 4 as the user entered it
-    float ShtVoltDiv = 0.0f;   // volts per division found in a Wavestar file
+    int32_t ScaleBitsInt = 0;   // Bits mode: counts per division * 4 as the user entered it
+    float ShtVoltDiv = 0.0f;    // volts per division found in a Wavestar file
     float ViewStartTime = 0.0f; // time at the graph's left edge, in the time unit on show
     double ViewTimeSpan = 0.0;  // seconds across the whole view
     std::string TimeRangeText;

@@ -125,12 +125,12 @@ void CountAnalys(ProgramState& st) {
     st.HarmPower = sumOfSquares(st, st.HarmList);
     st.NoisePower = sumOfSquares(st, st.NoiseList);
 
-    if (st.ShowSnr) CountSNR(st);
-    if (st.ShowThd) CountTHD(st);
-    if (st.ShowSfdr) CountSFDR(st);
+    if (st.ShowSNR) CountSNR(st);
+    if (st.ShowTHD) CountTHD(st);
+    if (st.ShowSFDR) CountSFDR(st);
     CountSINAD(st);
-    if (st.ShowEnob) CountENOB(st);
-    if (st.ShowThdN) CountTHDN(st);
+    if (st.ShowENOB) CountENOB(st);
+    if (st.ShowTHDN) CountTHDN(st);
 }
 
 void CountSNR(ProgramState& st) {
@@ -193,7 +193,7 @@ std::string analysisCaption(const ProgramState& st, int index) {
 }
 
 std::array<bool, 6> analysisLabelsShown(const ProgramState& st) {
-    return {st.ShowSnr, st.ShowThd, st.ShowSinad, st.ShowSfdr, st.ShowEnob, st.ShowThdN};
+    return {st.ShowSNR, st.ShowTHD, st.ShowSINAD, st.ShowSFDR, st.ShowENOB, st.ShowTHDN};
 }
 
 std::array<int, 7> analysisLabelLefts(int left, const std::array<bool, 7>& visible,

@@ -35,8 +35,8 @@ void NewValue(ProgramState& st, AnalysisCaptions& An);
 /// The caption of label `index` (0..5) for the present results.
 std::string analysisCaption(const ProgramState& st, int index);
 
-/// UpdateAn's order: which of An(0) to An(5) show, by ShowSnr, ShowThd, ShowSinad, ShowSfdr,
-/// ShowEnob, ShowThdN.
+/// UpdateAn's order: which of An(0) to An(5) show, by ShowSNR, ShowTHD, ShowSINAD, ShowSFDR,
+/// ShowENOB, ShowTHDN.
 std::array<bool, 6> analysisLabelsShown(const ProgramState& st);
 
 /// UpdateAn's layout of the labels An(0) to An(6) along the top of the plot: from `left` (the

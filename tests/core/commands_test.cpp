@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 using namespace kv;
 
 namespace {
@@ -198,9 +200,9 @@ TEST(ToolbarKeys, HiddenOrNotYetBuiltCommandsDoNothing) {
     EXPECT_EQ(b.st.ShowGrid, grid);
     EXPECT_FALSE(b.cmd.button(64).down);
 
-    EXPECT_FALSE(b.cmd.button(41).available) << "metrics are not part of this build";
-    pressButton(b.wb, 41);
-    EXPECT_FALSE(b.cmd.button(41).down);
+    EXPECT_FALSE(b.cmd.button(104).available) << "palettes are not part of this build";
+    pressButton(b.wb, 104);
+    EXPECT_FALSE(b.cmd.button(104).down);
 
     b.cmd.enable("mnuxlog", false);
     menuCommand(b.wb, "mnuxlog");
@@ -228,4 +230,43 @@ TEST(ViewWindows, AViewButtonLoadsAndArrangesOrBringsForward) {
     for (const char* m : {"mnuCasc", "mnuHor", "mnuVert"})
         menuCommand(b.wb, m);
     EXPECT_EQ(b.views.log, (std::vector<std::string>{"arrange 0", "arrange 1", "arrange 2"}));
+}
+
+TEST(MetricSwitches, MenuAndButtonToggleTogetherAndOnlyTheSwitchedLabelGoes) {
+    test::Bench b;
+    b.start();
+    // 1 kHz at 8 kHz with a 2nd harmonic 40 dB down: bin 128 of 1024, harmonic at 256.
+    std::vector<int> s;
+    for (int i = 0; i < 4 * 1024; ++i)
+        s.push_back(int(std::lround(10000 * std::sin(2 * M_PI * 128 * i / 1024.0) +
+                                    100 * std::sin(2 * M_PI * 256 * i / 1024.0))));
+    const std::string wav = b.home.file("h2.wav");
+    test::writeFile(wav, test::wavBytes(1, 8000, 16, s));
+    b.import(wav);
+    ASSERT_TRUE(b.st.SpectrumOpen);
+    viewActivated(b.wb, ViewId::Spectrum);
+    b.st.THDdB = 1;
+
+    ASSERT_TRUE(menuCommand(b.wb, "mnuThd"));
+    EXPECT_TRUE(b.st.ShowTHD && b.st.AnalysOnFFT);
+    EXPECT_TRUE(b.cmd.menu("mnuThd").checked);
+    EXPECT_TRUE(b.cmd.button(41).down);
+    EXPECT_EQ(b.st.An[1].rfind("THD: -40", 0), 0u) << b.st.An[1];
+    EXPECT_EQ(b.views.log.back(), "command Spectrum UpdateAn");
+
+    pressButton(b.wb, 45); // SNR from the toolbar: the button went down with the press
+    EXPECT_TRUE(b.st.ShowSNR);
+    EXPECT_TRUE(b.cmd.menu("mnuSnr").checked);
+    EXPECT_TRUE(b.cmd.button(45).down);
+    EXPECT_EQ(b.st.An[0].rfind("SNR: ", 0), 0u);
+
+    pressButton(b.wb, 41); // THD off again from the toolbar
+    EXPECT_FALSE(b.st.ShowTHD);
+    EXPECT_FALSE(b.cmd.menu("mnuThd").checked);
+    EXPECT_FALSE(b.cmd.button(41).down);
+    EXPECT_TRUE(b.st.ShowSNR);
+    EXPECT_TRUE(b.st.AnalysOnFFT) << "counting goes on while any switch was used";
+
+    NoAnalys(b.wb);
+    EXPECT_FALSE(b.st.ShowSNR || b.st.AnalysOnFFT || b.cmd.button(45).down);
 }

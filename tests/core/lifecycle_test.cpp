@@ -119,11 +119,11 @@ TEST(DataSetLife, CloseDataSetUnloadsTheWaterfallTheSettingPointsTo) {
 TEST(DataSetLife, AnalysisAndMarkersClearTheirCommands) {
     test::Bench b;
     b.start();
-    b.st.AnalysisOn = b.st.ShowThd = true;
+    b.st.AnalysOnFFT = b.st.ShowTHD = true;
     b.cmd.button(41).down = true;
     b.cmd.check("mnuThd");
     NoAnalys(b.wb);
-    EXPECT_FALSE(b.st.ShowThd);
+    EXPECT_FALSE(b.st.ShowTHD);
     EXPECT_FALSE(b.cmd.button(41).down);
     EXPECT_FALSE(b.cmd.checked("mnuThd"));
     EXPECT_FALSE(b.cmd.enabled("mnuThd"));

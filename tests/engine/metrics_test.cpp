@@ -39,7 +39,7 @@ ProgramState spectrumWithPeak(int32_t peak, float amp = 1.0f) {
 }
 
 void allOn(ProgramState& st) {
-    st.ShowSnr = st.ShowThd = st.ShowSinad = st.ShowSfdr = st.ShowEnob = st.ShowThdN = true;
+    st.ShowSNR = st.ShowTHD = st.ShowSINAD = st.ShowSFDR = st.ShowENOB = st.ShowTHDN = true;
 }
 
 } // namespace
@@ -177,7 +177,7 @@ TEST(MetricCaptions, ShowTwoDecimalsAtMostAndOnlyForMetricsThatAreOn) {
     EXPECT_EQ(analysisCaption(st, 4), "ENOB: 9.67Bits  ");
     AnalysisCaptions an;
     an.fill("old");
-    st.ShowSnr = true;
+    st.ShowSNR = true;
     st.SpAmp[150] = 0.001f;
     NewValue(st, an);
     EXPECT_EQ(an[0], "SNR: 60dB  ");

@@ -21,7 +21,7 @@ TEST(RealRecording, EveryTraceKeepsItsEnergyAndReadsOutFiniteValues) {
     st.FFT_Window = 10;
     SetWindowName(st);
     st.PlotColumns = 300;
-    st.ShowSnr = st.ShowThd = st.ShowSinad = st.ShowSfdr = st.ShowEnob = st.ShowThdN = true;
+    st.ShowSNR = st.ShowTHD = st.ShowSINAD = st.ShowSFDR = st.ShowENOB = st.ShowTHDN = true;
     const int32_t n = st.Fft_Samples;
     AnalysisCaptions an;
     for (int k = 0; k <= st.LastTrace; ++k) {

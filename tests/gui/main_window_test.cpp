@@ -78,10 +78,16 @@ TEST_F(Shell, MirrorsTheCommandModelWithCommandsToComeGreyed) {
     EXPECT_EQ(shownButtons(w), model);
     EXPECT_EQ(w.toolAction(24)->toolTip(), "Show Grid");
     EXPECT_TRUE(w.toolAction(24)->isChecked()) << "grid on in the factory settings";
-    EXPECT_TRUE(w.toolAction(41)->isVisible());
-    EXPECT_FALSE(w.toolAction(41)->isEnabled()) << "metrics come with a later subsystem";
-    EXPECT_TRUE(w.commands().enabled("mnuThd"));
-    EXPECT_FALSE(w.menuAction("mnuThd")->isEnabled());
+    EXPECT_TRUE(w.toolAction(47)->isVisible());
+    EXPECT_FALSE(w.toolAction(47)->isEnabled()) << "whitening comes with a later subsystem";
+    EXPECT_TRUE(w.commands().enabled("mnuWhite"));
+    EXPECT_FALSE(w.menuAction("mnuWhite")->isEnabled());
+    // A metric from the toolbar: the menu entry's tick follows the button.
+    ASSERT_TRUE(w.toolAction(41)->isEnabled());
+    w.toolAction(41)->trigger();
+    EXPECT_TRUE(w.state().ShowTHD);
+    EXPECT_TRUE(w.menuAction("mnuThd")->isChecked());
+    EXPECT_TRUE(w.toolAction(41)->isChecked());
     EXPECT_TRUE(w.menuAction("mnuxl")->isChecked());
 
     // A scale button goes through the core; ticks and panels follow.

@@ -120,3 +120,15 @@ TEST_F(Played, ARelayoutFollowsANewTraceCount) {
     EXPECT_EQ(b.st.TracePos, 15) << "not pulled back into the old range";
     EXPECT_EQ(form.HS().Value, 15);
 }
+
+TEST_F(Played, SwitchedOnReadOutsAreCountedAgainForEveryTraceTheScrollBarShows) {
+    b.st.AnalysOnFFT = true;
+    b.st.ShowSINAD = true;
+    form.HS_Change(1);
+    const std::string first = b.st.An[2];
+    ASSERT_EQ(first.rfind("SINAD: ", 0), 0u) << first;
+    b.st.An[2].clear();
+    form.HS_Change(5);
+    EXPECT_EQ(b.st.An[2].rfind("SINAD: ", 0), 0u);
+    EXPECT_TRUE(b.st.An[0].empty()) << "a metric that is off keeps its caption";
+}

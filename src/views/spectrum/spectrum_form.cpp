@@ -4,6 +4,7 @@
 #include "core/lifecycle.h"
 #include "core/workbench.h"
 #include "engine/engine.h"
+#include "engine/metrics.h"
 
 #include <algorithm>
 
@@ -111,6 +112,7 @@ void SpectrumForm::ScrollNu() {
     st.TracePos = static_cast<int16_t>(hs_.Value);
     setCurrentTracePos(st);
     FyllSpData(st);
+    if (st.AnalysOnFFT) NewValue(st, st.An);
     // The other views follow without turning round to scroll this one.
     st.Idle = false;
     if (st.PhaseOpen) wb_.views.traceChanged(wb_, ViewId::Phase);

@@ -3,6 +3,7 @@
 
 #include "core/program_state.h"
 #include "engine/display_map.h"
+#include "engine/metrics.h"
 #include "platform/numeric.h"
 #include "views/raster_lines.h"
 
@@ -451,8 +452,22 @@ void paintSpectrumView(QPainter& p, const SpectrumView& v, const ProgramState& s
     p.drawText(all.width() - m.right - fm.horizontalAdvance(unit), xRow + fm.height() + asc, unit);
     const QString cap = QString::fromStdString(v.txtText());
     p.drawText(all.width() - m.right - fm.horizontalAdvance(cap), 4 + asc, cap);
-    if (v.peakLabel().visible)
-        p.drawText(m.left + v.peakLabel().x, 4 + asc, QString::fromStdString(v.peakLabel().text));
+    // The read-out labels along the top, left to right: the metrics that are on, then the peak.
+    const auto metricsShown = analysisLabelsShown(st);
+    std::array<bool, 7> shown{};
+    std::array<int, 7> widths{};
+    std::array<QString, 7> texts;
+    for (size_t i = 0; i < 6; ++i) {
+        shown[i] = metricsShown[i];
+        texts[i] = QString::fromStdString(st.An[i]);
+    }
+    shown[6] = v.peakLabel().visible;
+    texts[6] = QString::fromStdString(v.peakLabel().text);
+    for (size_t i = 0; i < 7; ++i)
+        widths[i] = fm.horizontalAdvance(texts[i]);
+    const auto lefts = analysisLabelLefts(m.left + v.peakLabel().x, shown, widths);
+    for (size_t i = 0; i < 7; ++i)
+        if (shown[i]) p.drawText(lefts[i], 4 + asc, texts[i]);
 
     if (v.levelLineShown()) {
         const int y = m.top + int(std::lround(v.LevelY()));
