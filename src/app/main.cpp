@@ -24,12 +24,15 @@ int main(int argc, char** argv) {
     // file through, save a picture of the window, and quit.
     QCommandLineOption playOpt("play", "Play the imported file through once");
     QCommandLineOption grabOpt("grab", "Save a picture of the window to PNG, then quit", "PNG");
+    QCommandLineOption pressOpt("press", "Press these toolbar buttons first", "N,N,...");
+    pressOpt.setFlags(QCommandLineOption::HiddenFromHelp);
     playOpt.setFlags(QCommandLineOption::HiddenFromHelp);
     grabOpt.setFlags(QCommandLineOption::HiddenFromHelp);
     parser.addOption(filterOpt);
     parser.addOption(homeOpt);
     parser.addOption(playOpt);
     parser.addOption(grabOpt);
+    parser.addOption(pressOpt);
     parser.process(app);
 
     QString home = QCoreApplication::applicationDirPath();
@@ -63,10 +66,13 @@ int main(int argc, char** argv) {
         const int index = filter ? kv::filterIndexOf(w.state().Fil, *filter) : 0;
         w.importFile(files.first().toStdString(), index);
     }
-    if (parser.isSet(playOpt) || parser.isSet(grabOpt)) {
+    if (parser.isSet(playOpt) || parser.isSet(grabOpt) || parser.isSet(pressOpt)) {
         const bool play = parser.isSet(playOpt);
         const QString grab = parser.value(grabOpt);
-        QTimer::singleShot(300, &w, [&w, play, grab] {
+        const QStringList presses = parser.value(pressOpt).split(',', Qt::SkipEmptyParts);
+        QTimer::singleShot(300, &w, [&w, play, grab, presses] {
+            for (const QString& n : presses)
+                w.pressToolButton(n.toInt());
             if (play) w.pressToolButton(12);
             if (!grab.isEmpty()) {
                 QApplication::processEvents();
