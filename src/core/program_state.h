@@ -167,6 +167,14 @@ struct ProgramState {
     // header read (1 or 2). Other depths leave it as it was.
     int32_t BytesPerSample = 0;
 
+    // ---- Readers: seismic, scope and table files ----------------------------------------------
+    int16_t SampleBits = 16; // sample width of the source; readers without another value set 16
+    /// Smallest SEG-Y sample seen. The Seismic entry resets it, the Radsys entry does not, so a
+    /// second Radsys import starts from the previous minimum.
+    float SgyMin = 0.0f;
+    float TekVoltDiv = 0.0f; // volts per division of a Wavestar file
+    int16_t TekChannels = 0; // channel count found in a Wavestar file
+
     // ---- Views ----------------------------------------------------------------------------------
 };
 

@@ -9,6 +9,13 @@ namespace kv {
 bool WavCheck(ImportContext& ctx);
 void ReadWav(ImportContext& ctx); // WavHeader + WavSamples
 
+// SEG-Y: the import dialog's entry (IsRadsys) picks Seismic or Radsys.
+void ReadSeismic(ImportContext& ctx);
+void ReadRadsys(ImportContext& ctx);
+void ReadSgy(ImportContext& ctx);
+// SEG-2: IsSprScan picks picoseconds (SPRScan ERA) or seconds (SEG-2) for the interval.
+void ReadSg2(ImportContext& ctx);
+
 /// One row per format flag: how the flag is recognised, what the open command sets around the
 /// reader, and the reader itself. Adding a format means adding its reader file and one row.
 struct FormatRow {
