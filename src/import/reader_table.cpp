@@ -15,8 +15,8 @@ const std::vector<FormatRow>& formatTable() {
         {&ProgramState::IsSg2, "SG2", 2, false, nullptr, ReadSg2, false},
         {&ProgramState::IsDt1, "DT1", 2, false, nullptr, nullptr, false},
         {&ProgramState::IsDt, "DT", 2, false, nullptr, nullptr, false},
-        {&ProgramState::IsCsv, "CSV", 1, false, nullptr, nullptr, true},
-        {&ProgramState::IsDat, "DAT", 1, false, nullptr, nullptr, true},
+        {&ProgramState::IsCsv, "CSV", 1, false, nullptr, ReadCsv, true},
+        {&ProgramState::IsDat, "DAT", 1, false, nullptr, ReadDat, true},
     };
     return rows;
 }
