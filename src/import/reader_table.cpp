@@ -8,7 +8,7 @@ namespace kv {
 const std::vector<FormatRow>& formatTable() {
     static const std::vector<FormatRow> rows = {
         {&ProgramState::IsWav, "WAV", 0, false, "Percent Full Scale", ReadWav, true},
-        {&ProgramState::IsSht, "SHT", 1, true, "Volt", nullptr, true},
+        {&ProgramState::IsSht, "SHT", 1, true, "Volt", ReadSht, true},
         {&ProgramState::IsDzt, "DZT", 2, true, "Ampl.(bits)", nullptr, true},
         {&ProgramState::IsRd3, "RD3", 2, false, nullptr, nullptr, false},
         {&ProgramState::IsSgy, "SGY", 2, false, nullptr, ReadSgy, false},

@@ -9,6 +9,9 @@ namespace kv {
 bool WavCheck(ImportContext& ctx);
 void ReadWav(ImportContext& ctx); // WavHeader + WavSamples
 
+// Wavestar .SHT: one trace in volts; a file that is not one sets ImportFailed.
+void ReadSht(ImportContext& ctx);
+
 // SEG-Y: the import dialog's entry (IsRadsys) picks Seismic or Radsys.
 void ReadSeismic(ImportContext& ctx);
 void ReadRadsys(ImportContext& ctx);
