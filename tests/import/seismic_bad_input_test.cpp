@@ -50,7 +50,7 @@ std::vector<uint8_t> goodDat() {
     return text(s);
 }
 std::vector<uint8_t> goodSht() {
-    auto b = text("Waveform Tabular Document\r\nTEKTRONIX\r\nCh1 1 V 1 ms\r\nSamples 64\r\n");
+    auto b = text("Waveform Tabular Document\r\nTEKTRONIX\r\nCh1 1 V 100 us\r\nSamples 64\r\n");
     b.resize(b.size() + 256, 0x3F);
     return b;
 }
