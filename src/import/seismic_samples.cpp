@@ -65,6 +65,34 @@ float decode(SampleCoding c, const uint8_t* p) {
     return 0.0f;
 }
 
+/// Decodes `n` samples and copies them into the trace, keeping the extremes. The coding is a
+/// template argument so that the per-sample loop has no branch on it.
+template <SampleCoding C>
+void decodeInto(const uint8_t* bytes, int64_t n, std::vector<float>& trace, Extremes& ext) {
+    constexpr size_t w = C == SampleCoding::Int16Low ? 2 : C == SampleCoding::Float64Low ? 8 : 4;
+    for (int64_t i = 0; i < n; ++i) {
+        const float v = decode(C, bytes + size_t(i) * w);
+        ext.take(v);
+        trace[size_t(i)] = v;
+    }
+}
+
+void decodeTrace(SampleCoding c, const uint8_t* bytes, int64_t n, std::vector<float>& trace,
+                 Extremes& ext) {
+    switch (c) {
+    case SampleCoding::Int16Low:
+        return decodeInto<SampleCoding::Int16Low>(bytes, n, trace, ext);
+    case SampleCoding::Int32Low:
+        return decodeInto<SampleCoding::Int32Low>(bytes, n, trace, ext);
+    case SampleCoding::Float32Low:
+        return decodeInto<SampleCoding::Float32Low>(bytes, n, trace, ext);
+    case SampleCoding::Float64Low:
+        return decodeInto<SampleCoding::Float64Low>(bytes, n, trace, ext);
+    case SampleCoding::Float32High:
+        return decodeInto<SampleCoding::Float32High>(bytes, n, trace, ext);
+    }
+}
+
 } // namespace
 
 void copySeismicTraces(ImportContext& ctx, const ByteSource& src, SampleCoding coding,
@@ -86,11 +114,11 @@ void copySeismicTraces(ImportContext& ctx, const ByteSource& src, SampleCoding c
         if (pos < 1 || pos > std::numeric_limits<int32_t>::max()) throw ReadError("Overflow");
         if (!fits) throw ReadError("Subscript out of range");
         std::fill(trace.begin(), trace.end(), 0.0f);
-        src.read(uint64_t(pos - 1), bytes.data(), bytes.size());
-        for (int64_t i = 0; i < copy; ++i) {
-            const float v = decode(coding, bytes.data() + size_t(i) * size_t(w));
-            ext.take(v);
-            trace[size_t(i)] = v;
+        if (src.read(uint64_t(pos - 1), bytes.data(), bytes.size()) == 0 && ext.max >= 0 &&
+            ext.min <= 0) {
+            // Wholly past the end of the file: zeros, which move neither extreme.
+        } else {
+            decodeTrace(coding, bytes.data(), copy, trace, ext);
         }
         out.write(trace);
     }
