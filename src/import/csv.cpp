@@ -94,8 +94,6 @@ void ReadCsv(ImportContext& ctx) {
     checkIndex(5, slots);
     st.SampleRate = checkedDiv(1.0, cellNumber(times[5]) - cellNumber(times[4]));
 
-    TraceFileWriter out;
-    out.open(st.TempPath);
     std::vector<float> trace(size_t(std::max(st.Sp_Samples, 0)), 0.0f);
     float csvMax = -10.0f, csvMin = -10.0f;
     const int64_t last = st.PadWithZero ? int64_t(roundHalfEven(double(points) / st.NewDS - 1))
@@ -108,21 +106,9 @@ void ReadCsv(ImportContext& ctx) {
         if (v < csvMin) csvMin = v;
         trace[size_t(i)] = v;
     }
-    out.write(1, trace);
-    st.WorkingFileLength = static_cast<int32_t>(std::min<int64_t>(out.length(), INT32_MAX));
-    st.TraceCount = 1;
-    out.close();
-
-    // Not rounded, unlike the binary readers; the negative side keeps its old value unless the
-    // minimum is the larger side.
-    if (-csvMin <= csvMax) {
-        st.FullScalePos = csvMax;
-        st.ScaleBits = csvMax;
-    } else {
-        st.FullScalePos = -csvMin;
-        st.FullScaleNeg = -csvMin;
-        st.ScaleBits = st.FullScalePos;
-    }
+    writeSingleTrace(st, trace);
+    // Not rounded, unlike the binary readers.
+    setUnroundedFullScale(st, csvMax, csvMin, st.ScaleBits);
 }
 
 } // namespace kv

@@ -99,21 +99,8 @@ void ReadDat(ImportContext& ctx) {
         if (v < datMin) datMin = v;
         trace[i] = v;
     }
-    TraceFileWriter out;
-    out.open(st.TempPath);
-    out.write(1, trace);
-    st.WorkingFileLength = static_cast<int32_t>(std::min<int64_t>(out.length(), INT32_MAX));
-    st.TraceCount = 1;
-    out.close();
-
-    if (-datMin <= datMax) {
-        st.FullScalePos = datMax;
-        st.Reference = datMax;
-    } else {
-        st.FullScalePos = -datMin;
-        st.FullScaleNeg = -datMin;
-        st.Reference = st.FullScalePos;
-    }
+    writeSingleTrace(st, trace);
+    setUnroundedFullScale(st, datMax, datMin, st.Reference);
 }
 
 } // namespace kv

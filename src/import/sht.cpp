@@ -12,6 +12,7 @@
 #include "import/readers.h"
 
 #include "core/lifecycle.h"
+#include "import/text_lines.h"
 #include "platform/numeric.h"
 
 #include <cctype>
@@ -118,8 +119,6 @@ void TekSamples(ImportContext& ctx, const ByteSource& src, int32_t count) {
     }
     st.BitsPerSample = 8;
     st.ScansPerSecond = 0;
-    TraceFileWriter out;
-    out.open(st.TempPath);
     st.ReadPos = st.DataStart;
 
     // The record, little-endian floats. The size is bounded by the check above: a record that
@@ -157,10 +156,7 @@ void TekSamples(ImportContext& ctx, const ByteSource& src, int32_t count) {
         checkIndex(size_t(i), raw.size());
         trace[size_t(i)] = raw[size_t(i)];
     }
-    out.write(1, trace);
-    st.WorkingFileLength = static_cast<int32_t>(std::min<int64_t>(out.length(), INT32_MAX));
-    st.TraceCount = 1;
-    out.close();
+    writeSingleTrace(st, trace);
     st.BytesPerSample = 1;
 }
 

@@ -91,6 +91,25 @@ void fitToPointCount(ProgramState& st, double n) {
     }
 }
 
+void writeSingleTrace(ProgramState& st, const std::vector<float>& trace) {
+    TraceFileWriter out;
+    out.open(st.TempPath);
+    out.write(1, trace);
+    st.WorkingFileLength = static_cast<int32_t>(std::min<int64_t>(out.length(), INT32_MAX));
+    st.TraceCount = 1;
+    out.close();
+}
+
+void setUnroundedFullScale(ProgramState& st, float max, float min, float& follower) {
+    if (-min <= max) {
+        st.FullScalePos = max;
+    } else {
+        st.FullScalePos = -min;
+        st.FullScaleNeg = -min;
+    }
+    follower = st.FullScalePos;
+}
+
 std::vector<double> thinPoints(const ProgramState& st, const std::vector<double>& raw) {
     const int ds = st.NewDS;
     if (ds <= 1) return raw;

@@ -33,6 +33,15 @@ double cellNumber(const std::string& text);
 /// otherwise the largest at or below n. When none fits, Sp_Samples stays.
 void fitToPointCount(ProgramState& st, double n);
 
+/// Writes the one trace of a single-trace recording at position 1 of TempPath: TraceCount 1,
+/// WorkingFileLength from the file.
+void writeSingleTrace(ProgramState& st, const std::vector<float>& trace);
+
+/// Full scale of a table recording, not rounded: the maximum when it is the larger side (the
+/// negative full scale keeps the value it had), else minus the minimum on both sides. `follower`
+/// (ScaleBits or Reference) takes the positive full scale too.
+void setUnroundedFullScale(ProgramState& st, float max, float min, float& follower);
+
 /// Thins `raw` by NewDS: DownsampleMode 0 takes the mean of each NewDS values, 1 every NewDS-th
 /// value. With NewDS 1 the values come back unchanged.
 std::vector<double> thinPoints(const ProgramState& st, const std::vector<double>& raw);

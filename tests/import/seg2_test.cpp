@@ -16,14 +16,8 @@ namespace {
 constexpr int kSeg2 = 7; // filter positions with the factory Fil 1
 constexpr int kSprScan = 8;
 
-struct Sg2Case : test::Bench {
-    Sg2Case() { start(); }
-    void open(const std::vector<uint8_t>& bytes, int filter = kSprScan) {
-        const std::string p = home.file("x.sg2");
-        test::writeFile(p, bytes);
-        import(p, filter);
-    }
-    bool loaded() const { return !st.TempPath.empty(); }
+struct Sg2Case : test::FileCase {
+    Sg2Case() : FileCase("x.sg2", kSprScan) {}
 };
 
 test::Seg2Spec twoTraces(int format) {

@@ -1,6 +1,7 @@
 // Real SEG-Y recordings: what each one gives through our rules, and how the working traces
 // compare with the samples segyio reads from the same file, where the rules read the samples as
 // stored and where they deliberately read them otherwise.
+#include "seismic_files.h"
 #include "support/test_home.h"
 
 #include <gtest/gtest.h>
@@ -57,20 +58,9 @@ std::vector<uint8_t> bytesOf(const std::string& path) {
     return {std::istreambuf_iterator<char>(f), std::istreambuf_iterator<char>()};
 }
 
-struct RealCase : test::Bench {
-    RealCase() { start(); }
-    /// Imports a copy of `bytes` in the temp home.
-    void open(const std::vector<uint8_t>& bytes, int filter) {
-        const std::string p = home.file("real.sgy");
-        test::writeFile(p, bytes);
-        import(p, filter);
-    }
-    bool loaded() const { return !st.TempPath.empty(); }
-    std::string onlyMessage() const {
-        return host.messages.size() == 1
-                   ? host.messages[0].text
-                   : "<" + std::to_string(host.messages.size()) + " messages>";
-    }
+/// Imports real files, or copies of them named real.sgy.
+struct RealCase : test::FileCase {
+    RealCase() : FileCase("real.sgy", kSeismic) {}
 };
 
 /// Copies the binary header's interval (3217) into the field-recording interval (3219) that the
@@ -130,7 +120,7 @@ TEST(SegyRealFiles, EachFileOpensAsTheRulesSay) {
         if (*c.message) {
             EXPECT_EQ(b.onlyMessage(), c.message);
         } else {
-            EXPECT_TRUE(b.host.messages.empty()) << b.onlyMessage();
+            EXPECT_TRUE(b.host.messages.empty()) << b.host.messages[0].text;
         }
         if (c.traceCount < 0) {
             EXPECT_FALSE(b.loaded());

@@ -15,14 +15,8 @@ namespace {
 constexpr int kSeismic = 5; // filter positions with the factory Fil 1
 constexpr int kRadsys = 6;
 
-struct SgyCase : test::Bench {
-    SgyCase() { start(); }
-    void open(const std::vector<uint8_t>& bytes, int filter = kSeismic) {
-        const std::string p = home.file("x.sgy");
-        test::writeFile(p, bytes);
-        import(p, filter);
-    }
-    bool loaded() const { return !st.TempPath.empty(); }
+struct SgyCase : test::FileCase {
+    SgyCase() : FileCase("x.sgy", kSeismic) {}
 };
 
 std::vector<double> ramp(int n, double scale, double offset = 0) {

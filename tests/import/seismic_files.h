@@ -2,12 +2,35 @@
 // 1-based positions the readers use.
 #pragma once
 
+#include "support/test_home.h"
+
 #include <cstdint>
 #include <cstring>
 #include <string>
 #include <vector>
 
 namespace kv::test {
+
+/// A started workbench that imports byte images saved under one file name, with the import
+/// dialog's filter index given per open or taken from the default.
+struct FileCase : Bench {
+    FileCase(std::string name, int filter) : name_(std::move(name)), filter_(filter) { start(); }
+    void open(const std::vector<uint8_t>& bytes) { open(bytes, filter_); }
+    void open(const std::vector<uint8_t>& bytes, int filter) {
+        const std::string p = home.file(name_);
+        writeFile(p, bytes);
+        import(p, filter);
+    }
+    bool loaded() const { return !st.TempPath.empty(); }
+    /// The text of the one message shown, or "" when there were none or several.
+    std::string onlyMessage() const {
+        return host.messages.size() == 1 ? host.messages[0].text : "";
+    }
+
+  private:
+    std::string name_;
+    int filter_;
+};
 
 /// A growing byte image with writers at 1-based positions, either byte order.
 struct ByteImage {

@@ -1,5 +1,6 @@
 // Wavestar .SHT files: the marker searches, the scales found in the text block, and the record
 // read as one trace in volts.
+#include "seismic_files.h"
 #include "support/test_home.h"
 
 #include <gtest/gtest.h>
@@ -34,16 +35,8 @@ std::vector<float> wave(int n) {
     return v;
 }
 
-struct ShtCase : test::Bench {
-    ShtCase() { start(); }
-    void open(const std::vector<uint8_t>& bytes) {
-        const std::string p = home.file("scope.SHT");
-        test::writeFile(p, bytes);
-        import(p);
-    }
-    std::string onlyMessage() const {
-        return host.messages.size() == 1 ? host.messages[0].text : "";
-    }
+struct ShtCase : test::FileCase {
+    ShtCase() : FileCase("scope.SHT", 1) {}
 };
 
 } // namespace
