@@ -114,12 +114,9 @@ void copySeismicTraces(ImportContext& ctx, const ByteSource& src, SampleCoding c
         if (pos < 1 || pos > std::numeric_limits<int32_t>::max()) throw ReadError("Overflow");
         if (!fits) throw ReadError("Subscript out of range");
         std::fill(trace.begin(), trace.end(), 0.0f);
-        if (src.read(uint64_t(pos - 1), bytes.data(), bytes.size()) == 0 && ext.max >= 0 &&
-            ext.min <= 0) {
-            // Wholly past the end of the file: zeros, which move neither extreme.
-        } else {
+        // A trace wholly past the end of the file is zeros, which move neither extreme.
+        if (!bytes.empty() && src.read(uint64_t(pos - 1), bytes.data(), bytes.size()) > 0)
             decodeTrace(coding, bytes.data(), copy, trace, ext);
-        }
         out.write(trace);
     }
     out.finish();

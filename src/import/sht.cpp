@@ -124,7 +124,7 @@ void TekSamples(ImportContext& ctx, const ByteSource& src, int32_t count) {
     // The record, little-endian floats. The size is bounded by the check above: a record that
     // large would have given Sp_Samples above 65000.
     std::vector<uint8_t> bytes(size_t(count) * 4);
-    src.read(uint64_t(st.ReadPos - 1), bytes.data(), bytes.size());
+    if (!bytes.empty()) src.read(uint64_t(st.ReadPos - 1), bytes.data(), bytes.size());
     std::vector<float> raw(static_cast<size_t>(count));
     for (size_t i = 0; i < raw.size(); ++i) {
         const uint8_t* p = bytes.data() + 4 * i;
