@@ -1,6 +1,7 @@
 // SEG-2 recordings through the SEG-2 and SPRScan ERA entries: the block id and byte order, the
 // pointer and descriptor fields, the interval key and its unit, and the strides per format.
 #include "import/file_filters.h"
+#include "import/seismic_samples.h"
 #include "seismic_files.h"
 #include "support/test_home.h"
 
@@ -49,6 +50,16 @@ void patchIntervalKey(std::vector<uint8_t>& b, const std::string& value) {
 }
 
 } // namespace
+
+TEST(HeaderNumbers, AreUnsignedAndKeptAsSingleFloats) {
+    MemoryByteSource src({0xFF, 0xFF, 0x01, 0x00, 0x00, 0x01, 0x12, 0x34});
+    EXPECT_EQ(HexToNumber(src, 0, 2, true), 65535.0f) << "no sign enters";
+    EXPECT_EQ(HexToNumber(src, 6, 2, true), float(0x3412));
+    EXPECT_EQ(HexToNumber(src, 6, 2, false), float(0x1234));
+    // 0x01000001 = 16777217 has no single-float form: it reads as 16777216.
+    EXPECT_EQ(HexToNumber(src, 2, 4, false), 16777216.0f);
+    EXPECT_EQ(HexToNumber(src, 7, 4, false), float(0x34000000)) << "zeros past the end";
+}
 
 TEST(Seg2Header, TheEntryDecidesTheIntervalUnit) {
     EXPECT_EQ(SprScanIndex(1), kSprScan);
