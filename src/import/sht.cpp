@@ -111,10 +111,18 @@ void giveUp(ImportContext& ctx, const char* text) {
     ctx.st.ImportFailed = true;
 }
 
-void TekSamples(ImportContext& ctx, const ByteSource& src, int32_t count) {
+/// Trace lengths beyond this cannot be held by the views' trace buffers: the open fails as out
+/// of memory, and the trace length the settings had stays.
+constexpr int32_t kLongestTrace = 1 << 24;
+
+void TekSamples(ImportContext& ctx, const ByteSource& src, int32_t count, int32_t previousLength) {
     ProgramState& st = ctx.st;
     if (st.Sp_Samples > 65000) {
         ctx.wb.host.message("Too many samples/trace!", kMessageTitle, MsgIcon::Critical);
+        if (st.Sp_Samples > kLongestTrace) {
+            st.Sp_Samples = previousLength;
+            throw ReadError("Out of memory");
+        }
         return;
     }
     st.BitsPerSample = 8;
@@ -176,6 +184,7 @@ void ReadSht(ImportContext& ctx) {
 
     int32_t count = 0;
     bool parsed = false;
+    const int32_t previousLength = st.Sp_Samples;
     withCorruptedFileHandler(ctx, [&] {
         const int64_t end = findMarker(head, size_t(maker), "Sample");
         if (end < 0) throw ReadError("no sample marker");
@@ -209,7 +218,7 @@ void ReadSht(ImportContext& ctx) {
         st.TraceLength = count;
         parsed = true;
     });
-    if (parsed) TekSamples(ctx, *src, count);
+    if (parsed) TekSamples(ctx, *src, count, previousLength);
 }
 
 } // namespace kv

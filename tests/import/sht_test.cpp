@@ -125,10 +125,14 @@ TEST(ShtRead, ABlockWithoutTimeScaleOrSampleLineIsCorrupted) {
 }
 
 TEST(ShtRead, TooLongARecordIsRefused) {
-    for (int n : {70000, 65001}) {
+    for (int n : {70000, 65001, 200000000}) {
         ShtCase b;
         b.open(shtBytes(block("Ch1 1 V 1 s", n), {}));
         EXPECT_EQ(b.onlyMessage(), "Too many samples/trace!");
         EXPECT_TRUE(b.working().empty()) << "nothing is written";
+        if (n == 200000000) {
+            EXPECT_EQ(b.st.Sp_Samples, 1024) << "a length no buffer can hold is not kept";
+            EXPECT_TRUE(b.st.TempPath.empty());
+        }
     }
 }
