@@ -96,7 +96,7 @@ void ReadCsv(ImportContext& ctx) {
 
     std::vector<float> trace(size_t(std::max(st.Sp_Samples, 0)), 0.0f);
     float csvMax = -10.0f, csvMin = -10.0f;
-    const int64_t last = st.PadWithZero ? int64_t(roundHalfEven(double(points) / st.NewDS - 1))
+    const int64_t last = st.PadWithZero ? int64_t(checkedInt32(double(points) / st.NewDS - 1))
                                         : int64_t(st.Sp_Samples) - 1;
     for (int64_t i = 0; i <= last; ++i) {
         checkIndex(size_t(i), val.size());

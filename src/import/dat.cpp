@@ -67,7 +67,7 @@ void ReadDat(ImportContext& ctx) {
     const double n = Val(countText) / st.NewDS;
     fitToPointCount(st, n);
     // The last index copied: the header's count when padding, else the fitted trace.
-    const int64_t sp = st.PadWithZero ? int64_t(roundHalfEven(n - 1)) : st.Sp_Samples - 1;
+    const int64_t sp = st.PadWithZero ? int64_t(checkedInt32(n - 1)) : st.Sp_Samples - 1;
 
     // Only the lines that are copied are read: at most one trace's worth (times NewDS).
     auto src = ctx.openSource();

@@ -158,7 +158,7 @@ void TekSamples(ImportContext& ctx, const ByteSource& src, int32_t count, int32_
     // The working trace has one element more than Sp_Samples, and all of it is written.
     std::vector<float> trace(size_t(st.Sp_Samples) + 1, 0.0f);
     const int64_t copy =
-        st.PadWithZero ? int64_t(roundHalfEven(double(count) / st.NewDS)) : int64_t(st.Sp_Samples);
+        st.PadWithZero ? int64_t(checkedInt32(double(count) / st.NewDS)) : int64_t(st.Sp_Samples);
     for (int64_t i = 0; i < copy; ++i) {
         checkIndex(size_t(i), trace.size());
         checkIndex(size_t(i), raw.size());

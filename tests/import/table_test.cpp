@@ -255,6 +255,16 @@ TEST(DatRead, AMissingHeaderOrAZeroIntervalSaysHeaderNotFound) {
     }
 }
 
+TEST(DatRead, ACountBeyondTheTraceEndsTheOpenWithoutAMessage) {
+    // 1e35 cannot be a loop bound; 100000 points do not fit any trace length.
+    for (const std::string hdr : {"1e35\n1\n", "100000\n1\n"}) {
+        TableCase b;
+        b.dat(lines(ramp(8)), &hdr);
+        EXPECT_FALSE(b.loaded());
+        EXPECT_TRUE(b.host.messages.empty());
+    }
+}
+
 TEST(DatRead, FullScaleWithTheMaximumFromMinusTenAndTheMinimumFromZero) {
     struct Case {
         std::vector<double> v;
