@@ -218,6 +218,8 @@ void ReadSht(ImportContext& ctx) {
         st.TraceLength = count;
         parsed = true;
     });
+    // A parse that failed after taking the record length leaves no length no buffer can hold.
+    if (!parsed && st.Sp_Samples > kLongestTrace) st.Sp_Samples = previousLength;
     if (parsed) TekSamples(ctx, *src, count, previousLength);
 }
 

@@ -116,11 +116,13 @@ TEST(ShtRead, MarkersMissingFromTheFirst2000BytesStopTheOpen) {
 
 TEST(ShtRead, ABlockWithoutTimeScaleOrSampleLineIsCorrupted) {
     for (const std::string& text :
-         {block("Ch1 1 V", 8), std::string("Waveform Tabular Document TEKTRONIX Ch1 1 V 1 s")}) {
+         {block("Ch1 1 V", 8), std::string("Waveform Tabular Document TEKTRONIX Ch1 1 V 1 s"),
+          block("Ch1 1 V", 666666666)}) {
         ShtCase b;
         b.open(shtBytes(text, wave(8)));
         EXPECT_EQ(b.onlyMessage(), "File corrupted!");
         EXPECT_TRUE(b.st.TempPath.empty());
+        EXPECT_LE(b.st.Sp_Samples, 1 << 24);
     }
 }
 
