@@ -1,8 +1,10 @@
 // Import speed and memory. Two ways to run it:
-//   bench_import                      Google Benchmark over a generated 32 MB WAV
+//   bench_import                      Google Benchmark over a generated 32 MB WAV and DZT
 //   bench_import --once FILE [FILTER] imports FILE once in a scratch home and prints
 //                                     {"seconds": s, "peak_rss_kb": k, "traces": n} for the
 //                                     side-by-side scripts
+//   bench_import --make-wav FILE N    writes a 16-bit mono WAV of N samples
+//   bench_import --make-dzt FILE N    writes a 16-bit DZT of N scans of 512 samples
 #include "core/lifecycle.h"
 #include "core/settings.h"
 #include "core/workbench.h"
@@ -11,11 +13,14 @@
 #include "platform/files.h"
 #include "platform/scripted_host.h"
 
+#include "bench_wav.h"
+
 #include <benchmark/benchmark.h>
 
 #include <chrono>
 #include <cstdio>
 #include <cstring>
+#include <vector>
 #include <filesystem>
 #include <fstream>
 #include <sys/resource.h>
@@ -50,21 +55,7 @@ int importOnce(const std::string& home, const std::string& file, const std::stri
 
 void writeWav(const std::string& path, size_t samples) {
     std::ofstream f(path, std::ios::binary);
-    const uint32_t data = uint32_t(samples * 2);
-    auto u32 = [&](uint32_t v) { f.write(reinterpret_cast<const char*>(&v), 4); };
-    auto u16 = [&](uint16_t v) { f.write(reinterpret_cast<const char*>(&v), 2); };
-    f.write("RIFF", 4);
-    u32(36 + data);
-    f.write("WAVEfmt ", 8);
-    u32(16);
-    u16(1);
-    u16(1);
-    u32(48000);
-    u32(96000);
-    u16(2);
-    u16(16);
-    f.write("data", 4);
-    u32(data);
+    bench::writeWavHeader(f, samples);
     std::vector<int16_t> block(1 << 16);
     for (size_t i = 0; i < block.size(); ++i)
         block[i] = int16_t(i * 37);
@@ -72,6 +63,40 @@ void writeWav(const std::string& path, size_t samples) {
         f.write(reinterpret_cast<const char*>(block.data()),
                 std::streamsize(std::min(block.size(), samples - done) * 2));
 }
+
+/// A 16-bit GSSI-style radar file: 1024-byte header, `scans` scans of 512 unsigned samples.
+void writeDzt(const std::string& path, size_t scans) {
+    std::ofstream f(path, std::ios::binary);
+    std::vector<char> header(1024, 0);
+    auto put16 = [&](size_t off, int16_t v) { std::memcpy(&header[off], &v, 2); };
+    auto putF = [&](size_t off, float v) { std::memcpy(&header[off], &v, 4); };
+    put16(0, 255);
+    put16(2, 1024);
+    put16(4, 512);
+    put16(6, 16);
+    putF(10, 64.0f);
+    putF(26, 50.0f);
+    put16(52, 1);
+    f.write(header.data(), std::streamsize(header.size()));
+    std::vector<uint16_t> block(512 * 64);
+    for (size_t i = 0; i < block.size(); ++i)
+        block[i] = uint16_t(32768 + int(i * 37 % 20000) - 10000);
+    for (size_t done = 0; done < scans; done += 64)
+        f.write(reinterpret_cast<const char*>(block.data()),
+                std::streamsize(std::min<size_t>(64, scans - done) * 512 * 2));
+}
+
+void BM_DztImport(benchmark::State& state) {
+    const std::string home = scratchHome();
+    const std::string file = home + "/bench.dzt";
+    const size_t scans = 32768; // 32 MB
+    writeDzt(file, scans);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(importOnce(home, file, ""));
+    state.SetBytesProcessed(int64_t(state.iterations()) * int64_t(scans * 1024));
+    fs::remove_all(home);
+}
+BENCHMARK(BM_DztImport)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 
 void BM_WavImport(benchmark::State& state) {
     const std::string home = scratchHome();
@@ -99,6 +124,10 @@ int main(int argc, char** argv) {
                     traces);
         fs::remove_all(home);
         return traces < 0 ? 1 : 0;
+    }
+    if (argc >= 3 && std::strcmp(argv[1], "--make-dzt") == 0) {
+        writeDzt(argv[2], size_t(std::stoull(argc >= 4 ? argv[3] : "102400")));
+        return 0;
     }
     if (argc >= 3 && std::strcmp(argv[1], "--make-wav") == 0) {
         writeWav(argv[2], size_t(std::stoull(argc >= 4 ? argv[3] : "104857600")));

@@ -5,7 +5,9 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDir>
+#include <QTimer>
 #include <cstdio>
+#include <optional>
 
 int main(int argc, char** argv) {
     QApplication app(argc, argv);
@@ -18,8 +20,16 @@ int main(int argc, char** argv) {
     parser.addPositionalArgument("FILE", "Recording to import at start");
     QCommandLineOption filterOpt("filter", "Import dialog entry for FILE (WAV, DZT, ...)", "NAME");
     QCommandLineOption homeOpt("home", "Home folder (SP.ini, working files)", "DIR");
+    // For checking the workbench by eye on a machine without a person at it: play the imported
+    // file through, save a picture of the window, and quit.
+    QCommandLineOption playOpt("play", "Play the imported file through once");
+    QCommandLineOption grabOpt("grab", "Save a picture of the window to PNG, then quit", "PNG");
+    playOpt.setFlags(QCommandLineOption::HiddenFromHelp);
+    grabOpt.setFlags(QCommandLineOption::HiddenFromHelp);
     parser.addOption(filterOpt);
     parser.addOption(homeOpt);
+    parser.addOption(playOpt);
+    parser.addOption(grabOpt);
     parser.process(app);
 
     QString home = QCoreApplication::applicationDirPath();
@@ -34,21 +44,36 @@ int main(int argc, char** argv) {
     for (QString& f : files)
         f = QDir(f).absolutePath();
 
+    // The filter name is checked before any window shows; its place in the dialog's list
+    // depends on Fil, known once the settings are read.
+    std::optional<kv::FilterName> filter;
+    if (parser.isSet(filterOpt)) {
+        kv::FilterName f;
+        if (!kv::parseFilterName(parser.value(filterOpt).toStdString(), f)) {
+            std::fprintf(stderr, "kelvorandine: unknown filter %s\n",
+                         qPrintable(parser.value(filterOpt)));
+            return 2;
+        }
+        filter = f;
+    }
+
     kv::MainWindow w(home.toStdString());
     w.show();
-
     if (!files.isEmpty()) {
-        int index = 0;
-        if (parser.isSet(filterOpt)) {
-            kv::FilterName f;
-            if (!kv::parseFilterName(parser.value(filterOpt).toStdString(), f)) {
-                std::fprintf(stderr, "kelvorandine: unknown filter %s\n",
-                             qPrintable(parser.value(filterOpt)));
-                return 2;
-            }
-            index = kv::filterIndexOf(w.state().Fil, f);
-        }
+        const int index = filter ? kv::filterIndexOf(w.state().Fil, *filter) : 0;
         w.importFile(files.first().toStdString(), index);
+    }
+    if (parser.isSet(playOpt) || parser.isSet(grabOpt)) {
+        const bool play = parser.isSet(playOpt);
+        const QString grab = parser.value(grabOpt);
+        QTimer::singleShot(300, &w, [&w, play, grab] {
+            if (play) w.pressToolButton(12);
+            if (!grab.isEmpty()) {
+                QApplication::processEvents();
+                w.grab().save(grab);
+                w.close();
+            }
+        });
     }
     return app.exec();
 }

@@ -1,35 +1,111 @@
 // The main window.
 #include "app/main_window.h"
 
+#include "core/commands.h"
 #include "core/lifecycle.h"
 #include "import/file_filters.h"
 #include "import/open.h"
+#include "platform/scripted_host.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QCloseEvent>
 #include <QDragEnterEvent>
 #include <QDropEvent>
+#include <QIcon>
 #include <QLabel>
 #include <QMdiArea>
+#include <QMdiSubWindow>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMessageBox>
 #include <QMimeData>
 #include <QSettings>
 #include <QStatusBar>
+#include <QTimer>
 #include <QToolBar>
+#include <algorithm>
+#include <set>
+
+// The compiled-in icons live in a static library: their resource must be registered by hand,
+// and the macro that does it must stand outside any namespace.
+static void initToolbarIcons() {
+    Q_INIT_RESOURCE(toolbar_icons);
+}
 
 namespace kv {
 
-MainWindow::MainWindow(const std::string& home, QWidget* parent)
-    : QMainWindow(parent), host_(this), mdi_(new QMdiArea(this)),
-      views_(mdi_), wb_{st_, cmd_, host_, views_} {
+namespace {
+
+// Keyboard shortcuts a desktop user expects; the captions keep their own "&" mnemonics.
+const std::map<std::string, QKeySequence>& menuShortcuts() {
+    static const std::map<std::string, QKeySequence> m = {
+        {"mnuOpen", QKeySequence(Qt::CTRL | Qt::Key_O)},
+        {"mnuOimp", QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O)},
+        {"mnuExport", QKeySequence(Qt::CTRL | Qt::Key_E)},
+        {"mnuSw", QKeySequence(Qt::CTRL | Qt::Key_S)},
+        {"mnuPrint", QKeySequence(Qt::CTRL | Qt::Key_P)},
+        {"mnuExit", QKeySequence(Qt::CTRL | Qt::Key_Q)},
+        {"mnuFInf", QKeySequence(Qt::CTRL | Qt::Key_I)},
+        {"mnuFFT", QKeySequence(Qt::Key_F2)},
+        {"mnuTime", QKeySequence(Qt::Key_F3)},
+        {"mnuPhase", QKeySequence(Qt::Key_F4)},
+        {"mnuBscan", QKeySequence(Qt::Key_F5)},
+        {"mnuOlOp", QKeySequence(Qt::Key_F6)},
+        {"mnuZoomIn", QKeySequence(Qt::CTRL | Qt::Key_Plus)},
+        {"mnuZoomOut", QKeySequence(Qt::CTRL | Qt::Key_Minus)},
+        {"mnuNoZoom", QKeySequence(Qt::CTRL | Qt::Key_0)},
+        {"mnuGSH", QKeySequence(Qt::Key_F1)},
+    };
+    return m;
+}
+
+const std::map<int, QKeySequence>& toolShortcuts() {
+    static const std::map<int, QKeySequence> m = {
+        {9, QKeySequence(Qt::CTRL | Qt::Key_Home)},   {10, QKeySequence(Qt::CTRL | Qt::Key_Left)},
+        {11, QKeySequence(Qt::CTRL | Qt::Key_Space)}, {12, QKeySequence(Qt::CTRL | Qt::Key_Right)},
+        {13, QKeySequence(Qt::CTRL | Qt::Key_End)},
+    };
+    return m;
+}
+
+// Entries that carry a tick.
+const std::set<std::string>& checkableMenus() {
+    static const std::set<std::string> s = {
+        "mnuFFT",      "mnuTime",    "mnuPhase", "mnuBscan",   "mnuOlOp", "mnuGPR",  "mnuLevel",
+        "mnuThd",      "mnuThdN",    "mnuSdr",   "mnuSnd",     "mnuSnr",  "mnuEnob", "mnuWhite",
+        "mnuBCF",      "mnuFlip",    "mnuMxA",   "mnuMa",      "mnuPP",   "mnuRef",  "mnuRefO",
+        "mnuRefPh",    "mnuMarkers", "mnuCur",   "mnuxl",      "mnuxlog", "mnuylin", "mnuYlog",
+        "mnuCurvLine", "mnuCurvBar", "mnuSpan",  "mnuAutotune"};
+    return s;
+}
+
+QIcon iconForKey(const std::string& key) {
+    static const std::map<std::string, std::string> names = {
+#include "app/toolbar_icon_names.inc"
+    };
+    auto it = names.find(key);
+    if (it == names.end()) return {};
+    return QIcon(QStringLiteral(":/ico/%1.svg").arg(QString::fromStdString(it->second)));
+}
+
+} // namespace
+
+MainWindow::MainWindow(const std::string& home, Host* host, QWidget* parent)
+    : QMainWindow(parent), qtHost_(this), mdi_(new QMdiArea(this)),
+      views_(mdi_), wb_{st_, cmd_, host ? *host : static_cast<Host&>(qtHost_), views_} {
+    initToolbarIcons();
     st_.AppPath = home;
     views_.onViewClosed = [this] { syncFromModel(); };
+    views_.onTraceShown = [this] { syncPanels(); };
     setCentralWidget(mdi_);
+    mdi_->setBackground(QColor(0x78, 0x86, 0x8f));
     setAcceptDrops(true);
     buildMenus();
+    views_.spectrumPopup = popupMenu("mnuMyPopUp");
     buildToolbar();
     buildStatusBar();
+    connect(mdi_, &QMdiArea::subWindowActivated, this, [this] { onSubWindowActivated(); });
     MDIForm_Load(wb_);
     QSettings s;
     if (!restoreGeometry(s.value("MainWindow/geometry").toByteArray())) resize(1200, 800);
@@ -52,6 +128,11 @@ QAction* MainWindow::toolAction(int number) const {
     return it == toolActions_.end() ? nullptr : it->second;
 }
 
+QMenu* MainWindow::popupMenu(const std::string& name) const {
+    auto it = popups_.find(name);
+    return it == popups_.end() ? nullptr : it->second;
+}
+
 void MainWindow::buildMenus() {
     std::map<std::string, QMenu*> menus;
     for (const auto& e : cmd_.menus()) {
@@ -62,31 +143,48 @@ void MainWindow::buildMenus() {
         QMenu* parentMenu = e.parent.empty() ? nullptr : menus[e.parent];
         if (hasChildren) {
             QMenu* m = parentMenu ? parentMenu->addMenu(caption) : new QMenu(caption, this);
+            m->setObjectName(QString::fromStdString(e.name));
             if (!parentMenu && e.visible) menuBar()->addMenu(m);
+            if (!parentMenu && !e.visible) popups_[e.name] = m;
             menus[e.name] = m;
             menuActions_[e.name] = m->menuAction();
-        } else if (parentMenu) {
-            QAction* a =
-                e.caption == "-" ? parentMenu->addSeparator() : parentMenu->addAction(caption);
-            menuActions_[e.name] = a;
+            continue;
         }
+        if (!parentMenu) continue;
+        QAction* a = e.caption == "-" ? parentMenu->addSeparator() : parentMenu->addAction(caption);
+        a->setObjectName(QString::fromStdString(e.name));
+        a->setCheckable(checkableMenus().count(e.name) != 0);
+        if (auto it = menuShortcuts().find(e.name); it != menuShortcuts().end())
+            a->setShortcut(it->second);
+        menuActions_[e.name] = a;
+        if (e.caption == "-") continue;
+        const std::string name = e.name;
+        connect(a, &QAction::triggered, this, [this, name] { onMenu(name); });
     }
-    connect(menuAction("mnuOpen"), &QAction::triggered, this, [this] { runImport(); });
-    connect(menuAction("mnuExit"), &QAction::triggered, this, [this] { close(); });
-    connect(menuAction("mnuCasc"), &QAction::triggered, mdi_, &QMdiArea::cascadeSubWindows);
-    connect(menuAction("mnuHor"), &QAction::triggered, mdi_, &QMdiArea::tileSubWindows);
-    connect(menuAction("mnuVert"), &QAction::triggered, mdi_, &QMdiArea::tileSubWindows);
-    menuAction("mnuOpen")->setShortcut(QKeySequence::Open);
 }
 
 void MainWindow::buildToolbar() {
+    // Two rows: what every view has (files, transport, views), then the active view's own
+    // commands, so that no button hides behind an overflow arrow on an ordinary screen.
     toolbar_ = addToolBar(tr("Commands"));
     toolbar_->setObjectName("Commands");
+    addToolBarBreak();
+    viewToolbar_ = addToolBar(tr("View commands"));
+    viewToolbar_->setObjectName("ViewCommands");
+    for (QToolBar* t : {toolbar_, viewToolbar_})
+        t->setIconSize(QSize(24, 24));
     for (const auto& b : cmd_.buttons()) {
-        if (b.key.empty()) continue;
-        QAction* a = toolbar_->addAction(QString::fromStdString(b.key));
+        QToolBar* t = b.number < kFirstViewButton ? toolbar_ : viewToolbar_;
+        if (b.key.empty()) {
+            toolActions_[b.number] = t->addSeparator();
+            continue;
+        }
+        QAction* a = t->addAction(iconForKey(b.key), QString::fromStdString(b.key));
+        a->setObjectName(QStringLiteral("tb%1").arg(b.number));
         a->setToolTip(QString::fromStdString(b.tip));
         a->setCheckable(b.toggle);
+        if (auto it = toolShortcuts().find(b.number); it != toolShortcuts().end())
+            a->setShortcut(it->second);
         toolActions_[b.number] = a;
         const int n = b.number;
         connect(a, &QAction::triggered, this, [this, n] { onToolButton(n); });
@@ -96,49 +194,137 @@ void MainWindow::buildToolbar() {
 void MainWindow::buildStatusBar() {
     for (int i = 0; i < CommandState::kPanels; ++i) {
         auto* l = new QLabel(this);
-        l->setMinimumWidth(60);
-        statusBar()->addWidget(l, i == 0 ? 0 : 1);
+        l->setObjectName(QStringLiteral("panel%1").arg(i + 1));
+        l->setFrameStyle(QFrame::Panel | QFrame::Sunken);
+        // Panel 6 carries the peak read-out ("Peak: -9.3 dBFS 984.38Hz"), the longest text.
+        l->setMinimumWidth(i == 0 ? 120 : i == 5 ? 200 : 40);
+        statusBar()->addWidget(l, i == 0 ? 0 : i == 5 ? 3 : 1);
         panels_.push_back(l);
     }
 }
 
+void MainWindow::runCommand(const std::function<void()>& f) {
+    ++commandDepth_;
+    try {
+        f();
+    } catch (...) {
+        // A trace read that fails ends the command, as it always has; the workbench must not
+        // stay busy because of it.
+        st_.Idle = true;
+    }
+    --commandDepth_;
+    syncFromModel();
+    if (commandDepth_ == 0 && closePending_) {
+        closePending_ = false;
+        QTimer::singleShot(0, this, &QWidget::close);
+    }
+}
+
+void MainWindow::onMenu(const std::string& name) {
+    if (name == "mnuExit") {
+        close();
+        return;
+    }
+    if (name == "mnuAbout") {
+        QMessageBox::about(this, QString::fromUtf8(kMessageTitle),
+                           tr("Kelvorandine workbench %1\n\nSpectrum, oscilloscope, phase and "
+                              "waterfall views of geophysical and instrument recordings.")
+                               .arg(QStringLiteral(KV_VERSION)));
+        return;
+    }
+    runCommand([&] { menuCommand(wb_, name); });
+}
+
 void MainWindow::onToolButton(int number) {
-    const std::string& key = cmd_.button(number).key;
-    if (key == "Import") runImport();
+    runCommand([&] { pressButton(wb_, number); });
+}
+
+void MainWindow::onSubWindowActivated() {
+    const auto v = views_.viewOf(mdi_->activeSubWindow());
+    if (!v || views_.isUnloading()) return;
+    viewActivated(wb_, *v);
+    syncFromModel();
+}
+
+void MainWindow::syncPanels() {
+    for (int p = 1; p <= CommandState::kPanels; ++p) {
+        const QString t = QString::fromStdString(cmd_.panel(p));
+        QLabel* l = panels_[size_t(p - 1)];
+        if (l->text() == t) continue;
+        l->setText(t);
+        // A panel is never narrower than its text; it only grows, so playback does not make
+        // the status bar jump.
+        const int need = l->fontMetrics().horizontalAdvance(t) + 12;
+        if (l->minimumWidth() < need) l->setMinimumWidth(need);
+    }
+    // A maximised view adds " - [Spectrum view]" itself.
+    const QString title = QString::fromStdString(cmd_.caption).trimmed();
+    if (windowTitle() != title) setWindowTitle(title);
 }
 
 void MainWindow::syncFromModel() {
     for (const auto& e : cmd_.menus()) {
-        if (QAction* a = menuAction(e.name)) {
-            a->setEnabled(e.enabled);
-            if (e.checked) a->setCheckable(true);
-            a->setChecked(e.checked);
-        }
+        QAction* a = menuAction(e.name);
+        if (!a) continue;
+        a->setEnabled(e.enabled && e.available);
+        if (a->isCheckable()) a->setChecked(e.checked);
     }
+    // Spacers show as one separator between two visible groups of a row, never two in a row
+    // and never at a row's end.
+    bool afterButton = false;
+    QAction* lastSeparator = nullptr;
     for (const auto& b : cmd_.buttons()) {
-        if (QAction* a = toolAction(b.number)) {
-            a->setVisible(b.visible);
-            a->setEnabled(b.enabled);
-            if (b.toggle) a->setChecked(b.down);
+        QAction* a = toolAction(b.number);
+        if (!a) continue;
+        if (b.number == kFirstViewButton) {
+            if (lastSeparator) lastSeparator->setVisible(false);
+            afterButton = false;
+            lastSeparator = nullptr;
+        }
+        if (b.key.empty()) {
+            const bool show = b.visible && afterButton;
+            a->setVisible(show);
+            if (show) {
+                afterButton = false;
+                lastSeparator = a;
+            }
+            continue;
+        }
+        a->setVisible(b.visible);
+        a->setEnabled(b.enabled && b.available);
+        if (b.toggle) a->setChecked(b.down);
+        if (b.visible) {
+            afterButton = true;
+            lastSeparator = nullptr;
         }
     }
-    for (int p = 1; p <= CommandState::kPanels; ++p)
-        panels_[size_t(p - 1)]->setText(QString::fromStdString(cmd_.panel(p)));
-    setWindowTitle(QString::fromStdString(cmd_.caption).trimmed());
+    if (lastSeparator) lastSeparator->setVisible(false);
+    syncPanels();
 }
 
 void MainWindow::runImport() {
-    mnuOpen_Click(wb_);
-    syncFromModel();
+    runCommand([&] { mnuOpen_Click(wb_); });
 }
 
 void MainWindow::importFile(const std::string& path, int filterIndex) {
     if (filterIndex <= 0) filterIndex = filterIndexForFile(st_.Fil, path);
-    host_.presetNextOpen(path, filterIndex <= 0 ? 1 : filterIndex);
+    if (filterIndex <= 0) filterIndex = 1;
+    if (auto* scripted = dynamic_cast<ScriptedHost*>(&wb_.host))
+        scripted->queueFile(path, filterIndex);
+    else
+        qtHost_.presetNextOpen(path, filterIndex);
     runImport();
 }
 
 void MainWindow::closeEvent(QCloseEvent* e) {
+    if (commandDepth_ > 0) {
+        // A loop is running: stop it, and close once it has let go.
+        st_.PlayPause = true;
+        st_.ImportCancelled = true;
+        closePending_ = true;
+        e->ignore();
+        return;
+    }
     QSettings s;
     s.setValue("MainWindow/geometry", saveGeometry());
     if (!unloaded_) {
@@ -150,12 +336,13 @@ void MainWindow::closeEvent(QCloseEvent* e) {
 }
 
 void MainWindow::dragEnterEvent(QDragEnterEvent* e) {
-    if (e->mimeData()->hasUrls()) e->acceptProposedAction();
+    if (commandDepth_ == 0 && e->mimeData()->hasUrls()) e->acceptProposedAction();
 }
 
 void MainWindow::dropEvent(QDropEvent* e) {
     const auto urls = e->mimeData()->urls();
-    if (urls.isEmpty() || !urls.first().isLocalFile()) return;
+    if (commandDepth_ > 0 || urls.isEmpty() || !urls.first().isLocalFile()) return;
+    e->acceptProposedAction();
     importFile(urls.first().toLocalFile().toStdString());
 }
 

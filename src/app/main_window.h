@@ -1,5 +1,5 @@
 // The workbench's main window: menus, toolbar and status bar mirroring the command model, and
-// the MDI area that holds the views.
+// the MDI area that holds the views. Every click goes to the core; the widgets only follow.
 #pragma once
 
 #include "app/app_view_host.h"
@@ -9,11 +9,13 @@
 #include "core/workbench.h"
 
 #include <QMainWindow>
+#include <functional>
 #include <map>
 
 class QAction;
 class QLabel;
 class QMdiArea;
+class QMenu;
 class QToolBar;
 
 namespace kv {
@@ -21,25 +23,33 @@ namespace kv {
 class MainWindow : public QMainWindow {
     Q_OBJECT
   public:
-    /// `home` is the folder with SP.ini and the working files.
-    explicit MainWindow(const std::string& home, QWidget* parent = nullptr);
+    /// `home` is the folder with SP.ini and the working files. With `host`, dialogs, messages
+    /// and yields go there instead of to Qt (tests script the user that way).
+    explicit MainWindow(const std::string& home, Host* host = nullptr, QWidget* parent = nullptr);
     ~MainWindow() override;
 
     ProgramState& state() { return st_; }
     CommandState& commands() { return cmd_; }
     Workbench& workbench() { return wb_; }
-    QtHost& host() { return host_; }
+    QtHost& qtHost() { return qtHost_; }
+    AppViewHost& viewHost() { return views_; }
     QMdiArea* mdiArea() const { return mdi_; }
+    QToolBar* toolBar() const { return toolbar_; }
+    QToolBar* viewToolBar() const { return viewToolbar_; }
     /// The status panel labels, 1..9.
     QLabel* panelLabel(int number) const { return panels_.at(size_t(number - 1)); }
     QAction* menuAction(const std::string& name) const;
     QAction* toolAction(int number) const;
+    /// A hidden pop-up menu (mnuMyPopUp, mnuPup, mnuPupT, mnuTimeY).
+    QMenu* popupMenu(const std::string& name) const;
 
     /// Imports `path` as if the user had picked it in the Import dialog (with the filter entry
     /// `filterIndex`, 0 for the first entry matching the file's extension).
     void importFile(const std::string& path, int filterIndex = 0);
     /// Runs the Import command with the dialog.
     void runImport();
+    /// Clicks toolbar button `number` as the user would.
+    void pressToolButton(int number) { onToolButton(number); }
     /// Copies the command model into the widgets.
     void syncFromModel();
 
@@ -52,18 +62,29 @@ class MainWindow : public QMainWindow {
     void buildMenus();
     void buildToolbar();
     void buildStatusBar();
+    void onMenu(const std::string& name);
     void onToolButton(int number);
+    void onSubWindowActivated();
+    /// Runs a command; a failure that ends it (a data set gone mid-loop) leaves the workbench
+    /// idle. A close asked for while a command ran happens when the outermost one returns.
+    void runCommand(const std::function<void()>& f);
+    void syncPanels();
 
     ProgramState st_;
     CommandState cmd_;
-    QtHost host_;
+    QtHost qtHost_;
     QMdiArea* mdi_;
     AppViewHost views_;
     Workbench wb_;
     std::map<std::string, QAction*> menuActions_;
+    std::map<std::string, QMenu*> popups_;
     std::map<int, QAction*> toolActions_;
     std::vector<QLabel*> panels_;
+    static constexpr int kFirstViewButton = 21; // the second toolbar row starts here
     QToolBar* toolbar_ = nullptr;
+    QToolBar* viewToolbar_ = nullptr;
+    int commandDepth_ = 0;
+    bool closePending_ = false;
     bool unloaded_ = false;
 };
 

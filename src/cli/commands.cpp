@@ -2,11 +2,17 @@
 #include "cli/commands.h"
 
 #include "core/lifecycle.h"
+#include "engine/engine.h"
+#include "import/export.h"
 #include "import/file_filters.h"
 #include "import/open.h"
 #include "import/readers.h"
 #include "platform/files.h"
 
+#include <charconv>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
@@ -49,11 +55,52 @@ std::string resolveHome(const CommonOptions& o, const std::string& exeDir) {
     return exeDir;
 }
 
+/// Moves the data set to scroll position `trace`, as a move of the scroll bar does.
+void moveTo(ProgramState& st, int trace) {
+    if (trace < 0 || trace > st.LastTrace)
+        throw UsageError("--trace must lie between 0 and " + std::to_string(st.LastTrace));
+    st.TracePos = int16_t(trace);
+    st.CurrentTracePos = st.FirstTracePos + st.ScrollStride * trace;
+}
+
+/// A spectrum figure as JSON: a number, or null where it is not finite.
+nlohmann::json number(double x) {
+    return std::isfinite(x) ? nlohmann::json(x) : nlohmann::json(nullptr);
+}
+
+template <typename T> nlohmann::json numbers(const std::vector<T>& v, size_t from, size_t to) {
+    nlohmann::json a = nlohmann::json::array();
+    for (size_t i = from; i < to && i < v.size(); ++i)
+        a.push_back(number(double(v[i])));
+    return a;
+}
+
+void metricsOn(ProgramState& st) {
+    st.AnalysisOn = true;
+    st.ShowSnr = st.ShowThd = st.ShowSinad = st.ShowSfdr = st.ShowEnob = st.ShowThdN = true;
+}
+
+/// Text of a number for a CSV cell: the shortest text that reads back as the same value, for an
+/// f32 item as a float.
+template <typename T> void appendCell(std::string& line, T x) {
+    char buf[40];
+    const auto r = std::to_chars(buf, buf + sizeof buf, x);
+    line.push_back(',');
+    line.append(buf, r.ptr);
+}
+
+} // namespace
+
 void printJson(const nlohmann::json& j) {
     std::cout << j.dump(2) << "\n";
 }
 
-} // namespace
+bool openForWork(Session& s, const CommonOptions& o, const std::string& exeDir, nlohmann::json& j) {
+    const bool loaded = openSession(s, o, exeDir);
+    j = describe(s);
+    if (!loaded) printJson(j);
+    return loaded;
+}
 
 bool openSession(Session& s, const CommonOptions& o, const std::string& exeDir) {
     std::error_code ec;
@@ -77,7 +124,11 @@ bool openSession(Session& s, const CommonOptions& o, const std::string& exeDir) 
     }
     if (index == 0) index = 1;
     s.host.queueFile(path, index);
-    mnuOpen_Click(s.wb);
+    // A project file is opened the way "Open Kelvorandine File" opens it.
+    if (upperAscii(fileTitleOf(path)).ends_with(".KVD"))
+        mnuOimp_Click(s.wb);
+    else
+        mnuOpen_Click(s.wb);
     return !s.st.TempPath.empty();
 }
 
@@ -108,6 +159,10 @@ nlohmann::json describe(const Session& s) {
     j["YUnitName"] = st.YUnitName;
     j["ActiveTracePath"] = st.ActiveTracePath;
     j["IsProject"] = st.IsProject;
+    j["ScansPerSecond"] = st.ScansPerSecond;
+    j["RangeNs"] = st.RangeNs;
+    j["TimeWindowNs"] = st.TimeWindowNs;
+    j["SampleBits"] = st.SampleBits;
     j["caption"] = s.cmd.caption;
     nlohmann::json panels = nlohmann::json::array();
     for (int p = 1; p <= CommandState::kPanels; ++p)
@@ -131,21 +186,121 @@ int runInfo(const CommonOptions& o, const std::string& exeDir) {
 int runConvert(const CommonOptions& o, const std::string& out, const std::string& exeDir) {
     const std::string ext = upperAscii(out.substr(
         out.find_last_of('.') == std::string::npos ? out.size() : out.find_last_of('.') + 1));
-    if (ext != "SP") throw UsageError("convert writes .sp files: " + out);
+    if (ext != "SP" && ext != "KVD" && ext != "DZT")
+        throw UsageError("convert writes .sp, .kvd and .dzt files: " + out);
     Session s;
-    const bool loaded = openSession(s, o, exeDir);
-    nlohmann::json j = describe(s);
-    if (!loaded) {
-        printJson(j);
-        return kExitNoData;
-    }
+    nlohmann::json j;
+    if (!openForWork(s, o, exeDir, j)) return kExitNoData;
     std::error_code ec;
-    std::filesystem::copy_file(s.st.ActiveTracePath, out,
-                               std::filesystem::copy_options::overwrite_existing, ec);
+    if (ext == "SP") {
+        std::filesystem::copy_file(s.st.ActiveTracePath, out,
+                                   std::filesystem::copy_options::overwrite_existing, ec);
+    } else if (ext == "KVD") {
+        // The Export command's writers, as the workbench runs them.
+        try {
+            ProjectWrite(s.wb, out);
+        } catch (const std::exception&) {
+            ec = std::make_error_code(std::errc::io_error);
+        }
+    } else {
+        DztWrite(s.wb, out); // passes over every failure, as in the workbench
+        if (!fileExists(out)) ec = std::make_error_code(std::errc::io_error);
+    }
     j["output"] = out;
     j["written"] = !ec;
     printJson(j);
     return ec ? kExitNoData : kExitOk;
+}
+
+int runSpectrum(const CommonOptions& o, int trace, int columns, const std::string& exeDir) {
+    Session s;
+    nlohmann::json j;
+    if (!openForWork(s, o, exeDir, j)) return kExitNoData;
+    ProgramState& st = s.st;
+    moveTo(st, trace);
+    st.PlotColumns = columns;
+    UpdateTopDb(st);
+    FyllSpData(st);
+    const size_t half = size_t(st.Fft_Samples / 2);
+    j["TracePos"] = st.TracePos;
+    j["CurrentTracePos"] = st.CurrentTracePos;
+    j["Fft_Samples"] = st.Fft_Samples;
+    j["FFT_Window"] = st.FFT_Window;
+    j["ModeFFT"] = st.ModeFFT;
+    j["BinWidth"] = number(st.BinWidth);
+    j["MaxFreq"] = number(st.MaxFreq);
+    j["WindowGain"] = number(st.WindowGain);
+    j["PeakBin"] = st.PeakBin;
+    j["PeakAmp"] = number(st.PeakAmp);
+    j["PeakFreq"] = number(st.PeakFreq);
+    j["PeakDb"] = number(st.PeakDb);
+    j["FloorDbRel"] = number(st.FloorDbRel);
+    j["TopDb"] = number(st.TopDb);
+    j["SpAmp"] = numbers(st.SpAmp, 0, half);
+    j["SpPhase"] = numbers(st.SpPhase, 0, half + 1);
+    if (columns > 0) {
+        j["PlotColumns"] = st.PlotColumns;
+        j["BinsPerColumn"] = st.BinsPerColumn;
+        j["ColumnCount"] = st.ColumnCount;
+        j["ColVal"] = numbers(st.ColVal, 0, st.ColVal.size());
+    }
+    printJson(j);
+    return kExitOk;
+}
+
+int runMetrics(const CommonOptions& o, int trace, bool allTraces, const std::string& exeDir) {
+    Session s;
+    nlohmann::json j;
+    if (!openForWork(s, o, exeDir, j)) return kExitNoData;
+    ProgramState& st = s.st;
+    metricsOn(st);
+    if (!allTraces) {
+        moveTo(st, trace);
+        FyllSpData(st);
+        AnalysisCaptions an;
+        NewValue(st, an);
+        j["TracePos"] = st.TracePos;
+        j["PeakBin"] = st.PeakBin;
+        j["PeakFreq"] = number(st.PeakFreq);
+        j["PeakDb"] = number(st.PeakDb);
+        j["SampleBits"] = st.SampleBits;
+        j["THDdB"] = st.THDdB;
+        for (const auto& [key, v] : {std::pair<const char*, double>{"SNR_dB", st.SNR_dB},
+                                     {"THD_val", st.THD_val},
+                                     {"THDN_val", st.THDN_val},
+                                     {"SFDR_dB", st.SFDR_dB},
+                                     {"SINAD_dB", st.SINAD_dB},
+                                     {"ENOB_bits", st.ENOB_bits}})
+            j[key] = number(v);
+        j["captions"] = an;
+        printJson(j);
+        return kExitOk;
+    }
+
+    // The survey: every scroll position in turn, one row each, as playback would visit them.
+    std::string out = "trace,PeakFreq,PeakDb,SNR_dB,THD_val,THDN_val,SFDR_dB,SINAD_dB,ENOB_bits\n";
+    std::fwrite(out.data(), 1, out.size(), stdout);
+    const int last = st.LastTrace;
+    using Clock = std::chrono::steady_clock;
+    auto nextReport = Clock::now() + std::chrono::seconds(1);
+    for (int k = 0; k <= last; ++k) {
+        moveTo(st, k);
+        FyllSpData(st);
+        CountAnalys(st);
+        out = std::to_string(k);
+        appendCell(out, st.PeakFreq);
+        appendCell(out, st.PeakDb);
+        for (double v : {st.SNR_dB, st.THD_val, st.THDN_val, st.SFDR_dB, st.SINAD_dB, st.ENOB_bits})
+            appendCell(out, v);
+        out.push_back('\n');
+        std::fwrite(out.data(), 1, out.size(), stdout);
+        if ((k & 255) == 0 && Clock::now() >= nextReport) {
+            std::cerr << "metrics: trace " << k << " of " << last << "\n";
+            nextReport = Clock::now() + std::chrono::seconds(1);
+        }
+    }
+    std::fflush(stdout);
+    return kExitOk;
 }
 
 } // namespace kv::cli

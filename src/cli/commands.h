@@ -44,10 +44,36 @@ struct UsageError : std::runtime_error {
 /// loaded. `exeDir` is the tool's own folder, the default home.
 bool openSession(Session& s, const CommonOptions& o, const std::string& exeDir);
 
+/// openSession, then `j` = describe(s); when no data set was loaded `j` is printed and the
+/// result is false, so the subcommand can end with kExitNoData.
+bool openForWork(Session& s, const CommonOptions& o, const std::string& exeDir, nlohmann::json& j);
+
 /// The data-set facts under their own names, plus the messages shown and the views requested.
 nlohmann::json describe(const Session& s);
 
+/// Prints a JSON document on stdout.
+void printJson(const nlohmann::json& j);
+
 int runInfo(const CommonOptions& o, const std::string& exeDir);
 int runConvert(const CommonOptions& o, const std::string& out, const std::string& exeDir);
+
+/// `spectrum`: the spectrum of scroll position `trace` with its peak figures, SpAmp for bins
+/// 0..N/2-1 and SpPhase for elements 0..N/2; with `columns` above 0 also the fold into that many
+/// plot columns (ColVal).
+int runSpectrum(const CommonOptions& o, int trace, int columns, const std::string& exeDir);
+
+/// `metrics`: the six read-outs of scroll position `trace` as JSON, or with `allTraces` one CSV
+/// row per scroll position (a progress line on stderr while it runs long).
+int runMetrics(const CommonOptions& o, int trace, bool allTraces, const std::string& exeDir);
+
+/// `render FILE --view V [--size WxH] [--trace K] -o OUT.png`.
+struct RenderOptions {
+    CommonOptions common;
+    std::string view;
+    std::string size = "800x600";
+    int trace = 0;
+    std::string output;
+};
+int runRender(const RenderOptions& r, const std::string& exeDir);
 
 } // namespace kv::cli

@@ -35,7 +35,37 @@ int main(int argc, char** argv) {
     addCommon(infoCmd, info);
     auto* convertCmd = app.add_subcommand("convert", "Open a recording and write it out");
     addCommon(convertCmd, convert);
-    convertCmd->add_option("-o,--output", convertOut, "Output file (.sp)")->required();
+    convertCmd->add_option("-o,--output", convertOut, "Output file (.sp, .kvd or .dzt)")
+        ->required();
+
+#ifdef KV_CLI_RENDER
+    kv::cli::RenderOptions render;
+    auto* renderCmd = app.add_subcommand("render", "Draw a view as the workbench shows it, to PNG");
+    addCommon(renderCmd, render.common);
+    renderCmd->add_option("--view", render.view, "spectrum")->required();
+    renderCmd->add_option("--size", render.size, "Picture size WxH (default 800x600)");
+    renderCmd->add_option("--trace", render.trace, "Scroll position TracePos (default 0)");
+    renderCmd->add_option("-o,--output", render.output, "Output picture (.png)")->required();
+#endif
+    kv::cli::CommonOptions spectrum, metrics;
+    int spectrumTrace = 0, spectrumColumns = 0, metricsTrace = 0;
+    bool allTraces = false, csv = false;
+    auto* spectrumCmd =
+        app.add_subcommand("spectrum", "Spectrum of one trace with its peak figures");
+    addCommon(spectrumCmd, spectrum);
+    spectrumCmd->add_option("--trace", spectrumTrace, "Scroll position (TracePos), default 0");
+    spectrumCmd->add_option("--columns", spectrumColumns, "Fold into this many plot columns")
+        ->check(CLI::PositiveNumber);
+    auto* metricsCmd = app.add_subcommand("metrics", "SNR, THD, THD+N, SFDR, SINAD and ENOB");
+    addCommon(metricsCmd, metrics);
+    auto* traceOpt =
+        metricsCmd->add_option("--trace", metricsTrace, "Scroll position (TracePos), default 0");
+    auto* allOpt =
+        metricsCmd->add_flag("--all-traces", allTraces, "Every scroll position, one CSV row each");
+    auto* csvOpt = metricsCmd->add_flag("--csv", csv, "CSV output (with --all-traces)");
+    allOpt->excludes(traceOpt);
+    allOpt->needs(csvOpt);
+    csvOpt->needs(allOpt);
 
     try {
         app.parse(argc, argv);
@@ -50,6 +80,12 @@ int main(int argc, char** argv) {
     try {
         if (*infoCmd) return kv::cli::runInfo(info, exeDir);
         if (*convertCmd) return kv::cli::runConvert(convert, convertOut, exeDir);
+#ifdef KV_CLI_RENDER
+        if (*renderCmd) return kv::cli::runRender(render, exeDir);
+#endif
+        if (*spectrumCmd)
+            return kv::cli::runSpectrum(spectrum, spectrumTrace, spectrumColumns, exeDir);
+        if (*metricsCmd) return kv::cli::runMetrics(metrics, metricsTrace, allTraces, exeDir);
     } catch (const kv::cli::UsageError& e) {
         std::cerr << "kelvorandine-cli: " << e.what() << "\n";
         return kv::cli::kExitUsage;

@@ -17,6 +17,9 @@ struct MenuEntry {
     bool enabled = true;
     bool checked = false;
     bool visible = true;
+    /// False while the command's subsystem is not part of this build: the shell keeps the
+    /// entry on show but greyed, whatever `enabled` says.
+    bool available = true;
 };
 
 struct ToolButton {
@@ -27,6 +30,7 @@ struct ToolButton {
     bool visible = true;
     bool enabled = true;
     bool down = false;
+    bool available = true; // as for MenuEntry
 };
 
 class CommandState {
@@ -63,6 +67,10 @@ class CommandState {
     // Caption -------------------------------------------------------------------------------
     std::string caption = "Kelvorandine ";
     std::string viewCaptionLine; // "Spectrum view" ... set by TBButtons_View
+
+    /// The O-scope's time-range text ("2.13 ms"), kept here by that view so that the status bar
+    /// can show it again whenever the O-scope becomes the active view.
+    std::string timeRangeText;
 
     /// Bumped on every change a mirror should pick up; the shell compares it to repaint.
     int revision = 0;

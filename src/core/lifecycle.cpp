@@ -42,6 +42,7 @@ void MDIForm_Load(Workbench& wb) {
     st.AnalysisOn = false;
     st.ShowThd = st.ShowThdN = st.ShowSfdr = st.ShowSinad = st.ShowSnr = st.ShowEnob = false;
     ReadINI(wb);
+    cmd.panel(7) = SetWindowName(st); // WindowGain scales every spectrum from the first one on
     st.SpectrumOpen = st.OscOpen = st.PhaseOpen = st.WaterfallOpen = st.RadargramOpen = false;
     st.ExtraViewOpen = false;
     st.PosiblValue = 3.0f;
@@ -197,11 +198,12 @@ void InitStatusPanels(Workbench& wb) {
     const ProgramState& st = wb.st;
     CommandState& cmd = wb.cmd;
     cmd.panel(1) = kCompanyPanel;
-    cmd.panel(3) = "FFT Bins: " + std::to_string(st.Sp_Samples / 2);
+    // The bin count goes into panels 3 and 4; the X scale then takes 4 over.
+    cmd.panel(3) = cmd.panel(4) = "FFT Bins: " + std::to_string(st.Sp_Samples / 2);
     cmd.panel(4) = st.DrSet == 2 ? "X-scale: logaritm " : "X-scale: linear ";
     cmd.panel(5) = st.YLinear ? "Y-scale: linear" : "Y-scale: dB";
+    cmd.panel(8) = modeText(st.ModeFFT);
     cmd.panel(6) = "Peak:  ";
-    cmd.panel(7) = modeText(st.ModeFFT);
     cmd.touch();
 }
 

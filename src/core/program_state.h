@@ -11,6 +11,8 @@
 
 namespace kv {
 
+class SpectrumHooks;
+
 struct ProgramState {
     // ---- Constants set at start (applyStartConstants) -------------------------------------
     // The decimal digits below are the ones the formulas were tuned with; the 64-bit pattern is
@@ -75,7 +77,7 @@ struct ProgramState {
     int32_t CurrentTracePos = 1;
     bool Idle = true;
     bool PlayFirst = false, PlayRew = false, PlayPause = false, PlayFwd = false, PlayEnd = false;
-    bool PeakHoldRestore = false; // Rew/First left Peak-hold; the next Fwd goes back to it
+    bool PeakHoldSuspended = false; // a move back left Peak-hold; the next move forward restores it
     uint32_t PlayStartTicks = 0;
 
     // ---- Open views ---------------------------------------------------------------------------
@@ -161,14 +163,90 @@ struct ProgramState {
     std::vector<float> TraceBufR;
 
     // ---- Spectrum engine ------------------------------------------------------------------------
+    // Arrays are f32 and 0-based; an item told as 0..n holds n+1 elements.
+    std::vector<float> FftRe, FftIm;   // 0..N: the trace as read, windowed, then transformed
+    std::vector<float> BackRe, BackIm; // 0..N: the same for a waterfall's second trace
+    float WindowGain = 1.0f;
+    float BinWidth = 0.0f;
+    int32_t Sp_Bins = 0; // bins on show (N/2); the fold overwrites it with its column count
+    float MaxFreq = 0.0f;
+    int32_t AmpCapacity = 0;
+    int32_t PhaseBins = 0;
+    std::vector<float> SpAmp;       // 0..2N: amplitude of bin j, j = 0..N/2-1
+    std::vector<float> SpPhase;     // 0..N: phase in degrees of element i (bin i-1)
+    std::vector<float> SpDisp;      // 0..Sp_Bins: what is drawn per bin (linear or dB)
+    std::vector<float> PeakHoldAcc; // 0..Sp_Bins: the held maxima of Peak-hold
+    std::vector<float> BackAmp, BackDisp;
+    int32_t PeakBin = 0;
+    float PeakAmp = 0.0f;
+    float PeakFreq = 0.0f;
+    float PeakDb = 0.0f;
+    float FloorDbRel = 0.0f;
+    int32_t FloorBin = 0;
+    int32_t PeakHoldBins = 0;
+    // The second trace a waterfall asks for.
+    int32_t BackTraceIndex = 0;
+    int32_t BackTraceTop = 0; // 0 or below: there is none
+    bool RgBackOn = false;
+    int32_t RgBackTrace = 0;
+    int32_t BackTracePos = 0;
+    /// Conditioning and view layout the builder calls at fixed points; null while none is
+    /// plugged in (the command-line tool, most tests).
+    SpectrumHooks* spectrumHooks = nullptr;
+
+    // ---- Display mapping: bins folded into plot columns -------------------------------------------
+    int32_t PlotColumns = 0;
+    int32_t BinsPerColumn = 0;
+    int32_t ColumnCount = 0;
+    std::vector<float> ColVal, ColLogX, ColPhase;
+    std::vector<float> BackCol, BackColLogX;
+    std::vector<float> SpanCol;
+    int32_t SpanBins = 0;
+    float TopDb = 0.0f;
+    bool ViewLaidOut = false;
+    // The span's band (set by the span dialog and auto-span).
+    float SpanLowFreq = 0.0f, SpanHighFreq = 0.0f;
+    int32_t SpanStart = 0, SpanEnd = 0;
+    // Reference curves, slots 1 and 2.
+    bool RefOn1 = false, RefOn2 = false;
+    int16_t RefSelect = 0;
+    std::vector<float> RefData1, RefData2;
+    int32_t RefCount1 = 0, RefCount2 = 0;
+    float RefMaxFreq1 = 0.0f, RefMaxFreq2 = 0.0f;
+    float RefBinWidth1 = 0.0f, RefBinWidth2 = 0.0f;
+    std::vector<float> RefCol1, RefCol2, RefColLogX1, RefColLogX2;
+    int32_t RefColCount1 = 0, RefColCount2 = 0;
+    std::vector<float> RefSpanCol1, RefSpanCol2;
+    int32_t RefSpanBins1 = 0, RefSpanBins2 = 0;
+
+    // ---- Signal metrics -------------------------------------------------------------------------
+    int16_t SampleBits = 16;
+    double FundPower = 0.0, HarmPower = 0.0, NoisePower = 0.0;
+    std::vector<int16_t> HarmList, NoiseList; // bins, in the order they were counted
+    int32_t HarmCount = 0, NoiseCount = 0;
+    double SpurAmp = -100.0;
+    double SpurRatio = 0.0;
+    double SNR_dB = 0.0, THD_val = 0.0, SFDR_dB = 0.0, SINAD_dB = 0.0, ENOB_bits = 0.0,
+           THDN_val = 0.0;
 
     // ---- Readers: format-specific items
     // ---------------------------------------------------------- WAV: bytes per sample of the last
     // header read (1 or 2). Other depths leave it as it was.
     int32_t BytesPerSample = 0;
 
+    // ---- Radar readers (DZT, RD3/RAD, DT1/HD, Zon DT) -------------------------------------------
+    float RangeNs = 0.0f;      // DZT header: range in ns
+    double TimeWindowNs = 0.0; // RD3, DT1, Zon: total time window (Zon: in seconds)
+    std::string Rd3Path, RadPath, RadTimeWindowText, RadSamplesText;
+    int32_t Rd3Stride = 0; // bytes per trace in the .rd3 source
+    std::string HdPath;
+    int32_t Dt1Samples = 0;
+    int32_t Dt1DataPos = 0;
+    float Dt1Max = 0.0f, Dt1Min = 0.0f;
+    int32_t ZonSamples = 0;
+    int32_t ZonDataPos = 0;
+
     // ---- Readers: seismic, scope and table files ----------------------------------------------
-    int16_t SampleBits = 16; // sample width of the source; readers without another value set 16
     /// Smallest SEG-Y sample seen. The Seismic entry resets it, the Radsys entry does not, so a
     /// second Radsys import starts from the previous minimum.
     float SgyMin = 0.0f;

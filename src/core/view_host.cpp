@@ -1,6 +1,7 @@
 // View requests without a shell: flags kept, requests recorded.
 #include "core/view_host.h"
 
+#include "core/commands.h"
 #include "core/lifecycle.h"
 #include "core/workbench.h"
 
@@ -41,7 +42,7 @@ bool& viewFlag(ProgramState& st, ViewId v) {
 void RecordingViewHost::loadView(Workbench& wb, ViewId v) {
     log.push_back(std::string("load ") + viewName(v));
     viewFlag(wb.st, v) = true;
-    wb.st.ActiveView = static_cast<int16_t>(v);
+    viewActivated(wb, v);
 }
 
 void RecordingViewHost::unloadView(Workbench& wb, ViewId v) {
@@ -53,6 +54,7 @@ void RecordingViewHost::unloadView(Workbench& wb, ViewId v) {
 void RecordingViewHost::spectrumFirstDraw(Workbench& wb) {
     log.push_back("firstDraw Spectrum");
     wb.st.SpectrumOpen = true;
+    viewActivated(wb, ViewId::Spectrum);
 }
 
 void RecordingViewHost::maximiseView(Workbench& wb, ViewId v) {
@@ -66,6 +68,26 @@ void RecordingViewHost::arrange(Workbench&, int mode) {
 
 void RecordingViewHost::redrawView(Workbench&, ViewId v) {
     log.push_back(std::string("redraw ") + viewName(v));
+}
+
+void RecordingViewHost::traceChanged(Workbench& wb, ViewId v) {
+    log.push_back(std::string("trace ") + viewName(v) + " " + std::to_string(wb.st.TracePos));
+}
+
+void RecordingViewHost::clearPicture(Workbench&, ViewId v) {
+    log.push_back(std::string("clear ") + viewName(v));
+}
+
+void RecordingViewHost::spectrumFinalDraw(Workbench&) {
+    log.push_back("finalDraw Spectrum");
+}
+
+void RecordingViewHost::resetWaterfall(Workbench&, ViewId v, bool atEnd) {
+    log.push_back(std::string("reset ") + viewName(v) + (atEnd ? " end" : ""));
+}
+
+void RecordingViewHost::setScrollValue(Workbench&, ViewId v, int value) {
+    log.push_back(std::string("scroll ") + viewName(v) + " " + std::to_string(value));
 }
 
 } // namespace kv

@@ -28,10 +28,27 @@ class ViewHost {
     virtual void arrange(Workbench& wb, int mode) = 0;
     /// Redraws an open view after a settings change.
     virtual void redrawView(Workbench& wb, ViewId v) = 0;
+
+    // ---- Moving through the data (the transport) --------------------------------------------
+    // A view that is not built yet, or a host without windows, may ignore these.
+    /// The trace on show changed: an open view shows the trace at CurrentTracePos (the Spectrum
+    /// view puts its scroll bar on TracePos and draws).
+    virtual void traceChanged(Workbench&, ViewId) {}
+    /// Empties a view's picture (a Stacked spectrum and the Phase view on First).
+    virtual void clearPicture(Workbench&, ViewId) {}
+    /// Pause: the Spectrum view draws its final state, its metric labels and, unless Stacked,
+    /// its picture.
+    virtual void spectrumFinalDraw(Workbench&) {}
+    /// A waterfall starts over: trace counters and labels back to 0, or, `atEnd`, showing
+    /// TraceCount and "N/A".
+    virtual void resetWaterfall(Workbench&, ViewId, bool /*atEnd*/) {}
+    /// Puts a view's trace scroll bar on `value` without moving through the data again.
+    virtual void setScrollValue(Workbench&, ViewId, int /*value*/) {}
 };
 
 /// Keeps the view flags as real views would and writes down every request, in order
-/// ("load Spectrum", "firstDraw Spectrum", "maximise Spectrum", "arrange 1" ...).
+/// ("load Spectrum", "firstDraw Spectrum", "maximise Spectrum", "arrange 1", "trace Spectrum 4"
+/// ...). A loaded view becomes the active one, as a window that comes up does.
 class RecordingViewHost : public ViewHost {
   public:
     std::vector<std::string> log;
@@ -42,6 +59,11 @@ class RecordingViewHost : public ViewHost {
     void maximiseView(Workbench& wb, ViewId v) override;
     void arrange(Workbench& wb, int mode) override;
     void redrawView(Workbench& wb, ViewId v) override;
+    void traceChanged(Workbench& wb, ViewId v) override;
+    void clearPicture(Workbench& wb, ViewId v) override;
+    void spectrumFinalDraw(Workbench& wb) override;
+    void resetWaterfall(Workbench& wb, ViewId v, bool atEnd) override;
+    void setScrollValue(Workbench& wb, ViewId v, int value) override;
 };
 
 /// The open flag of a view.

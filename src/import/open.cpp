@@ -110,15 +110,29 @@ void openChosenFile(Workbench& wb, const FileChoice& choice) {
     }
     if (!ctx.dialogFileName.empty()) {
         st.FirstTracePos = 1;
-        InitStatusPanels(wb);
-        cmd.caption = "Kelvorandine   " + st.FileTitle;
-        cmd.panel(3) = "FFT Bins: " + std::to_string(st.Sp_Samples / 2);
-        BigFile(st);
-        for (const char* m : {"mnuFInf", "mnuPrint", "mnuSw", "mnuFFT", "mnuTime", "mnuPhase",
-                              "mnuBscan", "mnuOlOp", "mnuExport"})
-            cmd.enable(m);
+        announceDataSet(wb);
         cmd.showButtons(1, 3, true);
     }
+    showDataSet(wb);
+}
+
+} // namespace
+
+void announceDataSet(Workbench& wb) {
+    ProgramState& st = wb.st;
+    CommandState& cmd = wb.cmd;
+    InitStatusPanels(wb);
+    cmd.caption = "Kelvorandine   " + st.FileTitle;
+    cmd.panel(3) = "FFT Bins: " + std::to_string(st.Sp_Samples / 2);
+    BigFile(st);
+    for (const char* m : {"mnuFInf", "mnuPrint", "mnuSw", "mnuFFT", "mnuTime", "mnuPhase",
+                          "mnuBscan", "mnuOlOp", "mnuExport"})
+        cmd.enable(m);
+}
+
+void showDataSet(Workbench& wb) {
+    ProgramState& st = wb.st;
+    CommandState& cmd = wb.cmd;
     st.Fft_Samples = st.Sp_Samples;
     cmd.panel(3) = "FFT Bins: " + std::to_string(st.Sp_Samples / 2);
     InitFftState(st);
@@ -131,8 +145,6 @@ void openChosenFile(Workbench& wb, const FileChoice& choice) {
     bringUpViews(wb);
     cmd.touch();
 }
-
-} // namespace
 
 void setImportHooks(const ImportHooks& hooks) {
     gHooks = hooks;
@@ -149,10 +161,11 @@ void setWorkingPaths(ProgramState& st) {
     st.TempRightPath = joinPath(st.AppPath, "temp_r.sp");
 }
 
-void mnuOpen_Click(Workbench& wb) {
+void closeBeforeOpen(Workbench& wb, bool project) {
     ProgramState& st = wb.st;
     CommandState& cmd = wb.cmd;
-    st.IsProject = false;
+    st.IsProject = project;
+    if (project) clearFormatFlags(st);
     st.ImportFailed = false;
     st.SpanActive = false;
     st.CurrentTracePos = 1;
@@ -165,6 +178,12 @@ void mnuOpen_Click(Workbench& wb) {
         cmd.enable("mnuSw", false);
     }
     CloseDataSet(wb);
+}
+
+void mnuOpen_Click(Workbench& wb) {
+    ProgramState& st = wb.st;
+    CommandState& cmd = wb.cmd;
+    closeBeforeOpen(wb, false);
     try {
         FileChoice choice = wb.host.openFile(importFilter(st.Fil), "Import data files", 1);
         if (choice.cancelled) throw DialogCancelled{};

@@ -14,6 +14,17 @@ struct ImportContext;
 /// failure ends in the messages and clean-up the formats define, with no data set.
 void mnuOpen_Click(Workbench& wb);
 
+/// The first steps of an open, before the file dialog: the open's flags reset (IsProject as
+/// given; a project also clears the format flags), and the old data set closed.
+void closeBeforeOpen(Workbench& wb, bool project);
+/// Step 12 of an open, shared with "Open Kelvorandine File": status panels, caption, the
+/// scroll mapping, and the menu entries a data set enables.
+void announceDataSet(Workbench& wb);
+/// Steps 13 to 15 of an open, shared with "Open Kelvorandine File": the FFT for Sp_Samples, the
+/// first spectrum, and the start views brought up and arranged. Throws when the working file
+/// cannot be read.
+void showDataSet(Workbench& wb);
+
 /// Deletes temp.sp, temp_l.sp, temp_r.sp, test.bmp and span.sp in the home folder.
 void deleteWorkingFiles(const ProgramState& st);
 /// Sets TempPath, TempLeftPath, TempRightPath to their files in the home folder.

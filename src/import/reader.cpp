@@ -56,22 +56,20 @@ void withCorruptedFileHandler(ImportContext& ctx, const std::function<void()>& b
     }
 }
 
-void fitTraceLength(ProgramState& st, int64_t traceLength) {
-    if (st.PadWithZero) {
-        for (int k = 1; k <= 16; ++k) {
-            if ((int64_t(1) << k) >= traceLength) {
-                st.Sp_Samples = 1 << k;
-                return;
-            }
-        }
-    } else {
-        for (int k = 16; k >= 1; --k) {
-            if ((int64_t(1) << k) <= traceLength) {
-                st.Sp_Samples = 1 << k;
-                return;
-            }
-        }
+std::unique_ptr<ByteSource> openSourceSized(ImportContext& ctx) {
+    auto src = ctx.openSource();
+    if (src->size() > uint64_t(INT32_MAX)) throw ReadError("Overflow");
+    ctx.st.SourceLength = static_cast<int32_t>(src->size());
+    return src;
+}
+
+void copySamples(const std::vector<int16_t>& raw, std::vector<float>& trace, int64_t n) {
+    if (n > 0) {
+        checkIndex(size_t(n - 1), trace.size());
+        checkIndex(size_t(n - 1), raw.size());
     }
+    for (int64_t i = 0; i < n; ++i)
+        trace[size_t(i)] = raw[size_t(i)];
 }
 
 double checkedDiv(double a, double b) {

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "core/workbench.h"
+#include "engine/trace_length.h" // fitTraceLength, thinTrace
 #include "import/read_error.h"
 #include "import/trace_store.h"
 #include "platform/byte_source.h"
@@ -68,16 +69,18 @@ class TraceOutput {
 /// CleanSet runs, toolbar button 2 shows, and TempPath is emptied.
 void withCorruptedFileHandler(ImportContext& ctx, const std::function<void()>& body);
 
-/// Fits Sp_Samples to a source trace length that is not a power of two: with PadWithZero the
-/// smallest power of two not below it (2^1 upward to 2^16), otherwise the largest not above it
-/// (2^16 down to 2^1). When none fits, Sp_Samples stays.
-void fitTraceLength(ProgramState& st, int64_t traceLength);
-
 /// Checked conversions for header arithmetic: a division by zero or a value that does not fit
 /// fails the read, as the arithmetic of the original readers did.
 double checkedDiv(double a, double b);
 int32_t checkedInt32(double x); // rounds half to even
 int16_t checkedInt16(double x); // rounds half to even
+/// Opens the source recording and sets SourceLength from its size (a recording of 2 GiB or more
+/// does not fit it and fails the read).
+std::unique_ptr<ByteSource> openSourceSized(ImportContext& ctx);
+/// Copies the first `n` 16-bit samples into the trace as floats, unscaled. An `n` beyond either
+/// array fails as a bad subscript.
+void copySamples(const std::vector<int16_t>& raw, std::vector<float>& trace, int64_t n);
+
 /// Index check for the readers' fixed-size work arrays.
 inline void checkIndex(size_t i, size_t size) {
     if (i >= size) throw ReadError("Subscript out of range");

@@ -8,6 +8,11 @@ namespace kv {
 // WAV: the RIFF check, then header and samples.
 bool WavCheck(ImportContext& ctx);
 void ReadWav(ImportContext& ctx); // WavHeader + WavSamples
+// Radar formats.
+void DztRead(ImportContext& ctx);
+void ReadRd3(ImportContext& ctx); // .rd3 with its .rad header
+void ReadDt1(ImportContext& ctx); // .DT1 with its .HD header
+void ReadZon(ImportContext& ctx); // Zon .dt
 
 // Wavestar .SHT: one trace in volts; a file that is not one sets ImportFailed.
 void ReadSht(ImportContext& ctx);

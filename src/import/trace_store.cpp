@@ -7,6 +7,7 @@
 #include <bit>
 #include <cstring>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace kv {
@@ -14,11 +15,44 @@ namespace kv {
 static_assert(std::endian::native == std::endian::little,
               "working files are little-endian and are read and written without conversion");
 
+namespace {
+
+/// The working file read last, kept open between reads: playback reads the same file trace after
+/// trace, and opening it anew each time cost more than the read. A file that has been deleted
+/// or replaced since (no links left to the open one) is opened again, so every read sees the
+/// file that now stands at the path.
+struct ReadHandle {
+    std::string path;
+    int fd = -1;
+    void drop() {
+        if (fd >= 0) ::close(fd);
+        fd = -1;
+    }
+    ~ReadHandle() { drop(); }
+};
+
+thread_local ReadHandle tRead;
+
+int readHandle(const std::string& path) {
+    if (tRead.fd >= 0 && tRead.path == path) {
+        struct stat s;
+        if (::fstat(tRead.fd, &s) == 0 && s.st_nlink > 0) return tRead.fd;
+    }
+    tRead.drop();
+    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0) return -1;
+    tRead.path = path;
+    tRead.fd = fd;
+    return fd;
+}
+
+} // namespace
+
 void readTrace(const std::string& path, int64_t pos1, float* out, size_t n) {
     if (path.empty()) throw ReadError("no working file");
     if (pos1 < 1) throw ReadError("bad record number");
     std::memset(out, 0, n * sizeof(float));
-    int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    const int fd = readHandle(path);
     if (fd < 0) return; // a missing working file reads as zeros, like an empty one
     auto* dst = reinterpret_cast<char*>(out);
     size_t want = n * sizeof(float), got = 0;
@@ -27,7 +61,6 @@ void readTrace(const std::string& path, int64_t pos1, float* out, size_t n) {
         if (r <= 0) break;
         got += static_cast<size_t>(r);
     }
-    ::close(fd);
 }
 
 TraceFileWriter::~TraceFileWriter() {
@@ -81,6 +114,8 @@ void TraceFileWriter::close() {
 }
 
 void KillWorkingFile(const std::string& path) {
+    // Let go of a kept read handle too, so that the deleted file's space is given back now.
+    if (tRead.path == path) tRead.drop();
     removeFileQuietly(path);
 }
 

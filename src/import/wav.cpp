@@ -85,7 +85,8 @@ void toTrace(const ProgramState& st, const std::vector<int16_t>& raw, int32_t ra
     std::fill(out.begin(), out.end(), 0.0f);
     if (st.NewDS <= 1) {
         if (!out.empty()) checkIndex(out.size() - 1, raw.size());
-        for (size_t j = 0; j < out.size(); ++j) out[j] = raw[j];
+        for (size_t j = 0; j < out.size(); ++j)
+            out[j] = raw[j];
         return;
     }
     const int ds = st.NewDS;

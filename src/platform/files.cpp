@@ -68,6 +68,16 @@ std::string withExtension(const std::string& path, const std::string& ext) {
     return folder + title + "." + ext;
 }
 
+std::string replaceAllNoCase(const std::string& s, const std::string& from, const std::string& to) {
+    if (from.empty()) return s;
+    const std::string up = upperAscii(s), key = upperAscii(from);
+    std::string out;
+    size_t at = 0;
+    for (size_t hit; (hit = up.find(key, at)) != std::string::npos; at = hit + key.size())
+        out += s.substr(at, hit - at) + to;
+    return out + s.substr(at);
+}
+
 std::string findCompanion(const std::string& wanted) {
     if (fileExists(wanted)) return wanted;
     std::string folder = folderOf(wanted);

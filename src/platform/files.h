@@ -29,6 +29,10 @@ void touchFile(const std::string& path);
 /// (given without dot). A name without a dot gets ".ext" appended.
 std::string withExtension(const std::string& path, const std::string& ext);
 
+/// `s` with every occurrence of `from` replaced by `to`, letters compared without regard to case
+/// (how a companion file's name is made from its recording's: ".RD3" to ".rad").
+std::string replaceAllNoCase(const std::string& s, const std::string& from, const std::string& to);
+
 /// The companion file rule: `wanted` itself when it exists; otherwise the one file in the same
 /// folder whose name equals it without regard to case; otherwise `wanted` unchanged (so that the
 /// caller's open fails as it would have).

@@ -69,7 +69,9 @@ TEST(ImportDialog, ASuccessfulOpenSetsCaptionPanelsCommandsAndTheSpectrum) {
     EXPECT_EQ(b.cmd.panel(9), "Mono");
     for (const char* m : {"mnuFInf", "mnuFFT", "mnuTime", "mnuPhase", "mnuBscan", "mnuExport"})
         EXPECT_TRUE(b.cmd.enabled(m)) << m;
-    EXPECT_EQ(b.cmd.visibleButtons().size(), 105u);
+    // The Spectrum view comes up active: its own button set, 1 to 56 without the spacers.
+    EXPECT_EQ(b.cmd.visibleButtons().size(), 48u);
+    EXPECT_EQ(b.cmd.viewCaptionLine, "Spectrum view");
     EXPECT_EQ(b.views.log, (std::vector<std::string>{"load Spectrum", "firstDraw Spectrum",
                                                      "maximise Spectrum"}));
     EXPECT_EQ(b.st.ScaleBits, 32767.0f);

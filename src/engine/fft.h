@@ -1,0 +1,26 @@
+// The Fourier transform behind every spectrum, phase plot and filter: complex transforms of any
+// length on split real/imaginary float arrays, with the scaling the rest of the engine expects.
+#pragma once
+
+#include <cstdint>
+
+namespace kv::fft {
+
+/// Largest length the transforms accept. Beyond it a length is refused rather than planned.
+inline constexpr int32_t kMaxLength = 1 << 24;
+
+/// Forward transform of `n` points held in `re[0..n-1]` and `im[0..n-1]`, in place:
+///   X[k] = (1/n) * sum over t of x[t] * e^(-2*pi*i*t*k/n),
+/// so a sine of amplitude A on a bin gives |X[k]| = A/2 on each of its two mirror bins.
+/// Any length from 1 to kMaxLength; throws std::invalid_argument otherwise.
+void forward(float* re, float* im, int32_t n);
+
+/// Inverse transform without a factor: x[t] = sum over k of X[k] * e^(+2*pi*i*t*k/n), so that
+/// forward then inverse gives the input back at its own scale.
+void inverse(float* re, float* im, int32_t n);
+
+/// Makes and caches the plans of length `n` now, so that the first trace does not pay for them.
+/// Plans are made once per length for the life of the process.
+void prepare(int32_t n);
+
+} // namespace kv::fft

@@ -1,0 +1,325 @@
+// The spectrum builder. Its order of steps is part of what the views show: the columns are
+// folded before the phase is computed (so a Single Trace phase column belongs to the trace
+// before), the read takes one float more than a trace, and Average divides by AverVal although
+// it sums AverVal+1 traces.
+#include "engine/spectrum.h"
+
+#include "core/program_state.h"
+#include "engine/batch_math.h"
+#include "engine/display_map.h"
+#include "engine/fft.h"
+#include "engine/spectrum_hooks.h"
+#include "engine/windows.h"
+#include "import/trace_store.h"
+#include "platform/numeric.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace kv {
+
+namespace {
+
+SpectrumHooks& hooks(ProgramState& st) {
+    return st.spectrumHooks ? *st.spectrumHooks : noSpectrumHooks();
+}
+
+/// Re-dimension: a fresh, cleared array of n elements.
+void redim(std::vector<float>& v, int64_t n) {
+    v.assign(size_t(std::max<int64_t>(n, 0)), 0.0f);
+}
+
+/// Makes sure v holds at least n elements, keeping what it holds.
+void ensure(std::vector<float>& v, int64_t n) {
+    if (int64_t(v.size()) < n) v.resize(size_t(n), 0.0f);
+}
+
+/// A 1-based file position for trace k, as the scroll arithmetic forms it.
+int64_t tracePosition(int64_t samples, int64_t k, int64_t first) {
+    return samples * 4 * k + first;
+}
+
+int32_t clampPos(int64_t pos) {
+    return int32_t(std::clamp<int64_t>(pos, std::numeric_limits<int32_t>::min(),
+                                       std::numeric_limits<int32_t>::max()));
+}
+
+/// Reads N+1 floats at pos into arr[0..N]; element 0 is the trace's first float and takes no
+/// part in what follows.
+void readN1(const ProgramState& st, int64_t pos, std::vector<float>& arr, int32_t n) {
+    ensure(arr, int64_t(n) + 1);
+    readTrace(st.ActiveTracePath, pos, arr.data(), size_t(n) + 1);
+}
+
+/// Amplitudes of elements 1..count into amp[0..count-1].
+void amplitudesOf(const ProgramState& st, const std::vector<float>& re,
+                  const std::vector<float>& im, std::vector<float>& amp, int32_t count) {
+    ensure(amp, count);
+    batch::amplitudes(re.data() + 1, im.data() + 1, amp.data(), count, st.WindowGain);
+}
+
+/// The FFT filter's three passes on one pair: shape, back to time for `time`, forward again,
+/// and amplitudes of all N elements into `amp` (when given).
+void filterPasses(ProgramState& st, std::vector<float>& re, std::vector<float>& im,
+                  std::vector<float>* time, std::vector<float>* amp) {
+    const int32_t n = st.Fft_Samples;
+    hooks(st).filterTransform(st, re.data(), im.data(), n);
+    fft::inverse(re.data() + 1, im.data() + 1, n);
+    if (time) {
+        ensure(*time, n);
+        std::copy(re.begin() + 1, re.begin() + 1 + n, time->begin());
+    }
+    fft::forward(re.data() + 1, im.data() + 1, n);
+    if (amp) amplitudesOf(st, re, im, *amp, n);
+}
+
+/// Steps 10 and 11 of a trace: amplitudes, through the FFT filter when it is on.
+void formAmplitudes(ProgramState& st, bool withBack) {
+    const int32_t n = st.Fft_Samples;
+    const bool backScroll = withBack && st.PlayRew && st.BackTraceTop > 0;
+    if (hooks(st).transformFilterOn(st)) {
+        filterPasses(st, st.FftRe, st.FftIm, &st.TraceBuf, &st.SpAmp);
+        if (withBack && st.PlayRew && (st.RgBackTrace > 0 || st.BackTraceTop > 0))
+            filterPasses(st, st.BackRe, st.BackIm, st.RgBackTrace > 0 ? &st.TraceBufR : nullptr,
+                         st.BackTraceTop > 0 ? &st.BackAmp : nullptr);
+        return;
+    }
+    amplitudesOf(st, st.FftRe, st.FftIm, st.SpAmp, std::min(st.Sp_Bins, n));
+    if (backScroll) amplitudesOf(st, st.BackRe, st.BackIm, st.BackAmp, std::min(st.Sp_Bins, n));
+}
+
+void phases(ProgramState& st) {
+    const int32_t half = st.Fft_Samples / 2;
+    ensure(st.SpPhase, int64_t(half) + 1);
+    batch::phaseDegrees(st.FftRe.data() + 1, st.FftIm.data() + 1, st.SpPhase.data() + 1, half,
+                        st.Pi);
+}
+
+void applyGain(ProgramState& st) {
+    const float g = hooks(st).traceGain(st);
+    if (g == 1.0f) return;
+    const size_t n = std::min(size_t(std::max(st.Sp_Samples, 0)), st.TraceBuf.size());
+    for (size_t i = 0; i < n; ++i)
+        st.TraceBuf[i] = f32(double(st.TraceBuf[i]) * g);
+    if (st.RgBackOn && st.PlayRew) {
+        const size_t m = std::min(size_t(std::max(st.Sp_Samples, 0)), st.TraceBufR.size());
+        for (size_t i = 0; i < m; ++i)
+            st.TraceBufR[i] = f32(double(st.TraceBufR[i]) * g);
+    }
+}
+
+/// Average mode's group: traces k = from..to (AverVal+1 of them) summed into arr[0..N-1] and
+/// divided by AverVal, not by their count; arr[N] stays as the last trace left it. Both are how
+/// the Average levels have always been calibrated. Positions before the file are skipped, and
+/// CurrentTracePos ends on the last trace of the group.
+void averageGroup(ProgramState& st, int64_t from, int64_t to, std::vector<float>& arr) {
+    const int32_t n = st.Fft_Samples;
+    std::vector<float> acc(size_t(n) + 1, 0.0f);
+    for (int64_t k = from; k <= to; ++k) {
+        const int64_t pos = tracePosition(st.Sp_Samples, k, st.FirstTracePos);
+        st.CurrentTracePos = clampPos(pos);
+        if (pos <= 0) continue;
+        readN1(st, pos, arr, n);
+        for (int32_t i = 0; i < n; ++i)
+            acc[size_t(i)] += arr[size_t(i)];
+    }
+    for (int32_t i = 0; i < n; ++i)
+        arr[size_t(i)] = acc[size_t(i)] / float(st.AverVal);
+}
+
+/// The radargram's second trace (for its time display only): one trace, or in Average mode the
+/// mean of a group, windowed and transformed.
+void radargramTrace(ProgramState& st) {
+    const int32_t n = st.Fft_Samples;
+    if (st.ModeFFT != 4) {
+        redim(st.BackRe, int64_t(n) + 1);
+        st.BackTracePos = clampPos(tracePosition(st.Sp_Samples, st.RgBackTrace, st.FirstTracePos));
+        readN1(st, st.BackTracePos, st.BackRe, n);
+    } else {
+        redim(st.BackRe, int64_t(n) + 1);
+        const int64_t a = st.AverVal;
+        averageGroup(st, a * st.RgBackTrace - a, a * st.RgBackTrace, st.BackRe);
+        st.RgBackTrace -= st.AverVal;
+    }
+    ApplyWindowBack(st);
+    fft::forward(st.BackRe.data() + 1, st.BackIm.data() + 1, n);
+}
+
+/// The peak and the floor of SpAmp[0..Sp_Bins-1], starting from hi and lo. Linear: DC takes part
+/// and of equal maxima the last wins. dB: bins 0 to 2 can never be the peak and of equal maxima
+/// the first wins; a bin at or under -FullScalePos dB (silence reads -10 * FullScalePos) is no
+/// peak at all, so a silent trace leaves the previous PeakBin standing. The floor is the first
+/// smallest value in both.
+template <bool Linear>
+void searchPeakAndFloor(ProgramState& st, const float* amp, float& hi, float& lo) {
+    const float* disp = st.SpDisp.data();
+    const float fs = st.FullScalePos;
+    int32_t peak = st.PeakBin, floor = st.FloorBin;
+    for (int32_t i = 0; i < st.Sp_Bins; ++i) {
+        const float a = amp[i];
+        const bool up = Linear ? hi <= a : (hi < a && i >= 3 && disp[i] > -fs);
+        const bool down = lo > a;
+        peak = up ? i : peak;
+        hi = up ? a : hi;
+        floor = down ? i : floor;
+        lo = down ? a : lo;
+    }
+    st.PeakBin = peak;
+    st.FloorBin = floor;
+}
+
+} // namespace
+
+SpectrumHooks& noSpectrumHooks() {
+    static SpectrumHooks none;
+    return none;
+}
+
+double Log10(double x, float FullScalePos) {
+    if (x == 0.0) return -double(FullScalePos) / 2.0;
+    return std::log(x) / std::log(10.0);
+}
+
+double Atan2(double y, double x) {
+    if (std::fabs(x) < 1e-7) {
+        if (std::fabs(y) < 1e-7) return 0.0;
+        return y > 0.0 ? 1.5707963267949 : -1.5707963267949;
+    }
+    const double r = std::atan(y / x);
+    if (x < 0.0) return y < 0.0 ? r - 3.14159265358979 : r + 3.14159265358979;
+    return r;
+}
+
+void InitFftState(ProgramState& st) {
+    const int32_t n = st.Fft_Samples;
+    const float d = f32(1.0 / st.SampleRate);
+    const float t = f32(double(d) * (double(st.NewDS) * double(n)));
+    st.BinWidth = f32(1.0 / double(t));
+    st.Sp_Bins = n / 2;
+    st.MaxFreq = f32(double(st.BinWidth) * double(st.Sp_Bins));
+    st.AmpCapacity = 2 * n;
+    redim(st.SpAmp, int64_t(st.AmpCapacity) + 1);
+    if (st.PlayRew) redim(st.BackAmp, int64_t(st.AmpCapacity) + 1);
+    redim(st.SpPhase, int64_t(n) + 1);
+    redim(st.PeakHoldAcc, int64_t(st.Sp_Bins) + 1);
+    if (n >= 1 && n <= fft::kMaxLength) fft::prepare(n);
+}
+
+void resetPeakHold(ProgramState& st) {
+    redim(st.PeakHoldAcc, int64_t(st.PeakHoldBins) + 1);
+}
+
+void FyllSpData(ProgramState& st) {
+    if (st.CurrentTracePos < 0) st.CurrentTracePos = st.FirstTracePos;
+    const int32_t n = st.Fft_Samples;
+    if (st.ModeFFT == 4 && st.RgBackTrace <= 0) {
+        st.Sp_Bins = n / 2;
+        FyllSpAverage(st);
+        return;
+    }
+    redim(st.FftRe, int64_t(n) + 1);
+    redim(st.FftIm, int64_t(n) + 1);
+    // SpPhase keeps the previous trace's phases until step 14: the columns folded in between
+    // carry them, which is how a Single Trace display has always shown its phase column.
+    ensure(st.SpPhase, int64_t(n) + 1);
+    st.Sp_Bins = n / 2;
+    st.PhaseBins = n / 2;
+    ensure(st.SpAmp, 2 * int64_t(n) + 1);
+
+    readN1(st, st.CurrentTracePos, st.FftRe, n);
+    ApplyWindow(st);
+
+    const bool backScroll = st.PlayRew && st.BackTraceTop > 0;
+    const bool rgBack = st.RgBackOn && st.RgBackTrace > 0;
+    if (backScroll || rgBack) {
+        redim(st.BackRe, int64_t(n) + 1);
+        redim(st.BackIm, int64_t(n) + 1);
+        redim(st.BackAmp, int64_t(n) + 1);
+    }
+    fft::forward(st.FftRe.data() + 1, st.FftIm.data() + 1, n);
+
+    if (backScroll) {
+        st.BackTracePos = clampPos(tracePosition(n, st.BackTraceIndex, st.FirstTracePos));
+        readN1(st, st.BackTracePos, st.BackRe, n);
+        ApplyWindowBack(st);
+        fft::forward(st.BackRe.data() + 1, st.BackIm.data() + 1, n);
+    }
+    if (rgBack) radargramTrace(st);
+
+    formAmplitudes(st, true);
+    CreatedBArray(st);
+    phases(st);
+    applyGain(st);
+}
+
+void FyllSpAverage(ProgramState& st) {
+    const int32_t n = st.Fft_Samples;
+    redim(st.FftRe, int64_t(n) + 1);
+    redim(st.FftIm, int64_t(n) + 1);
+    st.PhaseBins = n / 2;
+    ensure(st.SpAmp, 2 * int64_t(n) + 1);
+    const int64_t first = int64_t(st.TraceStep) * st.TracePos;
+    averageGroup(st, first, first + st.AverVal, st.FftRe);
+
+    ApplyWindow(st);
+    fft::forward(st.FftRe.data() + 1, st.FftIm.data() + 1, n);
+    st.Sp_Bins = n / 2;
+    formAmplitudes(st, false);
+    phases(st);
+    applyGain(st);
+    CreatedBArray(st);
+}
+
+void CreatedBArray(ProgramState& st) {
+    const int32_t bins = st.Sp_Bins;
+    const float fs = st.FullScalePos;
+    ensure(st.SpAmp, bins);
+    if (st.ModeFFT == 3) {
+        // The accumulator holds amplitudes; the trace's own spectrum is replaced by it.
+        ensure(st.PeakHoldAcc, bins);
+        for (int32_t i = 0; i < bins; ++i) {
+            float& held = st.PeakHoldAcc[size_t(i)];
+            if (st.SpAmp[size_t(i)] > held) held = st.SpAmp[size_t(i)];
+            st.SpAmp[size_t(i)] = held;
+        }
+    }
+    float hi = -fs, lo = fs;
+    redim(st.SpDisp, int64_t(bins) + 1);
+    if (st.PlayRew && st.BackTraceTop > 0) {
+        redim(st.BackDisp, int64_t(bins) + 1);
+        ensure(st.BackAmp, bins);
+        if (st.YLinear)
+            std::copy(st.BackAmp.begin(), st.BackAmp.begin() + bins, st.BackDisp.begin());
+        else
+            batch::decibels(st.BackAmp.data(), st.BackDisp.data(), bins, fs);
+    }
+    const float* amp = st.SpAmp.data();
+    if (st.YLinear) {
+        std::copy(amp, amp + bins, st.SpDisp.begin());
+        searchPeakAndFloor<true>(st, amp, hi, lo);
+    } else {
+        batch::decibels(amp, st.SpDisp.data(), bins, fs);
+        searchPeakAndFloor<false>(st, amp, hi, lo);
+    }
+    st.PeakAmp = hi;
+    st.PeakHoldBins = bins;
+    st.PeakFreq = f32(double(st.BinWidth) * st.PeakBin);
+    // Through the same arithmetic as SpDisp, so that the peak's column and PeakDb agree to the
+    // last bit (the top of a dBc plot is exactly the peak column).
+    const auto dbOf = [&](int32_t bin) {
+        const float a = bin >= 0 && size_t(bin) < st.SpAmp.size() ? st.SpAmp[size_t(bin)] : 0.0f;
+        float d = 0.0f;
+        batch::decibels(&a, &d, 1, fs);
+        return double(d);
+    };
+    st.PeakDb = f32(dbOf(st.PeakBin));
+    st.FloorDbRel = f32(dbOf(st.FloorBin) - double(st.TopDb));
+
+    SpectrumHooks& h = hooks(st);
+    if (st.AutotuneOn) h.afterPeakSearch(st);
+    if (st.WhiteningOn) h.whiten(st);
+    SamToWidth(st);
+}
+
+} // namespace kv

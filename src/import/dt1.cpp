@@ -1,0 +1,117 @@
+// Sensors & Software radar recordings: 16-bit traces in the .DT1 file, each behind a 128-byte
+// trace header, described by the text header of the same name with the extension .HD. Three
+// values are taken from the header by scanning for a few letters of their keys, in any case.
+#include "import/readers.h"
+
+#include "platform/files.h"
+#include "platform/numeric.h"
+
+#include <cctype>
+#include <initializer_list>
+#include <utility>
+
+namespace kv {
+
+namespace {
+
+/// Scans the header from the 1-based position `from` for a key, given as (offset, letter)
+/// pairs tested on upper-cased bytes. Returns the key's position, or 0 when it is not there.
+/// The scan counts with a 16-bit position, so a header longer than that can hold fails.
+int64_t scanHd(const ByteSource& hd, int64_t from,
+               std::initializer_list<std::pair<int, char>> letters) {
+    const int64_t last = int64_t(hd.size()) - 10;
+    if (last > 32767) throw ReadError("Overflow");
+    for (int64_t p = std::max<int64_t>(from, 1); p <= last; ++p) {
+        bool all = true;
+        for (const auto& [off, ch] : letters) {
+            if (std::toupper(hd.u8(uint64_t(p - 1 + off))) != ch) {
+                all = false;
+                break;
+            }
+        }
+        if (all) return p;
+    }
+    return 0;
+}
+
+/// Six characters from the 1-based position `pos` through Val.
+double sixChars(const ByteSource& hd, int64_t pos) {
+    if (pos < 1) throw ReadError("Bad record number");
+    return Val(hd.text(uint64_t(pos - 1), 6));
+}
+
+void Dt1Header(ImportContext& ctx) {
+    ProgramState& st = ctx.st;
+    auto hd = ctx.open(st.HdPath);
+    // A key that is missing leaves its value position just past the start of the file, and
+    // what is read from there is whatever stands there.
+    int64_t v = scanHd(*hd, 1,
+                       {{0, 'N'},
+                        {1, 'U'},
+                        {2, 'M'},
+                        {4, 'E'},
+                        {10, 'T'},
+                        {11, 'R'},
+                        {12, 'A'},
+                        {13, 'C'},
+                        {15, 'S'}}) +
+                21; // NUMBER OF TRACES
+    st.TraceCount = checkedInt32(sixChars(*hd, v));
+    v = scanHd(*hd, v, {{0, 'P'}, {1, 'T'}, {2, 'S'}, {3, '/'}, {4, 'T'}, {5, 'R'}, {6, 'C'}}) +
+        10; // PTS/TRC
+    st.Dt1Samples = checkedInt32(sixChars(*hd, v));
+    st.TraceLength = st.Dt1Samples;
+    v = scanHd(*hd, v,
+               {{0, 'T'}, {1, 'I'}, {2, 'M'}, {3, 'E'}, {5, 'W'}, {6, 'I'}, {7, 'N'}, {8, 'D'}}) +
+        14; // TIME WINDOW
+    st.TimeWindowNs = sixChars(*hd, v);
+    const float interval =
+        f32(checkedDiv(1e-9 * st.TimeWindowNs, double(st.Dt1Samples))); // kept as f32
+    st.SampleRate = checkedDiv(1.0, double(interval));
+    fitTraceLength(st, st.Dt1Samples);
+}
+
+void Dt1Traces(ImportContext& ctx) {
+    ProgramState& st = ctx.st;
+    auto src = openSourceSized(ctx);
+    st.Dt1DataPos = 129;
+    if (st.Dt1Samples < 0) throw ReadError("Subscript out of range");
+    std::vector<int16_t> raw(size_t(st.Dt1Samples) + 1);
+    std::vector<float> trace(size_t(std::max<int32_t>(st.Sp_Samples, 0)));
+    // Each trace has a 128-byte trace header in front of it, skipped.
+    const int64_t stride = int64_t(st.Dt1Samples) * 2 + 128;
+    const int64_t upto = st.PadWithZero ? st.Dt1Samples : st.Sp_Samples;
+    TraceOutput out(ctx, st.TempPath);
+    for (int32_t t = 0; t < st.TraceCount; ++t) {
+        if (!out.next(t)) break;
+        std::fill(trace.begin(), trace.end(), 0.0f);
+        const int64_t pos = checkedInt32(double(st.Dt1DataPos) + double(stride) * t);
+        src->read(uint64_t(pos - 1), raw.data(), raw.size() * 2);
+        copySamples(raw, trace, upto);
+        for (int64_t i = 0; i < upto; ++i) {
+            st.Dt1Max = std::max(st.Dt1Max, trace[size_t(i)]);
+            st.Dt1Min = std::min(st.Dt1Min, trace[size_t(i)]);
+        }
+        out.write(trace);
+    }
+    out.finish();
+    // Full scale is the larger of the extremes, the same both ways.
+    const float fs = -st.Dt1Min <= st.Dt1Max ? f32(Fix(st.Dt1Max)) : f32(Fix(st.Dt1Min) * -1);
+    st.FullScalePos = st.FullScaleNeg = fs >= 33000.0f ? 32767.0f : fs;
+}
+
+} // namespace
+
+void ReadDt1(ImportContext& ctx) {
+    ProgramState& st = ctx.st;
+    st.SampleBits = 16;
+    st.Dt1Max = 0;
+    st.Dt1Min = 0;
+    st.HdPath = findCompanion(replaceAllNoCase(st.SourcePath, ".DT1", ".HD"));
+    withCorruptedFileHandler(ctx, [&] {
+        Dt1Header(ctx);
+        Dt1Traces(ctx);
+    });
+}
+
+} // namespace kv

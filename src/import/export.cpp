@@ -1,0 +1,24 @@
+// The Export command: one save dialog offering the project file and the GSSI-compatible file,
+// and the writer its extension names.
+#include "import/export.h"
+
+#include "core/workbench.h"
+#include "platform/files.h"
+
+namespace kv {
+
+void ExportFile(Workbench& wb) {
+    try {
+        // The dialog's options (kExportDialogFlags) are the host's: it asks before overwriting.
+        FileChoice choice = wb.host.saveFile(kExportFilter, "Export file", 1, "");
+        if (choice.cancelled) return;
+        const std::string title = upperAscii(choice.title);
+        const std::string ext = title.size() >= 3 ? title.substr(title.size() - 3) : title;
+        if (ext == "DZT") DztWrite(wb, choice.path);
+        if (ext == "KVD") ProjectWrite(wb, choice.path);
+    } catch (...) {
+        // Any failure simply ends the command.
+    }
+}
+
+} // namespace kv

@@ -1,0 +1,156 @@
+// The Spectrum view's scroll bar, playback timer and redraw chain.
+#include "views/spectrum/spectrum_form.h"
+
+#include "core/lifecycle.h"
+#include "core/workbench.h"
+#include "engine/engine.h"
+
+#include <algorithm>
+
+namespace kv::spectrum {
+
+SpectrumFeed feedFrom(const ProgramState& st) {
+    SpectrumFeed f;
+    f.ColVal = st.ColVal;
+    f.ColLogX = st.ColLogX;
+    f.SpanCol = st.SpanCol;
+    f.ColumnCount = st.ColumnCount;
+    f.SpanBins = st.SpanBins;
+    f.PeakDb = st.PeakDb;
+    f.PeakFreq = st.PeakFreq;
+    f.MaxFreq = st.MaxFreq;
+    f.BinWidth = st.BinWidth;
+    f.SpanLowFreq = st.SpanLowFreq;
+    f.SpanHighFreq = st.SpanHighFreq;
+    return f;
+}
+
+namespace {
+
+/// The view is laid out for this data set and this plot; the fold's top level follows it.
+void setLaidOut(ProgramState& st) {
+    st.ViewLaidOut = true;
+    UpdateTopDb(st);
+}
+
+} // namespace
+
+void SpectrumForm::showPeak() {
+    wb_.cmd.panel(6) = view_.peakStatus();
+    wb_.cmd.touch();
+    if (onDrawn) onDrawn();
+}
+
+void SpectrumForm::layOutIfNeeded(const SpectrumFeed& f) {
+    if (wb_.st.ViewLaidOut) return;
+    view_.Resized(wb_.st, f);
+    setLaidOut(wb_.st);
+}
+
+void SpectrumForm::resizePlot(int w, int h) {
+    if (w == view_.PlotW() && h == view_.PlotH()) return;
+    view_.setPlotSize(w, h);
+    ProgramState& st = wb_.st;
+    if (st.TempPath.empty() || !st.SpectrumOpen) return;
+    st.PlotColumns = view_.PlotColumns();
+    // The fold depends on the plot's width: fold the trace on show again for the new one.
+    const bool idle = st.Idle;
+    FyllSpData(st);
+    st.Idle = idle;
+    view_.Resized(st, feedFrom(st));
+    setLaidOut(st);
+    view_.ReDrawMode2(st);
+    showPeak();
+}
+
+void SpectrumForm::firstDraw() {
+    ProgramState& st = wb_.st;
+    HSMaxCh();
+    hs_.Value = st.TracePos;
+    st.PlotColumns = view_.PlotColumns();
+    FyllSpData(st);
+    view_.Resized(st, feedFrom(st));
+    setLaidOut(st);
+    showPeak();
+}
+
+void SpectrumForm::relayout() {
+    if (wb_.st.TempPath.empty()) return;
+    // A scale change can change what the engine leaves (dB or linear values): build the trace
+    // on show again before laying out.
+    const bool idle = wb_.st.Idle;
+    FyllSpData(wb_.st);
+    wb_.st.Idle = idle;
+    // A re-read data set may have another trace count; the scroll bar keeps up with it.
+    hs_.Max = std::max<int>(0, wb_.st.LastTrace);
+    hs_.Value = std::clamp<int>(wb_.st.TracePos, hs_.Min, hs_.Max);
+    view_.Resized(wb_.st, feedFrom(wb_.st));
+    setLaidOut(wb_.st);
+    showPeak();
+}
+
+void SpectrumForm::HSMaxCh() {
+    ProgramState& st = wb_.st;
+    BigFile(st);
+    hs_.Min = 0;
+    hs_.Max = std::max<int>(0, st.LastTrace);
+    if (st.ModeFFT == 4) hs_.Value = 0;
+}
+
+void SpectrumForm::HS_Change(int value) {
+    hs_.Value = std::clamp(value, hs_.Min, hs_.Max);
+    if (wb_.st.Idle) ScrollNu();
+    view_.ShowMax(wb_.st, feedFrom(wb_.st));
+    showPeak();
+}
+
+void SpectrumForm::ScrollNu() {
+    ProgramState& st = wb_.st;
+    if (!st.Idle) return;
+    peakHoldOnMove(st, hs_.Value);
+    st.TracePos = static_cast<int16_t>(hs_.Value);
+    setCurrentTracePos(st);
+    FyllSpData(st);
+    // The other views follow without turning round to scroll this one.
+    st.Idle = false;
+    if (st.PhaseOpen) wb_.views.traceChanged(wb_, ViewId::Phase);
+    if (st.OscOpen) wb_.views.traceChanged(wb_, ViewId::Oscope);
+    st.Idle = true;
+    const SpectrumFeed f = feedFrom(st);
+    layOutIfNeeded(f);
+    view_.Draw_s(st, f);
+}
+
+void SpectrumForm::DrawTimer() {
+    ProgramState& st = wb_.st;
+    st.TracePos = static_cast<int16_t>(std::clamp<int>(st.TracePos, hs_.Min, hs_.Max));
+    hs_.Value = st.TracePos;
+    const SpectrumFeed f = feedFrom(st);
+    layOutIfNeeded(f);
+    view_.Draw_s(st, f);
+    view_.ShowMax(st, f);
+    showPeak();
+}
+
+void SpectrumForm::LastPart() {
+    HS_Change(hs_.Max);
+}
+
+void SpectrumForm::tmrFFT_Timer() {
+    if (tmrFFT_Tick(wb_.st, hs_)) HS_Change(hs_.Value);
+}
+
+void SpectrumForm::finalDraw() {
+    ProgramState& st = wb_.st;
+    const SpectrumFeed f = feedFrom(st);
+    if (st.ModeFFT != 2) view_.Draw_s(st, f);
+    view_.ShowMax(st, f);
+    showPeak();
+}
+
+void SpectrumForm::clearPicture() {
+    view_.Cls(wb_.st);
+    if (onDrawn) onDrawn();
+}
+
+} // namespace kv::spectrum

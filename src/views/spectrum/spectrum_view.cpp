@@ -1,0 +1,486 @@
+// The Spectrum view's layout and drawing.
+#include "views/spectrum/spectrum_view.h"
+
+#include "core/program_state.h"
+#include "engine/display_map.h"
+#include "platform/numeric.h"
+#include "views/raster_lines.h"
+
+#include <QFont>
+#include <QFontMetrics>
+#include <QLine>
+#include <QPainter>
+#include <QPen>
+#include <algorithm>
+#include <cmath>
+
+namespace kv::spectrum {
+
+namespace {
+
+// Points far outside the plot (silent bins sit near -FullScalePos / 2 on a log axis) are pulled
+// in to a distance the rasteriser handles; on screen the visible part of such a segment is the
+// same to well below a pixel.
+constexpr double kFar = 1.0e6;
+
+int pixel(double v) {
+    if (!std::isfinite(v)) return v < 0 ? -int(kFar) : int(kFar);
+    return toInt32(std::clamp(v, -kFar, kFar));
+}
+
+QPen plotPen(QRgb c, int width) {
+    QPen pen{QColor(c)};
+    pen.setWidth(width);
+    pen.setCosmetic(true);
+    pen.setCapStyle(Qt::FlatCap);
+    return pen;
+}
+
+// Width-1 lines, the playback path, go straight into the picture; wider ones (the grid in bar
+// mode) through Qt.
+void strokePolyline(QImage& img, const QPoint* pts, int n, QRgb c, int width) {
+    if (n <= 0) return;
+    if (width <= 1) {
+        rasterPolyline(img, pts, n, c);
+        return;
+    }
+    QPainter p(&img);
+    p.setRenderHint(QPainter::Antialiasing, false);
+    p.setPen(plotPen(c, width));
+    if (n == 1)
+        p.drawPoint(pts[0]);
+    else
+        p.drawPolyline(pts, n);
+}
+
+void strokeLines(QImage& img, const std::vector<QLine>& lines, QRgb c, int width) {
+    if (lines.empty()) return;
+    if (width <= 1) {
+        rasterLines(img, lines.data(), int(lines.size()), c);
+        return;
+    }
+    QPainter p(&img);
+    p.setRenderHint(QPainter::Antialiasing, false);
+    p.setPen(plotPen(c, width));
+    p.drawLines(lines.data(), int(lines.size()));
+}
+
+} // namespace
+
+void SpectrumView::setPlotSize(int w, int h) {
+    w = std::max(w, 0);
+    h = std::max(h, 0);
+    if (w == PlotW_ && h == PlotH_ && surface_.width() == std::max(w, 1)) return;
+    PlotW_ = w;
+    PlotH_ = h;
+    surface_.resize(w, h, qRgb(0, 0, 0));
+    CurveCount_ = 1;
+}
+
+int32_t SpectrumView::PlotColumns() const {
+    return plotColumnsFor(PlotW_);
+}
+
+float SpectrumView::topDbFor(const ProgramState& st, const SpectrumFeed& f) const {
+    return st.dBFS_On ? float(st.Offset_Log) : f.PeakDb;
+}
+
+void SpectrumView::computeFactors(const ProgramState& st, const SpectrumFeed& f) {
+    BinsHalf_ = st.Fft_Samples / 2;
+    LogBinsHalf_ = Log10(BinsHalf_, st.FullScalePos);
+    ColStep_ = f.ColumnCount > 0 ? f32(double(PlotW_) / f.ColumnCount) : 0.0f;
+    AmpScale_ = st.FullScalePos != 0 ? f32(double(PlotH_) / st.FullScalePos) : 0.0f;
+    LogStep_ = LogBinsHalf_ != 0 ? f32(PlotW_ / LogBinsHalf_) : 0.0f;
+    DbScale_ = st.PlotRange != 0 ? f32(double(PlotH_) / -double(st.PlotRange)) : 0.0f;
+    LinScale_ = st.Offset_Lin != 0 ? f32(double(AmpScale_) * 100.0 / st.Offset_Lin) : 0.0f;
+    TopDb_ = topDbFor(st, f);
+}
+
+void SpectrumView::setYCaption(const ProgramState& st) {
+    txtText_ = yAxisText(st.YLinear, st.dBFS_On, yStep_);
+}
+
+void SpectrumView::Resized(ProgramState& st, const SpectrumFeed& f) {
+    FirstDrawOffset(st);
+    computeFactors(st, f);
+    CurveCount_ = 1;
+    CurvePoints_.clear();
+    surface_.fill(colorFromIni(st.FFT_BackColor));
+    LineWidth(st, f.ColumnCount);
+    DrawGrid(st, f);
+    setYCaption(st);
+    Draw_s(st, f);
+    if (st.LevelOn) VisaDb(st, f);
+    PeakPrefix_ = frequencyUnit(f.PeakFreq).unit;
+    ShowMax(st, f);
+}
+
+void SpectrumView::UpdateFFT_A(ProgramState& st, const SpectrumFeed& f) {
+    computeFactors(st, f);
+    LineWidth(st, f.ColumnCount);
+    DrawGrid(st, f);
+    Cls(st);
+    Draw_s(st, f);
+    ShowMax(st, f);
+    setYCaption(st);
+}
+
+void SpectrumView::DrawGrid(const ProgramState& st, const SpectrumFeed& f) {
+    XAxis x;
+    if (st.DrSet == 2)
+        x = DrawXLog(PlotW_, st.Sp_Samples, f.MaxFreq, f.BinWidth, st.FullScalePos);
+    else if (st.SpanActive)
+        x = spanXAxis(PlotW_, f.SpanLowFreq, f.SpanHighFreq - f.SpanLowFreq);
+    else
+        x = ShowX_lab(PlotW_, f.MaxFreq, f.SpanFactor);
+    GridXs_ = std::move(x.GridXs);
+    xLabels_ = std::move(x.labels);
+    XUnitText_ = std::move(x.unitText);
+    xStepText_ = std::move(x.stepText);
+
+    const YAxis y = st.YLinear ? DrawYLinear(st.Offset_Lin, PlotH_)
+                               : DrawYDb(st.dBFS_On ? st.Offset_Log : 0, st.PlotRange, PlotH_);
+    GridYs_ = y.GridYs;
+    lbly_ = y.lbly;
+    // The level caption names the dB step, the difference of two neighbouring labels.
+    yStep_ = y.step;
+}
+
+void SpectrumView::Cls(const ProgramState& st) {
+    surface_.fill(colorFromIni(st.FFT_BackColor));
+}
+
+void SpectrumView::LineWidth(const ProgramState& st, int32_t Sp_Bins) {
+    if (st.AS_Bar == 1 && Sp_Bins > 0)
+        DrawWidth_ = std::max(1, int(std::ceil(double(PlotW_) / Sp_Bins)));
+    else
+        DrawWidth_ = 1;
+}
+
+void SpectrumView::ReDrawMode2(const ProgramState& st) {
+    if (st.ModeFFT != 2) return;
+    Cls(st);
+}
+
+void SpectrumView::ShowMax(const ProgramState& st, const SpectrumFeed& f) {
+    const PeakText t = peakText(st.dBFS_On, f.PeakDb, f.PeakFreq);
+    peakStatus_ = t.status;
+    peakLabel_ = {0, 0, t.label, true};
+}
+
+void SpectrumView::VisaDb(const ProgramState& st, const SpectrumFeed& f) {
+    LevelY_ = levelLineY(st.dBFS_On, f.LevelDb, st.Offset_Log, st.PlotRange, PlotH_);
+    levelShown_ = true;
+    lbldbS_ = {PlotW_, pixel(LevelY_), shortestText(f.LevelDb) + "dB", true};
+}
+
+int SpectrumView::yOf(const ProgramState& st, float value) const {
+    if (st.YLinear) return pixel(double(f32(float(PlotH_) - value * LinScale_)));
+    return pixel(double(f32((value - TopDb_) * DbScale_)));
+}
+
+std::vector<QPoint> SpectrumView::curveFor(const ProgramState& st, const SpectrumFeed& f,
+                                           XRule rule) const {
+    std::vector<QPoint> pts;
+    const bool bars = st.AS_Bar == 1;
+    if (rule == XRule::Span) {
+        const int32_t n = std::min<int64_t>(f.SpanBins, int64_t(f.SpanCol.size()));
+        if (f.SpanBins < 2 || n < 1) return pts;
+        const float step = f32(double(PlotW_) / (f.SpanBins - 1));
+        pts.reserve(size_t(n));
+        for (int32_t j = 0; j < n; ++j) {
+            const int x = j == f.SpanBins - 1 ? PlotW_ : pixel(double(f32(step * float(j))));
+            pts.emplace_back(x, yOf(st, f.SpanCol[size_t(j)]));
+        }
+        return pts;
+    }
+    const int32_t cols = f.ColumnCount;
+    if (rule == XRule::Log) {
+        const int32_t last =
+            std::min<int64_t>(cols, int64_t(std::min(f.ColVal.size(), f.ColLogX.size())));
+        pts.reserve(size_t(std::max(last, 0)));
+        for (int32_t j = 1; j < last; ++j)
+            pts.emplace_back(pixel(double(f.ColLogX[size_t(j)]) * LogStep_),
+                             yOf(st, f.ColVal[size_t(j)]));
+        return pts;
+    }
+    // Linear: a dB plot runs to the last column but one, a linear plot one column shorter.
+    const int32_t upper = st.YLinear ? cols - 2 : cols - 1;
+    const int32_t shift = bars ? 1 : 0;
+    const int64_t avail = int64_t(f.ColVal.size()) - shift;
+    const int32_t last = int32_t(std::min<int64_t>(upper, avail - 1));
+    pts.reserve(size_t(std::max(last + 1, 0)));
+    for (int32_t j = 0; j <= last; ++j)
+        pts.emplace_back(pixel(double(f32(ColStep_ * float(j + shift)))),
+                         yOf(st, f.ColVal[size_t(j + shift)]));
+    return pts;
+}
+
+void SpectrumView::repairGrid(QImage& img, const ProgramState& st, bool onlyWhenShown) const {
+    const bool shown = st.FFT_ShowGrid == 1;
+    if (onlyWhenShown && !shown) return;
+    std::vector<QLine> lines;
+    lines.reserve(GridXs_.size() + GridYs_.size());
+    for (int x : GridXs_)
+        lines.emplace_back(x, 0, x, PlotH_);
+    for (int y : GridYs_)
+        lines.emplace_back(0, y, PlotW_, y);
+    strokeLines(img, lines, colorFromIni(shown ? st.FFT_GridColor : st.FFT_BackColor), DrawWidth_);
+}
+
+void SpectrumView::drawBars(QImage& img, const std::vector<QPoint>& pts, QRgb c) const {
+    // Each point draws the open outline of the bar before it, centred on that earlier point;
+    // the first outline belongs to the corner (0, PlotH) and the last point gets none.
+    std::vector<QLine> lines;
+    lines.reserve(pts.size() * 3);
+    int prevX = 0, prevY = PlotH_;
+    for (const QPoint& pt : pts) {
+        const int hw = (pt.x() - prevX) / 2;
+        const int left = prevX - hw, right = pt.x() - hw;
+        lines.emplace_back(left, prevY, left, PlotH_);
+        lines.emplace_back(left, prevY, right, prevY);
+        lines.emplace_back(right, prevY, right, PlotH_);
+        prevX = pt.x();
+        prevY = pt.y();
+    }
+    strokeLines(img, lines, c, 1);
+}
+
+void SpectrumView::erasingDraw(const ProgramState& st, const SpectrumFeed& f, XRule rule) {
+    const QRgb back = colorFromIni(st.FFT_BackColor);
+    const QRgb line = colorFromIni(st.FFT_LineColor);
+    if (rule == XRule::Span) DbScale_ = f32(double(PlotH_) / -double(st.PlotRange));
+    QImage& img = surface_.image();
+    // The old curve goes by drawing it again in the background colour: no flicker, and the
+    // plot keeps whatever else is on it.
+    if (CurveCount_ > 1)
+        strokePolyline(img, CurvePoints_.data(), CurveCount_ - 1, back, DrawWidth_);
+    TopDb_ = topDbFor(st, f);
+    // Bars cannot be erased by a polyline: the whole plot goes.
+    if (st.AS_Bar == 1) img.fill(back);
+    if (rule == XRule::Linear) ShowMax(st, f);
+    // The erasing cut into the grid; put it back.
+    repairGrid(img, st, false);
+    CurveCount_ = 1;
+    std::vector<QPoint> pts = curveFor(st, f, rule);
+    if (st.AS_Bar == 1) {
+        drawBars(img, pts, line);
+        CurvePoints_.clear();
+        return;
+    }
+    strokePolyline(img, pts.data(), int(pts.size()), line, DrawWidth_);
+    CurveCount_ = int32_t(pts.size()) + 1;
+    CurvePoints_ = std::move(pts);
+}
+
+void SpectrumView::stackedDraw(const ProgramState& st, const SpectrumFeed& f, XRule rule) {
+    const QRgb line = colorFromIni(st.FFT_LineColor);
+    if (rule == XRule::Span) DbScale_ = f32(double(PlotH_) / -double(st.PlotRange));
+    TopDb_ = topDbFor(st, f);
+    QImage& img = surface_.image();
+    repairGrid(img, st, true);
+    const std::vector<QPoint> pts = curveFor(st, f, rule);
+    if (st.AS_Bar == 1) {
+        drawBars(img, pts, line);
+        return;
+    }
+    // Segment by segment from the bottom-left corner; nothing is kept, nothing erased.
+    std::vector<QLine> lines;
+    lines.reserve(pts.size());
+    QPoint prev(0, PlotH_);
+    for (const QPoint& pt : pts) {
+        lines.emplace_back(prev, pt);
+        prev = pt;
+    }
+    strokeLines(img, lines, line, 1);
+}
+
+void SpectrumView::DrawLinX(const ProgramState& st, const SpectrumFeed& f) {
+    erasingDraw(st, f, XRule::Linear);
+}
+void SpectrumView::DrawLogX(const ProgramState& st, const SpectrumFeed& f) {
+    erasingDraw(st, f, XRule::Log);
+}
+void SpectrumView::DrawSpan(const ProgramState& st, const SpectrumFeed& f) {
+    erasingDraw(st, f, XRule::Span);
+}
+void SpectrumView::DrawLinX_Stak(const ProgramState& st, const SpectrumFeed& f) {
+    stackedDraw(st, f, XRule::Linear);
+}
+void SpectrumView::DrawLogX_Stak(const ProgramState& st, const SpectrumFeed& f) {
+    stackedDraw(st, f, XRule::Log);
+}
+void SpectrumView::DrawSpan_Stak(const ProgramState& st, const SpectrumFeed& f) {
+    stackedDraw(st, f, XRule::Span);
+}
+
+void SpectrumView::Draw_s(const ProgramState& st, const SpectrumFeed& f) {
+    if (PlotW_ <= 0 || PlotH_ <= 0) return;
+    const bool stacked = st.ModeFFT == 2;
+    if (st.DrSet == 1) {
+        if (st.SpanActive) {
+            if (stacked) {
+                DrawSpan_Stak(st, f);
+            } else {
+                Cls(st);
+                DrawSpan(st, f);
+            }
+        } else if (stacked) {
+            DrawLinX_Stak(st, f);
+        } else {
+            DrawLinX(st, f);
+        }
+    } else if (st.DrSet == 2) {
+        if (st.SpanActive)
+            stacked ? DrawSpan_Stak(st, f) : DrawSpan(st, f);
+        else
+            stacked ? DrawLogX_Stak(st, f) : DrawLogX(st, f);
+    }
+}
+
+// ---- The pointer cross ---------------------------------------------------------------------
+
+void SpectrumView::MouseDown(const ProgramState& st, const SpectrumFeed& f, int button, float x,
+                             float y) {
+    PointerX_ = x;
+    PointerY_ = y;
+    // The pop-up belongs to the markers; until a marker has been set it does not come up.
+    if (MarkersActive_ && button == 2) popupRequested_ = true;
+    if (button != 1 || !st.MarkerMode) PointerReadout(st, f);
+}
+
+void SpectrumView::MouseMove(const ProgramState& st, const SpectrumFeed& f, int button, float x,
+                             float y) {
+    PointerX_ = x;
+    PointerY_ = y;
+    // The cross blinks off at each move and follows only while the left button is held.
+    crossShown_ = false;
+    lblMyFr_.visible = lbldB_.visible = false;
+    if (button == 1) PointerReadout(st, f);
+}
+
+void SpectrumView::MouseUp() {
+    crossShown_ = false;
+    lblMyFr_.visible = lbldB_.visible = false;
+}
+
+bool SpectrumView::takePopupRequest() {
+    const bool r = popupRequested_;
+    popupRequested_ = false;
+    return r;
+}
+
+void SpectrumView::PointerReadout(const ProgramState& st, const SpectrumFeed& f) {
+    PointerInput in;
+    in.PointerX = PointerX_;
+    in.PointerY = PointerY_;
+    in.PlotW = PlotW_;
+    in.PlotH = PlotH_;
+    in.ScaleWidth = float(PlotW_);
+    in.ScaleHeight = float(PlotH_);
+    in.DrSet = st.DrSet;
+    in.SpanActive = st.SpanActive;
+    in.MaxFreq = f.MaxFreq;
+    in.SpanLowFreq = f.SpanLowFreq;
+    in.SpanHighFreq = f.SpanHighFreq;
+    in.BinWidth = f.BinWidth;
+    in.Sp_Samples = st.Sp_Samples;
+    in.FullScalePos = st.FullScalePos;
+    in.YLinear = st.YLinear;
+    in.dBFS_On = st.dBFS_On;
+    in.Offset_Lin = st.Offset_Lin;
+    in.PlotRange = st.PlotRange;
+    in.Offset_Log = st.Offset_Log;
+    in.MarkerMode = st.MarkerMode;
+    const auto t = spectrum::PointerReadout(in);
+    if (!t) return;
+    crossShown_ = t->showLines;
+    crossRow_ = t->row;
+    FreqShown_ = t->FreqShown;
+    FreqUnit_ = t->FreqUnit;
+    // The frequency sits just right of the cross, above its row; the level directly left of it.
+    const int lx = pixel(double(PointerX_)) + 6;
+    const int ly = std::max(0, t->row - 16);
+    lblMyFr_ = {lx, ly, t->lblMyFr, true};
+    lbldB_ = {lx, ly, t->lbldB, !st.MarkerMode};
+}
+
+// ---- The view as its window shows it -------------------------------------------------------
+
+QSize plotSizeFor(QSize window) {
+    const PlotMargins m;
+    return {std::max(0, window.width() - m.left - m.right),
+            std::max(0, window.height() - m.top - m.bottom)};
+}
+
+void paintSpectrumView(QPainter& p, const SpectrumView& v, const ProgramState& st) {
+    const PlotMargins m;
+    const QRect all = p.viewport();
+    p.fillRect(all, QColor(240, 240, 240));
+    p.drawImage(m.left, m.top, v.surface().image());
+    QFont font = p.font();
+    font.setPixelSize(11);
+    p.setFont(font);
+    const QFontMetrics fm(font);
+    const int asc = fm.ascent();
+    p.setPen(QColor(0, 0, 0));
+
+    // Level labels: lbly(0) at the top edge, lbly(i) at GridYs(i).
+    const auto& ly = v.lbly();
+    for (size_t i = 0; i < ly.size(); ++i) {
+        const int row = i == 0 ? 0 : v.GridYs()[i - 1];
+        const QString s = QString::fromStdString(ly[i]);
+        const int y = std::clamp(m.top + row - fm.height() / 2, 0, all.height() - fm.height());
+        p.drawText(m.left - 4 - fm.horizontalAdvance(s), y + asc, s);
+    }
+    // Frequency labels, centred under their grid line.
+    const int xRow = m.top + v.PlotH() + 3;
+    int freeFrom = 0;
+    for (const auto& l : v.xLabels()) {
+        const QString s = QString::fromStdString(l.text);
+        const int tw = fm.horizontalAdvance(s);
+        // The last label stands on the right edge: keep it whole inside the window.
+        const int x = std::min(m.left + l.x - tw / 2, all.width() - tw - 2);
+        // Log marks crowd at the top of each decade; a label that would run into the one before
+        // it is left out rather than printed over it.
+        if (x < freeFrom) continue;
+        p.drawText(x, xRow + asc, s);
+        freeFrom = x + tw + 4;
+    }
+    const QString unit = QString::fromStdString(v.XUnitText() + "   " + v.xStepText());
+    p.drawText(all.width() - m.right - fm.horizontalAdvance(unit), xRow + fm.height() + asc, unit);
+    const QString cap = QString::fromStdString(v.txtText());
+    p.drawText(all.width() - m.right - fm.horizontalAdvance(cap), 4 + asc, cap);
+    if (v.peakLabel().visible)
+        p.drawText(m.left + v.peakLabel().x, 4 + asc, QString::fromStdString(v.peakLabel().text));
+
+    if (v.levelLineShown()) {
+        const int y = m.top + int(std::lround(v.LevelY()));
+        p.setPen(QColor(255, 0, 0));
+        p.drawLine(m.left, y, m.left + v.PlotW() - 1, y);
+        p.drawText(m.left + v.PlotW() + 2, y + asc / 2, QString::fromStdString(v.lbldbS().text));
+    }
+    if (v.crossShown()) {
+        // The cross stands out from the plot's background whatever colours the user chose.
+        const QRgb c = colorFromIni(st.FFT_BackColor) ^ 0x00FFFFFFu;
+        p.setPen(QColor(c));
+        const int x = m.left + int(std::lround(v.PointerX()));
+        p.drawLine(x, m.top, x, m.top + v.PlotH());
+        p.drawLine(m.left, m.top + v.crossRow(), m.left + v.PlotW(), m.top + v.crossRow());
+    }
+    if (v.lblMyFr().visible) {
+        const QString fr = QString::fromStdString(v.lblMyFr().text);
+        const int x = m.left + v.lblMyFr().x, y = m.top + v.lblMyFr().y;
+        p.fillRect(x, y, fm.horizontalAdvance(fr), fm.height(), QColor(255, 255, 225));
+        p.setPen(QColor(0, 0, 0));
+        p.drawText(x, y + asc, fr);
+        if (v.lbldB().visible) {
+            const QString db = QString::fromStdString(v.lbldB().text);
+            const int w = fm.horizontalAdvance(db);
+            p.fillRect(x - w, y, w, fm.height(), QColor(255, 255, 225));
+            p.drawText(x - w, y + asc, db);
+        }
+    }
+}
+
+} // namespace kv::spectrum

@@ -1,0 +1,73 @@
+#!/usr/bin/python3
+"""kelvorandine-cli render end to end: the Spectrum view of the bundled sample as a PNG of the
+asked size, with the curve in the factory green, the trace chosen by --trace, and exit 1 when
+nothing could be opened. Usage: render_test.py CLI HOME_WITH_SAMPLE"""
+import json, os, shutil, struct, subprocess, sys, tempfile, zlib
+
+cli, factory = sys.argv[1], sys.argv[2]
+sample = os.path.join(factory, "samples", "sample_1khz.wav")
+failures = []
+
+
+def check(cond, what):
+    if not cond:
+        failures.append(what)
+        print("FAIL:", what)
+
+
+def read_png(path):
+    """Width, height and rows of (r, g, b) of an 8-bit RGB or RGBA PNG."""
+    data = open(path, "rb").read()
+    assert data[:8] == b"\x89PNG\r\n\x1a\n"
+    pos, idat = 8, b""
+    while pos < len(data):
+        n, kind = struct.unpack(">I4s", data[pos:pos + 8])
+        body = data[pos + 8:pos + 8 + n]
+        if kind == b"IHDR":
+            w, h, depth, ctype = struct.unpack(">IIBB", body[:10])
+        elif kind == b"IDAT":
+            idat += body
+        pos += 12 + n
+    assert depth == 8 and ctype in (2, 6)
+    bpp = 3 if ctype == 2 else 4
+    raw, stride, rows, prev = zlib.decompress(idat), w * bpp, [], bytearray(w * bpp)
+    for y in range(h):
+        f, line = raw[y * (stride + 1)], bytearray(raw[y * (stride + 1) + 1:(y + 1) * (stride + 1)])
+        for i in range(stride):
+            a = line[i - bpp] if i >= bpp else 0
+            b, c = prev[i], prev[i - bpp] if i >= bpp else 0
+            if f == 1: line[i] = (line[i] + a) & 255
+            elif f == 2: line[i] = (line[i] + b) & 255
+            elif f == 3: line[i] = (line[i] + (a + b) // 2) & 255
+            elif f == 4:
+                p = a + b - c
+                pa, pb, pc = abs(p - a), abs(p - b), abs(p - c)
+                line[i] = (line[i] + (a if pa <= pb and pa <= pc else b if pb <= pc else c)) & 255
+        rows.append([tuple(line[x * bpp:x * bpp + 3]) for x in range(w)])
+        prev = line
+    return w, h, rows
+
+
+with tempfile.TemporaryDirectory() as home:
+    for item in ("SP.ini", "pal"):
+        src = os.path.join(factory, item)
+        (shutil.copytree if os.path.isdir(src) else shutil.copy)(src, os.path.join(home, item))
+    out = os.path.join(home, "spectrum.png")
+    p = subprocess.run([cli, "render", sample, "--view", "spectrum", "--size", "640x400",
+                        "--trace", "7", "-o", out, "--home", home], capture_output=True, text=True)
+    check(p.returncode == 0, "render exits 0: %d %s" % (p.returncode, p.stderr))
+    j = json.loads(p.stdout)
+    check(j["TracePos"] == 7, "--trace sets the scroll position")
+    check(abs(j["PeakFreq"] - 984.375) < 1e-3, "the peak of the 1 kHz tone")
+    w, h, rows = read_png(out)
+    check((w, h) == (640, 400), "the picture has the asked size")
+    green = sum(1 for r in rows for px in r if px == (0, 255, 0))
+    check(green > 300, "the curve is drawn in the factory green (%d pixels)" % green)
+    check(rows[0][0] != (0, 255, 0) and rows[h - 1][w - 1] != (0, 255, 0),
+          "the corners are frame, not plot")
+
+    p = subprocess.run([cli, "render", os.path.join(home, "missing.wav"), "--view", "spectrum",
+                        "-o", out, "--home", home], capture_output=True, text=True)
+    check(p.returncode == 1, "a file that cannot be opened ends with exit 1")
+
+sys.exit(1 if failures else 0)

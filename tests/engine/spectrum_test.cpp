@@ -1,0 +1,316 @@
+// The spectrum of the trace on show: amplitudes under each window, the read of one float more
+// than a trace, the phase one index above the amplitude, Peak-hold and Average across traces,
+// and the peak search of the dB and linear scales.
+#include "engine/batch_math.h"
+#include "spectrum_bench.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+
+using namespace kv;
+using kv::test::sine;
+using kv::test::SpectrumBench;
+
+namespace {
+constexpr int32_t N = 1024;
+} // namespace
+
+TEST(SpectrumAmplitude, ASineOnABinReadsItsAmplitudeUnderEveryWindow) {
+    // How far each window's rounded gain lets the reading stray from the true amplitude.
+    const double tolerance[11] = {0, 0.01, 0.01, 0.02, 0.06, 0.01, 0.04, 0.01, 0.01, 0.01, 1e-5};
+    SpectrumBench b(N, 2, sine(300.0, 100, N));
+    for (int w = 1; w <= 10; ++w) {
+        b.st.FFT_Window = int16_t(w);
+        SetWindowName(b.st);
+        b.show(0);
+        EXPECT_NEAR(b.st.SpAmp[100] / 300.0, 1.0, tolerance[w]) << windowOptionName(w);
+        EXPECT_EQ(b.st.PeakBin, 100) << windowOptionName(w);
+        EXPECT_EQ(b.st.PeakFreq, b.st.BinWidth * 100);
+        EXPECT_FLOAT_EQ(b.st.PeakDb, float(20 * std::log10(b.st.SpAmp[100] / 1000.0)));
+        EXPECT_EQ(b.st.SpDisp[100], b.st.PeakDb) << "the peak column is exactly PeakDb";
+    }
+}
+
+TEST(SpectrumAmplitude, AConstantReadsTwiceItsValueAtDc) {
+    SpectrumBench b(N, 2, [](int64_t) { return 5.0; });
+    b.st.YLinear = true;
+    b.show(0);
+    EXPECT_FLOAT_EQ(b.st.SpAmp[0], 10.0f);
+    EXPECT_EQ(b.st.PeakBin, 0) << "in the linear scale DC takes part in the peak search";
+    EXPECT_EQ(b.st.SpDisp[0], b.st.SpAmp[0]);
+}
+
+TEST(SpectrumRead, TakesOneFloatOfTheNextTraceAndZeroAtTheEnd) {
+    SpectrumBench b(8, 2, [](int64_t t) { return double(t); });
+    b.show(0);
+    EXPECT_EQ(b.st.TraceBuf[0], 1.0f) << "the visible trace begins one sample late";
+    EXPECT_EQ(b.st.TraceBuf[7], 8.0f) << "and ends with the first sample of its neighbour";
+    b.show(1);
+    EXPECT_EQ(b.st.TraceBuf[0], 9.0f);
+    EXPECT_EQ(b.st.TraceBuf[7], 0.0f) << "past the end of the file";
+    // A negative position means the first trace.
+    b.st.CurrentTracePos = -5;
+    FyllSpData(b.st);
+    EXPECT_EQ(b.st.CurrentTracePos, b.st.FirstTracePos);
+    EXPECT_EQ(b.st.TraceBuf[0], 1.0f);
+}
+
+TEST(SpectrumRead, SeesAWorkingFileReplacedUnderTheSamePath) {
+    SpectrumBench b(8, 1, [](int64_t) { return 1.0; });
+    b.show(0);
+    EXPECT_EQ(b.st.TraceBuf[0], 1.0f);
+    // A new data set deletes the working file and writes a new one at the same path.
+    std::filesystem::remove(b.st.ActiveTracePath);
+    b.write(std::vector<float>(8, 2.0f));
+    b.show(0);
+    EXPECT_EQ(b.st.TraceBuf[0], 2.0f);
+    std::filesystem::remove(b.st.ActiveTracePath);
+    b.show(0);
+    EXPECT_EQ(b.st.TraceBuf[0], 0.0f) << "a missing working file reads as zeros";
+}
+
+TEST(SpectrumRead, FailsWithoutAWorkingFile) {
+    SpectrumBench b(8, 1, [](int64_t) { return 0.0; });
+    b.st.ActiveTracePath.clear();
+    EXPECT_ANY_THROW(FyllSpData(b.st));
+}
+
+TEST(SpectrumPhase, StandsOneIndexAboveTheAmplitude) {
+    SpectrumBench b(N, 2, [](int64_t t) { return 200 * std::cos(2 * M_PI * 100 * t / N); });
+    b.show(0);
+    // The trace is read from its second sample, so the cosine starts one step of its bin late.
+    EXPECT_NEAR(b.st.SpPhase[101], 360.0 * 100 / N, 1e-3);
+    EXPECT_NEAR(b.st.SpAmp[100], 200.0, 1e-3);
+    EXPECT_EQ(b.st.SpPhase[0], 0.0f);
+}
+
+TEST(SpectrumPhase, TheSingleTraceColumnsCarryThePhaseOfTheTraceBefore) {
+    SpectrumBench b(N, 2, [](int64_t t) {
+        const double ph = t < N ? 0.0 : M_PI / 2;
+        return 200 * std::cos(2 * M_PI * 100 * t / N + ph);
+    });
+    b.show(0);
+    const float first = b.st.SpPhase[101];
+    b.show(1);
+    EXPECT_NEAR(b.st.SpPhase[101] - first, 90.0, 1e-3);
+    EXPECT_EQ(b.st.ColPhase[101], first) << "columns are folded before the phase is computed";
+
+    // Average mode computes the phase first.
+    b.st.ModeFFT = 4;
+    b.st.AverVal = 1;
+    b.show(0);
+    EXPECT_EQ(b.st.ColPhase[101], b.st.SpPhase[101]);
+}
+
+TEST(SpectrumModes, PeakHoldKeepsTheMaximaUntilItIsReset) {
+    SpectrumBench b(N, 3, [](int64_t t) {
+        return t < N ? 300 * std::sin(2 * M_PI * 100 * t / N)
+                     : 200 * std::sin(2 * M_PI * 200 * t / N);
+    });
+    b.st.ModeFFT = 3;
+    b.show(0);
+    b.show(1);
+    EXPECT_NEAR(b.st.SpAmp[100], 300.0, 0.01);
+    EXPECT_NEAR(b.st.SpAmp[200], 200.0, 0.01);
+    EXPECT_EQ(b.st.PeakBin, 100);
+    EXPECT_EQ(b.st.PeakHoldBins, N / 2);
+
+    // A move back: the accumulator is cleared and plain traces show.
+    resetPeakHold(b.st);
+    b.st.ModeFFT = 1;
+    b.show(0);
+    EXPECT_NEAR(b.st.SpAmp[200], 0.0, 0.01);
+    // Forward again: only what is collected from here on.
+    b.st.ModeFFT = 3;
+    b.show(1);
+    EXPECT_NEAR(b.st.SpAmp[100], 0.0, 0.01);
+    EXPECT_NEAR(b.st.SpAmp[200], 200.0, 0.01);
+
+    // Every InitFftState forgets the held peaks as well.
+    InitFftState(b.st);
+    b.show(0);
+    EXPECT_NEAR(b.st.SpAmp[200], 0.0, 0.01);
+}
+
+TEST(SpectrumModes, AverageSumsAverValPlusOneTracesAndDividesByAverVal) {
+    SpectrumBench b(N, 6, sine(100.0, 100, N));
+    b.st.ModeFFT = 4;
+    b.st.AverVal = 2;
+    b.st.TraceStep = 2;
+    b.show(0);
+    EXPECT_NEAR(b.st.SpAmp[100], 150.0, 0.01) << "three identical traces give 1.5 times one";
+    EXPECT_EQ(b.st.CurrentTracePos, 1 + 2 * N * 4) << "left on the last trace of the group";
+}
+
+TEST(SpectrumModes, AverageLeavesTheLastElementAsTheLastTraceGaveIt) {
+    // Trace k holds the constant k + 1.
+    SpectrumBench b(N, 5, [](int64_t t) { return double(t / N + 1); });
+    b.st.ModeFFT = 4;
+    b.st.AverVal = 2;
+    b.st.TraceStep = 2;
+    b.st.YLinear = true;
+    b.show(0); // traces 0, 1, 2: (1 + 2 + 3) / 2 = 3, then one float of trace 3
+    EXPECT_FLOAT_EQ(b.st.SpAmp[0], float(2.0 * (3.0 * (N - 1) + 4.0) / N));
+    b.show(1); // traces 2, 3, 4: one trace of overlap, and the last float lies past the end
+    EXPECT_FLOAT_EQ(b.st.SpAmp[0], float(2.0 * (6.0 * (N - 1) + 0.0) / N));
+}
+
+namespace {
+
+/// A state holding a spectrum of eight bins, full scale 100, 10 Hz a bin.
+ProgramState eightBins(std::vector<float> amp) {
+    ProgramState st;
+    st.FullScalePos = 100.0f;
+    st.Fft_Samples = 16;
+    st.Sp_Bins = 8;
+    st.BinWidth = 10.0f;
+    st.SpAmp = std::move(amp);
+    return st;
+}
+
+} // namespace
+
+TEST(SpectrumPeak, DbSkipsTheLowestBinsAndLinearTakesTheLastOfEqualMaxima) {
+    ProgramState st = eightBins({0, 50, 3, 7, 1, 7, 2, 1, 0});
+    st.YLinear = true;
+    CreatedBArray(st);
+    EXPECT_EQ(st.PeakBin, 1);
+    EXPECT_EQ(st.PeakAmp, 50.0f);
+    st.YLinear = false;
+    CreatedBArray(st);
+    EXPECT_EQ(st.PeakBin, 3) << "bins 0 to 2 are never the peak in dB, and the first of equals";
+    EXPECT_EQ(st.PeakFreq, 30.0f);
+    EXPECT_FLOAT_EQ(st.PeakDb, float(20 * std::log10(0.07)));
+    st.SpAmp[1] = 0;
+    st.YLinear = true;
+    CreatedBArray(st);
+    EXPECT_EQ(st.PeakBin, 5) << "linear: the last of equal maxima";
+    // The floor: the smallest amplitude, relative to the top of the plot.
+    st.SpAmp = {4, 5, 6, 7, 8, 2, 9, 9, 0};
+    st.TopDb = -10.0f;
+    CreatedBArray(st);
+    EXPECT_FLOAT_EQ(st.FloorDbRel, float(20 * std::log10(0.02) + 10));
+}
+
+TEST(SpectrumPeak, SilenceIsFarUnderThePlotAndKeepsTheLastPeakBin) {
+    ProgramState st = eightBins(std::vector<float>(17, 0.0f));
+    st.PeakBin = 5;
+    CreatedBArray(st);
+    for (int i = 0; i < 8; ++i)
+        EXPECT_EQ(st.SpDisp[size_t(i)], -1000.0f);
+    EXPECT_EQ(st.PeakDb, -1000.0f);
+    EXPECT_EQ(st.PeakBin, 5) << "nothing after bin 2 stands above -FullScalePos dB";
+    EXPECT_EQ(st.PeakAmp, -100.0f);
+    // The linear scale has no such floor: the last of the equal zeros is the peak.
+    st.YLinear = true;
+    CreatedBArray(st);
+    EXPECT_EQ(st.PeakBin, 7);
+}
+
+TEST(SpectrumHelpers, Atan2AndLog10KeepTheirOwnBranches) {
+    EXPECT_EQ(Atan2(0, 0), 0.0);
+    EXPECT_EQ(Atan2(1, 0), 1.5707963267949);
+    EXPECT_EQ(Atan2(0, 0.5e-7), 0.0);
+    EXPECT_EQ(Atan2(-1, 0), -1.5707963267949);
+    EXPECT_EQ(Atan2(0, -1), 3.14159265358979);
+    EXPECT_EQ(Atan2(-1e-9, -1), std::atan(1e-9) - 3.14159265358979);
+    EXPECT_EQ(Log10(0.0, 2000.0f), -1000.0);
+    EXPECT_DOUBLE_EQ(Log10(1000.0, 2000.0f), 3.0);
+}
+
+TEST(SpectrumSetUp, BinWidthCarriesTheThinningFactor) {
+    ProgramState st;
+    st.SampleRate = 8000.0;
+    st.Fft_Samples = 1024;
+    st.NewDS = 4;
+    InitFftState(st);
+    EXPECT_FLOAT_EQ(st.BinWidth, 8000.0f / (4 * 1024));
+    EXPECT_EQ(st.Sp_Bins, 512);
+    EXPECT_EQ(st.MaxFreq, st.BinWidth * 512);
+    EXPECT_EQ(st.AmpCapacity, 2048);
+    EXPECT_EQ(st.SpAmp.size(), 2049u);
+    EXPECT_EQ(st.SpPhase.size(), 1025u);
+    EXPECT_EQ(st.PeakHoldAcc.size(), 513u);
+}
+
+TEST(SpectrumBackTrace, TheWaterfallsSecondTraceIsBuiltBesideTheFirst) {
+    SpectrumBench b(N, 4, [](int64_t t) {
+        return t >= 2 * N && t < 3 * N ? 300 * std::sin(2 * M_PI * 50 * t / N) : 0.0;
+    });
+    b.st.PlayRew = true;
+    b.st.BackTraceTop = 1;
+    b.st.BackTraceIndex = 2;
+    b.show(0);
+    EXPECT_EQ(b.st.BackTracePos, 1 + 2 * N * 4);
+    EXPECT_NEAR(b.st.BackAmp[50], 300.0, 0.01);
+    EXPECT_NEAR(b.st.SpAmp[50], 0.0, 0.01);
+    EXPECT_FLOAT_EQ(b.st.BackDisp[50], float(20 * std::log10(b.st.BackAmp[50] / 1000.0)));
+    EXPECT_EQ(b.st.BackCol[50], b.st.BackDisp[50]);
+}
+
+namespace {
+
+/// A filter that keeps bins 0..49 and their mirror, and a gain of 2 on the time trace.
+struct LowPassAndGain : SpectrumHooks {
+    int layouts = 0;
+    bool transformFilterOn(const ProgramState&) const override { return true; }
+    void filterTransform(const ProgramState&, float* re, float* im, int32_t n) const override {
+        for (int32_t k = 1; k <= n; ++k) {
+            const int32_t bin = k - 1;
+            if (bin >= 50 && bin <= n - 50) re[k] = im[k] = 0.0f;
+        }
+    }
+    float traceGain(const ProgramState&) const override { return 2.0f; }
+    void layOutSpectrumView(ProgramState& st) override {
+        ++layouts;
+        st.ViewLaidOut = true;
+    }
+};
+
+} // namespace
+
+TEST(SpectrumConditioning, TheFilterShapesBothSpectrumAndTraceAndTheGainTheTrace) {
+    SpectrumBench b(N, 2, [](int64_t t) {
+        return 100 * std::sin(2 * M_PI * 10 * t / N) + 100 * std::sin(2 * M_PI * 300 * t / N);
+    });
+    LowPassAndGain hooks;
+    b.st.spectrumHooks = &hooks;
+    b.show(0);
+    EXPECT_NEAR(b.st.SpAmp[10], 100.0, 0.01);
+    EXPECT_NEAR(b.st.SpAmp[300], 0.0, 0.01);
+    EXPECT_NEAR(b.st.SpAmp[N - 10], 100.0, 0.01) << "all N amplitudes, the upper half mirrored";
+    // The time trace is the filtered one, then doubled.
+    EXPECT_NEAR(b.st.TraceBuf[0], 2 * 100 * std::sin(2 * M_PI * 10 * 1 / N), 0.01);
+    EXPECT_EQ(hooks.layouts, 1);
+    b.show(1);
+    EXPECT_EQ(hooks.layouts, 1) << "the view is laid out once, while ViewLaidOut is false";
+}
+
+TEST(SpectrumArithmetic, WholeTraceDecibelsAndPhasesAgreeWithTheirDefinitions) {
+    std::vector<float> amp, re, im;
+    for (int e = -45; e <= 38; ++e)
+        for (float m : {1.0f, 1.2345f, 1.4142f, 1.4143f, 1.9999f}) {
+            amp.push_back(m * std::pow(10.0f, float(e) / 1.0f) / 10.0f);
+            re.push_back((e % 2 ? -1.0f : 1.0f) * amp.back());
+            im.push_back((e % 3 ? 1.0f : -1.0f) * m * 0.37f);
+        }
+    amp.push_back(0.0f);
+    re.push_back(0.0f);
+    im.push_back(0.0f);
+    re.push_back(5e-8f);
+    im.push_back(-3.0f);
+    amp.push_back(1e-40f); // subnormal
+    const int32_t n = int32_t(amp.size());
+    std::vector<float> db(amp.size()), deg(amp.size());
+    const float fs = 32767.0f;
+    batch::decibels(amp.data(), db.data(), n, fs);
+    batch::phaseDegrees(re.data(), im.data(), deg.data(), n, 3.14159265358979);
+    for (int32_t j = 0; j < n; ++j) {
+        const float want = float(20.0 * Log10(double(amp[size_t(j)] / fs), fs));
+        EXPECT_NEAR(db[size_t(j)], want, std::max(1e-4, std::fabs(want) * 3e-7)) << amp[size_t(j)];
+        const float wantDeg = float(Atan2(im[size_t(j)], re[size_t(j)]) / 3.14159265358979 * 180.0);
+        EXPECT_NEAR(deg[size_t(j)], wantDeg, 2e-4) << re[size_t(j)] << " " << im[size_t(j)];
+    }
+    EXPECT_EQ(db[size_t(n) - 2 - 0], -327670.0f) << "silence";
+}
