@@ -7,12 +7,7 @@
 //
 // prints one JSON object: seconds per run for each side, the ratio segyio / ours (above 1 means
 // ours is faster), both peak RSS figures, and the trace counts.
-#include "core/lifecycle.h"
-#include "core/settings.h"
-#include "core/workbench.h"
-#include "import/file_filters.h"
-#include "import/open.h"
-#include "platform/scripted_host.h"
+#include "bench_import.h"
 
 #include <segyio/segy.h>
 
@@ -62,16 +57,7 @@ void writeSegy(const std::string& path, int mb, int samples) {
 }
 
 long ours(const std::string& file, const std::string& home) {
-    ProgramState st;
-    CommandState cmd;
-    ScriptedHost host;
-    RecordingViewHost views;
-    Workbench wb{st, cmd, host, views};
-    st.AppPath = home;
-    MDIForm_Load(wb);
-    host.queueFile(file, filterIndexOf(st.Fil, FilterName::SEISMIC));
-    mnuOpen_Click(wb);
-    return st.TempPath.empty() ? -1 : st.TraceCount;
+    return kv::bench::importOnce(home, file, "SEISMIC");
 }
 
 long theirs(const std::string& file, const std::string& home) {
@@ -146,9 +132,7 @@ int main(int argc, char** argv) {
         else
             file = a;
     }
-    const fs::path home = fs::temp_directory_path() / ("kv-bench-segy-" + std::to_string(getpid()));
-    fs::create_directories(home);
-    std::ofstream(home / "SP.ini") << factorySettingsText();
+    const fs::path home = kv::bench::scratchHome("kv-bench-segy-");
     const bool generated = file.empty();
     if (generated) {
         file = (home / "bench.sgy").string();
