@@ -13,6 +13,7 @@
 #include "platform/files.h"
 #include "platform/scripted_host.h"
 
+#include "bench_import.h"
 #include "bench_wav.h"
 
 #include <benchmark/benchmark.h>
@@ -27,31 +28,10 @@
 
 namespace fs = std::filesystem;
 using namespace kv;
+using kv::bench::importOnce;
+using kv::bench::scratchHome;
 
 namespace {
-
-std::string scratchHome() {
-    fs::path p = fs::temp_directory_path() / ("kv-bench-" + std::to_string(::getpid()));
-    fs::create_directories(p);
-    std::ofstream(p / "SP.ini") << factorySettingsText();
-    return p.string();
-}
-
-int importOnce(const std::string& home, const std::string& file, const std::string& filter) {
-    ProgramState st;
-    CommandState cmd;
-    ScriptedHost host;
-    RecordingViewHost views;
-    Workbench wb{st, cmd, host, views};
-    st.AppPath = home;
-    MDIForm_Load(wb);
-    int index = filterIndexForFile(st.Fil, file);
-    FilterName f;
-    if (!filter.empty() && parseFilterName(filter, f)) index = filterIndexOf(st.Fil, f);
-    host.queueFile(file, index < 1 ? 1 : index);
-    mnuOpen_Click(wb);
-    return st.TempPath.empty() ? -1 : st.TraceCount;
-}
 
 void writeWav(const std::string& path, size_t samples) {
     std::ofstream f(path, std::ios::binary);

@@ -250,6 +250,13 @@ struct ProgramState {
     int32_t ZonSamples = 0;
     int32_t ZonDataPos = 0;
 
+    // ---- Readers: seismic, scope and table files ----------------------------------------------
+    /// Smallest SEG-Y sample seen. The Seismic entry resets it, the Radsys entry does not, so a
+    /// second Radsys import starts from the previous minimum.
+    float SgyMin = 0.0f;
+    float TekVoltDiv = 0.0f; // volts per division of a Wavestar file
+    int16_t TekChannels = 0; // channel count found in a Wavestar file
+
     // ---- Views ----------------------------------------------------------------------------------
 
     // ---- O-scope --------------------------------------------------------------------------------

@@ -48,7 +48,8 @@ bool runReader(ImportContext& ctx) {
     if (st.IsSg2) st.IsSprScan = ctx.filterIndex == SprScanIndex(st.Fil);
     if (!row->read) throw ReadError("no reader for this format");
     row->read(ctx);
-    if (st.IsSht && st.ImportFailed) return false;
+    // The scope reader clears its own flag when it gives up, so ask the row, not the flag.
+    if (row->flag == &ProgramState::IsSht && st.ImportFailed) return false;
     if (row->yUnitAfter) st.YUnitName = row->yUnitAfter;
     return true;
 }

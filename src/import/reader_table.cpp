@@ -8,15 +8,15 @@ namespace kv {
 const std::vector<FormatRow>& formatTable() {
     static const std::vector<FormatRow> rows = {
         {&ProgramState::IsWav, "WAV", 0, false, "Percent Full Scale", ReadWav, true},
-        {&ProgramState::IsSht, "SHT", 1, true, "Volt", nullptr, true},
+        {&ProgramState::IsSht, "SHT", 1, true, "Volt", ReadSht, true},
         {&ProgramState::IsDzt, "DZT", 2, true, "Ampl.(bits)", DztRead, true},
         {&ProgramState::IsRd3, "RD3", 2, false, nullptr, ReadRd3, false},
-        {&ProgramState::IsSgy, "SGY", 2, false, nullptr, nullptr, false},
-        {&ProgramState::IsSg2, "SG2", 2, false, nullptr, nullptr, false},
+        {&ProgramState::IsSgy, "SGY", 2, false, nullptr, ReadSgy, false},
+        {&ProgramState::IsSg2, "SG2", 2, false, nullptr, ReadSg2, false},
         {&ProgramState::IsDt1, "DT1", 2, false, nullptr, ReadDt1, false},
         {&ProgramState::IsDt, "DT", 2, false, nullptr, ReadZon, false},
-        {&ProgramState::IsCsv, "CSV", 1, false, nullptr, nullptr, true},
-        {&ProgramState::IsDat, "DAT", 1, false, nullptr, nullptr, true},
+        {&ProgramState::IsCsv, "CSV", 1, false, nullptr, ReadCsv, true},
+        {&ProgramState::IsDat, "DAT", 1, false, nullptr, ReadDat, true},
     };
     return rows;
 }

@@ -14,6 +14,23 @@ void ReadRd3(ImportContext& ctx); // .rd3 with its .rad header
 void ReadDt1(ImportContext& ctx); // .DT1 with its .HD header
 void ReadZon(ImportContext& ctx); // Zon .dt
 
+// Wavestar .SHT: one trace in volts; a file that is not one sets ImportFailed.
+void ReadSht(ImportContext& ctx);
+
+// SEG-Y: the import dialog's entry (IsRadsys) picks Seismic or Radsys.
+void ReadSeismic(ImportContext& ctx);
+void ReadRadsys(ImportContext& ctx);
+void ReadSgy(ImportContext& ctx);
+// SEG-2: IsSprScan picks picoseconds (SPRScan ERA) or seconds (SEG-2) for the interval.
+void ReadSg2(ImportContext& ctx);
+// Tables: CSV time/value pairs and the .dat/.hdr pair, each into one trace.
+void ReadCsv(ImportContext& ctx);
+/// One CSV row split into fields: commas outside quotes end a field; a quote opens quotes, a
+/// doubled quote inside them is one quote, and a quote followed by anything else closes them.
+/// A trailing empty field is not kept.
+std::vector<std::string> csvRowFields(const std::string& line);
+void ReadDat(ImportContext& ctx);
+
 /// One row per format flag: how the flag is recognised, what the open command sets around the
 /// reader, and the reader itself. Adding a format means adding its reader file and one row.
 struct FormatRow {

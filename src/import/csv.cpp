@@ -1,0 +1,114 @@
+// Comma-separated tables (.csv) of time and value pairs, such as oscilloscope exports, read
+// into one trace. The first row is a title row; several pairs on one row become consecutive
+// points. How many lines are read is a per-user setting.
+#include "import/readers.h"
+#include "import/text_lines.h"
+
+#include "platform/numeric.h"
+
+namespace kv {
+
+std::vector<std::string> csvRowFields(const std::string& line) {
+    std::vector<std::string> row;
+    std::string field;
+    bool quoted = false;
+    for (size_t i = 0; i < line.size(); ++i) {
+        const char c = line[i];
+        if (quoted) {
+            if (c == '"') {
+                if (i + 1 < line.size() && line[i + 1] == '"') {
+                    field.push_back('"');
+                    ++i;
+                } else {
+                    quoted = false;
+                }
+            } else {
+                field.push_back(c);
+            }
+        } else if (c == ',') {
+            row.push_back(std::move(field));
+            field.clear();
+        } else if (c == '"') {
+            quoted = true;
+        } else {
+            field.push_back(c);
+        }
+    }
+    if (!field.empty()) row.push_back(std::move(field));
+    return row;
+}
+
+void ReadCsv(ImportContext& ctx) {
+    ProgramState& st = ctx.st;
+    auto src = ctx.openSource();
+    if (src->size() > uint64_t(INT32_MAX)) throw ReadError("Overflow");
+    st.SourceLength = static_cast<int32_t>(src->size());
+    const int32_t limit =
+        checkedInt32(Val(ctx.wb.host.userSetting("Settings", "MaximumLinesToRead", "1000")));
+    if (limit < 0) throw ReadError("Subscript out of range");
+    // Two lists of that many texts: a limit in the tens of millions is more than memory holds.
+    if (limit > (1 << 24)) throw ReadError("Out of memory");
+
+    // Columns 1, 3, 5 ... of every row go to the times and 2, 4, 6 ... to the values, in
+    // order; both lists hold CsvLineLimit + 1 texts, and a row that does not fit fails the read.
+    const size_t slots = size_t(limit) + 1;
+    std::vector<std::string> times(slots), values(slots);
+    size_t nTimes = 0, nValues = 0;
+    auto take = [&](const std::vector<std::string>& row) {
+        for (size_t c = 0; c < row.size(); ++c) {
+            if (c % 2 == 0) {
+                checkIndex(nTimes, slots);
+                times[nTimes++] = row[c];
+            } else {
+                checkIndex(nValues, slots);
+                values[nValues++] = row[c];
+            }
+        }
+    };
+    LineReader lines(*src);
+    std::string line;
+    int32_t count = 0;
+    while (lines.next(line)) {
+        take(csvRowFields(line));
+        if (++count == limit) {
+            take({"Stopped at " + std::to_string(limit)});
+            break;
+        }
+    }
+
+    // Row 1 (slot 0) is the title row; the last two slots are left out of the points.
+    const int32_t points = limit - 2;
+    std::vector<double> raw(slots, 0.0);
+    for (int32_t i = 1; i <= limit - 1; ++i) {
+        cellNumber(times[size_t(i)]);
+        raw[size_t(i - 1)] = cellNumber(values[size_t(i)]);
+    }
+    std::vector<double> val = raw;
+    if (st.NewDS > 1) {
+        val = thinPoints(st, std::vector<double>(raw.begin(), raw.begin() + (limit - 1)));
+        val.resize(slots, 0.0);
+    }
+    fitToPointCount(st, double(points) / st.NewDS);
+
+    // The rate comes from the 6th and 5th rows, not the first two.
+    checkIndex(5, slots);
+    st.SampleRate = checkedDiv(1.0, cellNumber(times[5]) - cellNumber(times[4]));
+
+    std::vector<float> trace(size_t(std::max(st.Sp_Samples, 0)), 0.0f);
+    float csvMax = -10.0f, csvMin = -10.0f;
+    const int64_t last = st.PadWithZero ? int64_t(checkedInt32(double(points) / st.NewDS - 1))
+                                        : int64_t(st.Sp_Samples) - 1;
+    for (int64_t i = 0; i <= last; ++i) {
+        checkIndex(size_t(i), val.size());
+        checkIndex(size_t(i), trace.size());
+        const float v = float(val[size_t(i)]);
+        if (v > csvMax) csvMax = v;
+        if (v < csvMin) csvMin = v;
+        trace[size_t(i)] = v;
+    }
+    writeSingleTrace(st, trace);
+    // Not rounded, unlike the binary readers.
+    setUnroundedFullScale(st, csvMax, csvMin, st.ScaleBits);
+}
+
+} // namespace kv

@@ -1,0 +1,125 @@
+// Header numbers and the fixed-stride trace loop shared by the SEG-Y and SEG-2 readers.
+#include "import/seismic_samples.h"
+
+#include <cstring>
+#include <limits>
+
+namespace kv {
+
+float HexToNumber(const ByteSource& src, uint64_t off, int nbytes, bool lowFirst) {
+    uint8_t b[4] = {0, 0, 0, 0};
+    src.read(off, b, size_t(nbytes));
+    uint32_t v = 0;
+    for (int i = 0; i < nbytes; ++i) {
+        const int from = lowFirst ? nbytes - 1 - i : i;
+        v = (v << 8) | b[from];
+    }
+    return static_cast<float>(v);
+}
+
+int sampleWidth(SampleCoding c) {
+    switch (c) {
+    case SampleCoding::Int16Low:
+        return 2;
+    case SampleCoding::Float64Low:
+        return 8;
+    default:
+        return 4;
+    }
+}
+
+namespace {
+
+float decode(SampleCoding c, const uint8_t* p) {
+    switch (c) {
+    case SampleCoding::Int16Low:
+        return float(int16_t(uint16_t(p[0] | (p[1] << 8))));
+    case SampleCoding::Int32Low: {
+        uint32_t u = uint32_t(p[0]) | (uint32_t(p[1]) << 8) | (uint32_t(p[2]) << 16) |
+                     (uint32_t(p[3]) << 24);
+        return float(int32_t(u));
+    }
+    case SampleCoding::Float32Low: {
+        uint32_t u = uint32_t(p[0]) | (uint32_t(p[1]) << 8) | (uint32_t(p[2]) << 16) |
+                     (uint32_t(p[3]) << 24);
+        float f;
+        std::memcpy(&f, &u, 4);
+        return f;
+    }
+    case SampleCoding::Float64Low: {
+        uint64_t u = 0;
+        for (int i = 7; i >= 0; --i)
+            u = (u << 8) | p[i];
+        double d;
+        std::memcpy(&d, &u, 8);
+        return float(d);
+    }
+    case SampleCoding::Float32High: {
+        uint32_t u = (uint32_t(p[0]) << 24) | (uint32_t(p[1]) << 16) | (uint32_t(p[2]) << 8) |
+                     uint32_t(p[3]);
+        float f;
+        std::memcpy(&f, &u, 4);
+        return f;
+    }
+    }
+    return 0.0f;
+}
+
+/// Decodes `n` samples and copies them into the trace, keeping the extremes. The coding is a
+/// template argument so that the per-sample loop has no branch on it.
+template <SampleCoding C>
+void decodeInto(const uint8_t* bytes, int64_t n, std::vector<float>& trace, Extremes& ext) {
+    constexpr size_t w = C == SampleCoding::Int16Low ? 2 : C == SampleCoding::Float64Low ? 8 : 4;
+    for (int64_t i = 0; i < n; ++i) {
+        const float v = decode(C, bytes + size_t(i) * w);
+        ext.take(v);
+        trace[size_t(i)] = v;
+    }
+}
+
+void decodeTrace(SampleCoding c, const uint8_t* bytes, int64_t n, std::vector<float>& trace,
+                 Extremes& ext) {
+    switch (c) {
+    case SampleCoding::Int16Low:
+        return decodeInto<SampleCoding::Int16Low>(bytes, n, trace, ext);
+    case SampleCoding::Int32Low:
+        return decodeInto<SampleCoding::Int32Low>(bytes, n, trace, ext);
+    case SampleCoding::Float32Low:
+        return decodeInto<SampleCoding::Float32Low>(bytes, n, trace, ext);
+    case SampleCoding::Float64Low:
+        return decodeInto<SampleCoding::Float64Low>(bytes, n, trace, ext);
+    case SampleCoding::Float32High:
+        return decodeInto<SampleCoding::Float32High>(bytes, n, trace, ext);
+    }
+}
+
+} // namespace
+
+void copySeismicTraces(ImportContext& ctx, const ByteSource& src, SampleCoding coding,
+                       int64_t firstPos, int64_t stride, int32_t fileSamples, Extremes& ext) {
+    ProgramState& st = ctx.st;
+    if (st.TraceCount < 0) throw ReadError("Invalid property value"); // the progress bar's Max
+    const int w = sampleWidth(coding);
+    const int64_t copy = st.PadWithZero ? int64_t(fileSamples) : int64_t(st.Sp_Samples);
+    // The source array holds fileSamples + 1 values; the working trace Sp_Samples. Only the part
+    // that is copied is read, so memory stays at one working trace whatever the header claims.
+    const bool fits = copy <= int64_t(fileSamples) + 1 && copy <= int64_t(st.Sp_Samples);
+    std::vector<uint8_t> bytes(fits && copy > 0 ? size_t(copy) * size_t(w) : 0);
+    std::vector<float> trace(size_t(std::max(st.Sp_Samples, 0)));
+
+    TraceOutput out(ctx, st.TempPath);
+    for (int32_t t = 0; t < st.TraceCount; ++t) {
+        if (!out.next(t)) break;
+        const int64_t pos = firstPos + stride * int64_t(t);
+        if (pos < 1 || pos > std::numeric_limits<int32_t>::max()) throw ReadError("Overflow");
+        if (!fits) throw ReadError("Subscript out of range");
+        std::fill(trace.begin(), trace.end(), 0.0f);
+        // A trace wholly past the end of the file is zeros, which move neither extreme.
+        if (!bytes.empty() && src.read(uint64_t(pos - 1), bytes.data(), bytes.size()) > 0)
+            decodeTrace(coding, bytes.data(), copy, trace, ext);
+        out.write(trace);
+    }
+    out.finish();
+}
+
+} // namespace kv

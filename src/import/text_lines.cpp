@@ -1,0 +1,131 @@
+// Line reading, cell numbers, point-count fitting and thinning for the table readers.
+#include "import/text_lines.h"
+
+#include "platform/numeric.h"
+
+#include <cctype>
+
+namespace kv {
+
+bool LineReader::fill() {
+    constexpr size_t kChunk = 1 << 16;
+    buf_.resize(kChunk);
+    const uint64_t size = src_.size();
+    if (offset_ >= size) return false;
+    len_ = size_t(std::min<uint64_t>(kChunk, size - offset_));
+    src_.read(offset_, buf_.data(), len_);
+    offset_ += len_;
+    at_ = 0;
+    return true;
+}
+
+bool LineReader::next(std::string& line) {
+    line.clear();
+    bool any = false;
+    for (;;) {
+        if (at_ >= len_ && !fill()) return any;
+        any = true;
+        while (at_ < len_) {
+            const char c = buf_[at_++];
+            if (c == '\n') return true;
+            if (c == '\r') {
+                if (at_ >= len_) fill();
+                if (at_ < len_ && buf_[at_] == '\n') ++at_;
+                return true;
+            }
+            line.push_back(c);
+        }
+    }
+}
+
+double cellNumber(const std::string& text) {
+    size_t b = 0, e = text.size();
+    auto blank = [](char c) { return c == ' ' || c == '\t'; };
+    while (b < e && blank(text[b]))
+        ++b;
+    while (e > b && blank(text[e - 1]))
+        --e;
+    if (b == e) return 0.0;
+    const std::string t = text.substr(b, e - b);
+    size_t i = 0;
+    auto digits = [&] {
+        size_t n = 0;
+        while (i < t.size() && std::isdigit(static_cast<unsigned char>(t[i])))
+            ++i, ++n;
+        return n;
+    };
+    if (t.size() > 2 && t[0] == '&' && (t[1] == 'H' || t[1] == 'h')) {
+        for (i = 2; i < t.size(); ++i)
+            if (!std::isxdigit(static_cast<unsigned char>(t[i]))) throw ReadError("Type mismatch");
+        return Val(t);
+    }
+    if (t[i] == '+' || t[i] == '-') ++i;
+    size_t n = digits();
+    if (i < t.size() && t[i] == '.') {
+        ++i;
+        n += digits();
+    }
+    if (n == 0) throw ReadError("Type mismatch");
+    if (i < t.size() && (t[i] == 'e' || t[i] == 'E')) {
+        ++i;
+        if (i < t.size() && (t[i] == '+' || t[i] == '-')) ++i;
+        if (digits() == 0) throw ReadError("Type mismatch");
+    }
+    if (i != t.size()) throw ReadError("Type mismatch");
+    return Val(t);
+}
+
+void fitToPointCount(ProgramState& st, double n) {
+    if (st.PadWithZero) {
+        for (int k = 1; k <= 16; ++k)
+            if (double(1 << k) >= n) {
+                st.Sp_Samples = 1 << k;
+                return;
+            }
+    } else {
+        for (int k = 16; k >= 1; --k)
+            if (double(1 << k) <= n) {
+                st.Sp_Samples = 1 << k;
+                return;
+            }
+    }
+}
+
+void writeSingleTrace(ProgramState& st, const std::vector<float>& trace) {
+    TraceFileWriter out;
+    out.open(st.TempPath);
+    out.write(1, trace);
+    st.WorkingFileLength = static_cast<int32_t>(std::min<int64_t>(out.length(), INT32_MAX));
+    st.TraceCount = 1;
+    out.close();
+}
+
+void setUnroundedFullScale(ProgramState& st, float max, float min, float& follower) {
+    if (-min <= max) {
+        st.FullScalePos = max;
+    } else {
+        st.FullScalePos = -min;
+        st.FullScaleNeg = -min;
+    }
+    follower = st.FullScalePos;
+}
+
+std::vector<double> thinPoints(const ProgramState& st, const std::vector<double>& raw) {
+    const int ds = st.NewDS;
+    if (ds <= 1) return raw;
+    std::vector<double> out;
+    out.reserve(raw.size() / size_t(ds) + 1);
+    for (size_t start = 0; start + size_t(ds) <= raw.size(); start += size_t(ds)) {
+        if (st.DownsampleMode == 0) {
+            double sum = 0;
+            for (int m = 0; m < ds; ++m)
+                sum += raw[start + size_t(m)];
+            out.push_back(sum / ds);
+        } else {
+            out.push_back(raw[start]);
+        }
+    }
+    return out;
+}
+
+} // namespace kv

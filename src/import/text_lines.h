@@ -1,0 +1,49 @@
+// What the table readers (CSV, DAT/HDR) share: lines of a text recording read one at a time,
+// numbers read from table cells, a trace length fitted to a point count that need not be whole,
+// and thinning of the points by the down-sampling settings.
+#pragma once
+
+#include "import/reader.h"
+
+#include <string>
+#include <vector>
+
+namespace kv {
+
+/// Reads a text source line by line. A line ends at CR, LF or CR LF; the end is not part of it.
+class LineReader {
+  public:
+    explicit LineReader(const ByteSource& src) : src_(src) {}
+    /// The next line, or false at the end of the source.
+    bool next(std::string& line);
+
+  private:
+    bool fill();
+    const ByteSource& src_;
+    std::vector<char> buf_;
+    size_t at_ = 0, len_ = 0;
+    uint64_t offset_ = 0;
+};
+
+/// A cell's text as a number, strictly: blanks around it are allowed, anything else that is not
+/// part of a number fails the read. An empty cell is 0.
+double cellNumber(const std::string& text);
+
+/// Fits Sp_Samples to `n` points: with PadWithZero the smallest 2^k (k = 1..16) at or above n,
+/// otherwise the largest at or below n. When none fits, Sp_Samples stays.
+void fitToPointCount(ProgramState& st, double n);
+
+/// Writes the one trace of a single-trace recording at position 1 of TempPath: TraceCount 1,
+/// WorkingFileLength from the file.
+void writeSingleTrace(ProgramState& st, const std::vector<float>& trace);
+
+/// Full scale of a table recording, not rounded: the maximum when it is the larger side (the
+/// negative full scale keeps the value it had), else minus the minimum on both sides. `follower`
+/// (ScaleBits or Reference) takes the positive full scale too.
+void setUnroundedFullScale(ProgramState& st, float max, float min, float& follower);
+
+/// Thins `raw` by NewDS: DownsampleMode 0 takes the mean of each NewDS values, 1 every NewDS-th
+/// value. With NewDS 1 the values come back unchanged.
+std::vector<double> thinPoints(const ProgramState& st, const std::vector<double>& raw);
+
+} // namespace kv
