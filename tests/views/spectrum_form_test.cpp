@@ -2,6 +2,7 @@
 // chain for its trace, a move while a loop runs is only shown, the timer steps to the end and
 // stops, the last-trace jump, and Peak-hold resting while the user goes back.
 #include "core/lifecycle.h"
+#include "engine/engine.h"
 #include "support/test_home.h"
 #include "views/spectrum/spectrum_form.h"
 
@@ -131,4 +132,19 @@ TEST_F(Played, SwitchedOnReadOutsAreCountedAgainForEveryTraceTheScrollBarShows) 
     form.HS_Change(5);
     EXPECT_EQ(b.st.An[2].rfind("SINAD: ", 0), 0u);
     EXPECT_TRUE(b.st.An[0].empty()) << "a metric that is off keeps its caption";
+}
+
+TEST_F(Played, AFinalDrawBringsTheReadOutsToTheTraceAPlaybackStoppedAt) {
+    b.st.AnalysOnFFT = true;
+    b.st.ShowSNR = true;
+    form.HS_Change(0);
+    const std::string atStart = b.st.An[0];
+    // A loop moved on without counting (it does not go through the scroll chain).
+    b.st.TracePos = 6;
+    setCurrentTracePos(b.st);
+    FyllSpData(b.st);
+    form.DrawTimer();
+    EXPECT_EQ(b.st.An[0], atStart);
+    form.finalDraw();
+    EXPECT_NE(b.st.An[0], atStart);
 }

@@ -144,6 +144,9 @@ void SpectrumForm::tmrFFT_Timer() {
 
 void SpectrumForm::finalDraw() {
     ProgramState& st = wb_.st;
+    // The playback loops do not count the read-outs trace by trace; they catch up here, on the
+    // trace the loop stopped at.
+    if (st.AnalysOnFFT) NewValue(st, st.An);
     const SpectrumFeed f = feedFrom(st);
     if (st.ModeFFT != 2) view_.Draw_s(st, f);
     view_.ShowMax(st, f);
