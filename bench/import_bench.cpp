@@ -21,10 +21,10 @@
 #include <chrono>
 #include <cstdio>
 #include <cstring>
-#include <vector>
 #include <filesystem>
 #include <fstream>
 #include <sys/resource.h>
+#include <vector>
 
 namespace fs = std::filesystem;
 using namespace kv;

@@ -16,10 +16,10 @@
 #include <csignal>
 #include <cstdint>
 #include <cstring>
-#include <sys/resource.h>
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <sys/resource.h>
 #include <vector>
 
 #ifndef KV_FUZZ_FILTER
