@@ -69,6 +69,25 @@ TEST(TracePositions, AverageModeGroupsAndRoundsHalfToEven) {
     EXPECT_EQ(st.LastTrace, 2);
 }
 
+TEST(TracePositions, PlacesPast2GBStopAtTheLastPositionInsteadOfWrapping) {
+    ProgramState st;
+    st.Sp_Samples = 65536;
+    st.ModeFFT = 4;
+    st.AverVal = 10000; // a stride of 2.6 GB
+    st.TraceCount = 100;
+    BigFile(st);
+    EXPECT_EQ(st.ScrollStride, INT32_MAX);
+    st.ModeFFT = 1;
+    st.TraceCount = 30000;
+    BigFile(st);
+    st.TracePos = 20000; // 20000 traces of 256 KiB
+    setCurrentTracePos(st);
+    EXPECT_EQ(st.CurrentTracePos, INT32_MAX);
+    st.TracePos = 10;
+    setCurrentTracePos(st);
+    EXPECT_EQ(st.CurrentTracePos, 1 + 10 * 65536 * 4);
+}
+
 TEST(TracePositions, OneTraceKeepsStepAndStride) {
     ProgramState st;
     st.TraceStep = 3;
