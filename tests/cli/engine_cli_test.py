@@ -2,29 +2,12 @@
 """The spectrum and metrics subcommands end to end on generated WAV recordings: peak figures,
 the fold into columns, the read-outs of a tone with a known harmonic, and the survey CSV.
 Usage: engine_cli_test.py CLI HOME_WITH_SP_INI"""
-import csv, io, json, math, os, shutil, struct, subprocess, sys, tempfile
+import csv, functools, io, math, os, shutil, sys, tempfile
+
+from cli_support import check, finish, run_cli, wav
 
 cli, factory = sys.argv[1], sys.argv[2]
-failures = []
-
-
-def check(cond, what):
-    if not cond:
-        failures.append(what)
-        print("FAIL:", what)
-
-
-def run(*args):
-    p = subprocess.run([cli, *args], capture_output=True, text=True)
-    out = json.loads(p.stdout) if p.stdout.strip().startswith("{") else None
-    return p.returncode, out, p.stdout, p.stderr
-
-
-def wav(path, samples, rate=48000):
-    data = struct.pack("<%dh" % len(samples), *samples)
-    hdr = b"RIFF" + struct.pack("<I", 36 + len(data)) + b"WAVEfmt " + struct.pack(
-        "<IHHIIHH", 16, 1, 1, rate, rate * 2, 2, 16) + b"data" + struct.pack("<I", len(data))
-    open(path, "wb").write(hdr + data)
+run = functools.partial(run_cli, cli)
 
 
 def tone(n, parts):
@@ -35,7 +18,7 @@ def tone(n, parts):
 with tempfile.TemporaryDirectory() as home:
     shutil.copy(os.path.join(factory, "SP.ini"), home)
     src = os.path.join(home, "tone.wav")
-    wav(src, tone(8 * 1024, [(10000, 64), (100, 128)]))
+    wav(src, tone(8 * 1024, [(10000, 64), (100, 128)]), rate=48000)
 
     code, out, _, _ = run("spectrum", src, "--home", home, "--trace", "2", "--columns", "100")
     check(code == 0, "spectrum exits 0")
@@ -78,9 +61,8 @@ with tempfile.TemporaryDirectory() as home:
         check(code == 2, "usage error: " + " ".join(args[2:]))
 
     silent = os.path.join(home, "silent.wav")
-    wav(silent, [0] * 2048)
+    wav(silent, [0] * 2048, rate=48000)
     code, out, _, _ = run("metrics", silent, "--home", home)
     check(code == 0 and out and all(c.find("NaN") < 0 for c in out["captions"]), "silence reads without NaN")
 
-print("%d failure(s)" % len(failures))
-sys.exit(1 if failures else 0)
+finish()

@@ -1,22 +1,12 @@
 #!/usr/bin/python3
 """The command-line tool on radar recordings: info for each radar format, and convert through
 the project and GSSI-compatible writers, read back again. Usage: radar_cli_test.py CLI HOME REAL_DIR"""
-import json, os, shutil, struct, subprocess, sys, tempfile
+import functools, os, shutil, struct, sys, tempfile
+
+from cli_support import check, finish, run_cli
 
 cli, factory, real = sys.argv[1], sys.argv[2], sys.argv[3]
-failures = []
-
-
-def check(cond, what):
-    if not cond:
-        failures.append(what)
-        print("FAIL:", what)
-
-
-def run(*args):
-    p = subprocess.run([cli, *args], capture_output=True, text=True)
-    out = json.loads(p.stdout) if p.stdout.strip().startswith("{") else None
-    return p.returncode, out
+run = functools.partial(run_cli, cli)
 
 
 def dzt(path, samples, traces):
@@ -38,7 +28,7 @@ with tempfile.TemporaryDirectory() as home:
     shutil.copy(os.path.join(factory, "SP.ini"), home)
     src = os.path.join(home, "line.dzt")
     dzt(src, 64, 10)
-    code, out = run("info", src, "--home", home)
+    code, out, _, _ = run("info", src, "--home", home)
     check(code == 0 and out["format"] == "DZT", "info on a DZT")
     check(out and out["TraceCount"] == 10 and out["Sp_Samples"] == 64, "DZT trace facts")
     check(out and out["RangeNs"] == 20.0 and out["ScansPerSecond"] == 25, "DZT header values")
@@ -48,28 +38,27 @@ with tempfile.TemporaryDirectory() as home:
     original = floats(sp)
 
     kvd = os.path.join(home, "line.kvd")
-    code, out = run("convert", src, "-o", kvd, "--home", home)
+    code, out, _, _ = run("convert", src, "-o", kvd, "--home", home)
     check(code == 0 and out["written"], "convert to .kvd")
     check(os.path.getsize(kvd) == 59 + 10 * 64 * 4 + 4, "project file size")
-    code, out = run("info", kvd, "--home", home)
+    code, out, _, _ = run("info", kvd, "--home", home)
     check(code == 0 and out["IsProject"] and out["TraceCount"] == 10, "a .kvd opens as a project")
     back = os.path.join(home, "back.sp")
     run("convert", kvd, "-o", back, "--home", home)
     check(floats(back)[: len(original)] == original, "project traces read back unchanged")
 
     out_dzt = os.path.join(home, "again.dzt")
-    code, out = run("convert", src, "-o", out_dzt, "--home", home)
+    code, out, _, _ = run("convert", src, "-o", out_dzt, "--home", home)
     check(code == 0 and out["written"], "convert to .dzt")
     check(os.path.getsize(out_dzt) == 1026 + 2 * 64 * 10 + 2, "exported DZT size")
-    code, out = run("info", out_dzt, "--home", home)
+    code, out, _, _ = run("info", out_dzt, "--home", home)
     check(code == 0 and out["TraceCount"] == 10 and out["Sp_Samples"] == 64, "exported DZT reads back")
 
     # The real recordings, where they are present.
     for rel, want_code, traces in [("rd3/ten_col.rd3", 0, 10), ("dzt/test_gssi.DZT", 1, None)]:
         path = os.path.join(real, rel)
         if os.path.exists(path):
-            code, out = run("info", path, "--home", home)
+            code, out, _, _ = run("info", path, "--home", home)
             check(code == want_code and (traces is None or out["TraceCount"] == traces), rel)
 
-print("%d failed" % len(failures))
-sys.exit(1 if failures else 0)
+finish()

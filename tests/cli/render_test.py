@@ -4,15 +4,10 @@ asked size, with the curve in the factory green, the trace chosen by --trace, an
 nothing could be opened. Usage: render_test.py CLI HOME_WITH_SAMPLE"""
 import json, os, shutil, struct, subprocess, sys, tempfile, zlib
 
+from cli_support import check, failures
+
 cli, factory = sys.argv[1], sys.argv[2]
 sample = os.path.join(factory, "samples", "sample_1khz.wav")
-failures = []
-
-
-def check(cond, what):
-    if not cond:
-        failures.append(what)
-        print("FAIL:", what)
 
 
 def read_png(path):
