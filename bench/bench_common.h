@@ -4,12 +4,12 @@
 #pragma once
 
 #include "bench_wav.h"
-#include "core/lifecycle.h"
-#include "core/program_state.h"
-#include "core/settings.h"
-#include "core/workbench.h"
+#include "commands/lifecycle.h"
+#include "state/program_state.h"
+#include "state/settings.h"
+#include "state/workbench.h"
 #include "engine/engine.h"
-#include "import/open.h"
+#include "commands/open.h"
 #include "platform/scripted_host.h"
 #include "views/spectrum/spectrum_form.h"
 

@@ -1,11 +1,12 @@
 // One import as the Import command runs it, in a scratch home, for the import benchmarks.
 #pragma once
 
-#include "core/lifecycle.h"
-#include "core/settings.h"
-#include "core/workbench.h"
+#include "commands/recording_view_host.h"
+#include "commands/lifecycle.h"
+#include "state/settings.h"
+#include "state/workbench.h"
 #include "import/file_filters.h"
-#include "import/open.h"
+#include "commands/open.h"
 #include "platform/scripted_host.h"
 
 #include <filesystem>

@@ -5,11 +5,11 @@
 //                                     side-by-side scripts
 //   bench_import --make-wav FILE N    writes a 16-bit mono WAV of N samples
 //   bench_import --make-dzt FILE N    writes a 16-bit DZT of N scans of 512 samples
-#include "core/lifecycle.h"
-#include "core/settings.h"
-#include "core/workbench.h"
+#include "commands/lifecycle.h"
+#include "state/settings.h"
+#include "state/workbench.h"
 #include "import/file_filters.h"
-#include "import/open.h"
+#include "commands/open.h"
 #include "platform/files.h"
 #include "platform/scripted_host.h"
 

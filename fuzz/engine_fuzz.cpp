@@ -3,7 +3,7 @@
 // of it is the working file. Whatever the settings, building the spectrum, folding it, mapping
 // it to pixels and computing the read-outs must end without a crash, and no read-out may show a
 // NaN or an infinity.
-#include "core/program_state.h"
+#include "state/program_state.h"
 #include "engine/engine.h"
 
 #include <cmath>

@@ -3,15 +3,16 @@
 // extension (KV_FUZZ_EXT) and, for .sgy/.sg2, the import dialog entry (KV_FUZZ_FILTER).
 // Formats with a companion header file (.rad, .HD, .hdr) get the input split at its first
 // "\n--\n": what comes after is the companion's bytes.
-#include "core/lifecycle.h"
-#include "core/settings.h"
-#include "core/workbench.h"
+#include "commands/recording_view_host.h"
+#include "commands/lifecycle.h"
+#include "state/settings.h"
+#include "state/workbench.h"
 #include "import/file_filters.h"
-#include "import/open.h"
+#include "commands/open.h"
 #include "import/reader.h"
 #include "platform/scripted_host.h"
 
-#include "import/export.h"
+#include "commands/export.h"
 
 #include <csignal>
 #include <cstdint>
@@ -31,10 +32,8 @@ namespace {
 std::vector<uint8_t> gMain, gCompanion;
 std::string gSource;
 
-void feedFromMemory(kv::ImportContext& ctx, void*) {
-    ctx.open = [](const std::string& path) -> std::unique_ptr<kv::ByteSource> {
-        return std::make_unique<kv::MemoryByteSource>(path == gSource ? gMain : gCompanion);
-    };
+std::unique_ptr<kv::ByteSource> feedFromMemory(const std::string& path) {
+    return std::make_unique<kv::MemoryByteSource>(path == gSource ? gMain : gCompanion);
 }
 
 const std::string& home() {
@@ -72,7 +71,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     kv::CommandState cmd;
     kv::ScriptedHost host;
     kv::RecordingViewHost views;
-    kv::Workbench wb{st, cmd, host, views};
+    kv::Workbench wb{st, cmd, host, views, feedFromMemory};
     st.AppPath = home();
     kv::MDIForm_Load(wb);
     gSource = home() + "/input." KV_FUZZ_EXT;
@@ -80,7 +79,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     kv::FilterName f;
     if (std::strlen(KV_FUZZ_FILTER) && kv::parseFilterName(KV_FUZZ_FILTER, f))
         index = kv::filterIndexOf(st.Fil, f);
-    kv::setImportHooks({feedFromMemory, nullptr});
     host.queueFile(gSource, index < 1 ? 1 : index);
     // A header may promise tens of thousands of long traces of zeros past the end of a small
     // input: the first 64 show whether the reader holds up, the rest would only fill the disk.

@@ -5,9 +5,9 @@
 #include "app/oscope_window.h"
 #include "app/phase_window.h"
 #include "app/spectrum_window.h"
-#include "core/commands.h"
-#include "core/lifecycle.h"
-#include "core/workbench.h"
+#include "commands/commands.h"
+#include "commands/lifecycle.h"
+#include "state/workbench.h"
 
 #include <QLabel>
 #include <QMdiArea>

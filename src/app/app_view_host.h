@@ -2,7 +2,7 @@
 // the transport's requests on to the view windows.
 #pragma once
 
-#include "core/view_host.h"
+#include "state/view_host.h"
 
 #include <QMdiSubWindow>
 #include <QPointer>

@@ -1,10 +1,10 @@
 // The main window.
 #include "app/main_window.h"
 
-#include "core/commands.h"
-#include "core/lifecycle.h"
+#include "commands/commands.h"
+#include "commands/lifecycle.h"
 #include "import/file_filters.h"
-#include "import/open.h"
+#include "commands/open.h"
 #include "platform/scripted_host.h"
 
 #include <QAction>

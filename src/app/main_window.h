@@ -4,9 +4,9 @@
 
 #include "app/app_view_host.h"
 #include "app/qt_host.h"
-#include "core/command_state.h"
-#include "core/program_state.h"
-#include "core/workbench.h"
+#include "state/command_state.h"
+#include "state/program_state.h"
+#include "state/workbench.h"
 
 #include <QMainWindow>
 #include <functional>

@@ -1,7 +1,7 @@
 // The O-scope's window.
 #include "app/oscope_window.h"
 
-#include "core/workbench.h"
+#include "state/workbench.h"
 
 #include <QCloseEvent>
 

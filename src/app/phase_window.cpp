@@ -1,7 +1,7 @@
 // The Phase view's window.
 #include "app/phase_window.h"
 
-#include "core/workbench.h"
+#include "state/workbench.h"
 
 #include <QCloseEvent>
 

@@ -1,7 +1,7 @@
 // The Spectrum view's window.
 #include "app/spectrum_window.h"
 
-#include "core/workbench.h"
+#include "state/workbench.h"
 
 #include <QEvent>
 #include <QMenu>

@@ -3,7 +3,7 @@
 // a bin may count both as noise and as a harmonic.
 #include "engine/metrics.h"
 
-#include "core/program_state.h"
+#include "state/program_state.h"
 #include "engine/spectrum.h"
 #include "platform/numeric.h"
 

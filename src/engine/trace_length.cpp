@@ -1,7 +1,7 @@
 // Trace length and thinning rules shared by all readers.
 #include "engine/trace_length.h"
 
-#include "core/program_state.h"
+#include "state/program_state.h"
 
 namespace kv {
 

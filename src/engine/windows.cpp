@@ -2,7 +2,7 @@
 // quirks (i counted from 1, the truncated 2*pi constants, Bartlett halves that do not meet).
 #include "engine/windows.h"
 
-#include "core/program_state.h"
+#include "state/program_state.h"
 #include "platform/numeric.h"
 
 #include <algorithm>

@@ -3,7 +3,7 @@
 #include "import/readers.h"
 #include "import/text_lines.h"
 
-#include "core/lifecycle.h"
+#include "platform/message_title.h"
 #include "platform/files.h"
 #include "platform/numeric.h"
 
@@ -58,7 +58,7 @@ void ReadDat(ImportContext& ctx) {
         st.SampleRate = checkedDiv(1.0, Val(header[1]));
     } catch (const std::exception&) {
         ctx.wb.host.message("Header Not Found!", kMessageTitle, MsgIcon::Critical);
-        CleanSet(ctx.wb);
+        if (ctx.cleanSet) ctx.cleanSet();
         ctx.wb.cmd.button(2).visible = true;
         st.TempPath.clear();
         return;

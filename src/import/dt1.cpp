@@ -107,7 +107,7 @@ void ReadDt1(ImportContext& ctx) {
     st.SampleBits = 16;
     st.Dt1Max = 0;
     st.Dt1Min = 0;
-    st.HdPath = findCompanion(replaceAllNoCase(st.SourcePath, ".DT1", ".HD"));
+    st.HdPath = findCompanion(replaceAllNoCase(ctx.sourcePath, ".DT1", ".HD"));
     withCorruptedFileHandler(ctx, [&] {
         Dt1Header(ctx);
         Dt1Traces(ctx);

@@ -90,8 +90,8 @@ void Rd3Traces(ImportContext& ctx) {
 
 void ReadRd3(ImportContext& ctx) {
     ProgramState& st = ctx.st;
-    st.Rd3Path = st.SourcePath;
-    st.RadPath = findCompanion(replaceAllNoCase(st.SourcePath, ".rd3", ".rad"));
+    st.Rd3Path = ctx.sourcePath;
+    st.RadPath = findCompanion(replaceAllNoCase(ctx.sourcePath, ".rd3", ".rad"));
     st.SampleBits = 16;
     // The header and the trace loop share one handler: "File corrupted!" and no data set. A
     // header without the key reads a time window of 0, which ends here too, as does a missing

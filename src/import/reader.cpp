@@ -2,19 +2,16 @@
 // trace length to a power of two, and checked header arithmetic.
 #include "import/reader.h"
 
-#include "core/lifecycle.h"
+#include "platform/message_title.h"
 #include "platform/numeric.h"
 
 #include <limits>
 
 namespace kv {
 
-ImportContext::ImportContext(Workbench& w, std::string fileName, int index)
-    : wb(w), st(w.st), dialogFileName(std::move(fileName)), filterIndex(index) {
-    open = [](const std::string& path) -> std::unique_ptr<ByteSource> {
-        return std::make_unique<FileByteSource>(path);
-    };
-}
+ImportContext::ImportContext(Workbench& w, const std::string& source, int index)
+    : wb(w), st(w.st), dialogFileName(source), filterIndex(index), sourcePath(source),
+      open(w.openSource) {}
 
 TraceOutput::TraceOutput(ImportContext& ctx, const std::string& path, bool yieldEachTrace)
     : ctx_(ctx), yield_(yieldEachTrace) {
@@ -50,7 +47,7 @@ void withCorruptedFileHandler(ImportContext& ctx, const std::function<void()>& b
     } catch (const std::exception&) {
         ctx.dialogFileName.clear();
         ctx.wb.host.message("File corrupted!", kMessageTitle, MsgIcon::Critical);
-        CleanSet(ctx.wb);
+        if (ctx.cleanSet) ctx.cleanSet();
         ctx.wb.cmd.button(2).visible = true;
         ctx.st.TempPath.clear();
     }

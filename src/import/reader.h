@@ -4,10 +4,10 @@
 // ReadError.
 #pragma once
 
-#include "core/workbench.h"
+#include "state/workbench.h"
 #include "engine/trace_length.h" // fitTraceLength, thinTrace
-#include "import/read_error.h"
-#include "import/trace_store.h"
+#include "platform/read_error.h"
+#include "platform/trace_store.h"
 #include "platform/byte_source.h"
 
 #include <cmath>
@@ -28,12 +28,16 @@ struct ImportContext {
     int filterIndex = 1;
     /// True when the data set is being re-read after a settings change (not an Import).
     bool reread = false;
-    /// Opens a file for reading. Tests and fuzzers replace it to feed bytes from memory.
-    std::function<std::unique_ptr<ByteSource>(const std::string&)> open;
+    /// The recording the open step chose; companion headers are found beside it.
+    std::string sourcePath;
+    /// Opens the source or a companion file for reading (the workbench's opener).
+    SourceOpener open;
+    /// Lets the views go after a failed read (the data-set lifecycle's clean-up). The open step
+    /// fills it; readers sit below the commands and cannot call them by name.
+    std::function<void()> cleanSet;
 
-    ImportContext(Workbench& w, std::string fileName, int index);
-    /// The source recording (SourcePath).
-    std::unique_ptr<ByteSource> openSource() { return open(st.SourcePath); }
+    ImportContext(Workbench& w, const std::string& source, int index);
+    std::unique_ptr<ByteSource> openSource() { return open(sourcePath); }
 };
 
 using ReaderFn = void (*)(ImportContext&);

@@ -6,7 +6,7 @@
 #include "import/readers.h"
 #include "import/seismic_samples.h"
 
-#include "core/lifecycle.h"
+#include "platform/message_title.h"
 #include "platform/numeric.h"
 
 namespace kv {

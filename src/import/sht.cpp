@@ -11,7 +11,7 @@
 //                                    end of this line
 #include "import/readers.h"
 
-#include "core/lifecycle.h"
+#include "platform/message_title.h"
 #include "import/text_lines.h"
 #include "platform/numeric.h"
 

@@ -115,4 +115,8 @@ size_t MemoryByteSource::read(uint64_t offset, void* dst, size_t n) const {
     return got;
 }
 
+std::unique_ptr<ByteSource> openFileSource(const std::string& path) {
+    return std::make_unique<FileByteSource>(path);
+}
+
 } // namespace kv

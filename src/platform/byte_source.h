@@ -4,6 +4,8 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <memory>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -71,5 +73,11 @@ class MemoryByteSource : public ByteSource {
   private:
     std::vector<uint8_t> bytes_;
 };
+
+/// Opens a file for reading by its path: the workbench reads from disk, tests and fuzzers hand
+/// out bytes from memory.
+using SourceOpener = std::function<std::unique_ptr<ByteSource>(const std::string&)>;
+/// The opener that reads files from disk.
+std::unique_ptr<ByteSource> openFileSource(const std::string& path);
 
 } // namespace kv

@@ -1,7 +1,7 @@
 // The chain from one view's scroll bar to the others.
 #include "views/other_views.h"
 
-#include "core/workbench.h"
+#include "state/workbench.h"
 
 namespace kv {
 

@@ -1,7 +1,7 @@
 // A view that moved to a new trace by its own scroll bar has the other open views show it.
 #pragma once
 
-#include "core/view_host.h"
+#include "state/view_host.h"
 
 namespace kv {
 

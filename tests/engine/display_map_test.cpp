@@ -1,5 +1,5 @@
 // Folding bins into plot columns and placing values and columns in pixels.
-#include "core/program_state.h"
+#include "state/program_state.h"
 #include "engine/engine.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 // The transform, the ten windows and the trace-length rules: the numeric floor every spectrum
 // stands on.
-#include "core/program_state.h"
+#include "state/program_state.h"
 #include "engine/fft.h"
 #include "engine/trace_length.h"
 #include "engine/windows.h"

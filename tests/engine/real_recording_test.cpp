@@ -1,6 +1,6 @@
 // A real recording imported as the workbench imports it, then every trace through the spectrum
 // and the read-outs: the spectrum keeps the trace's energy, and nothing on show is ever NaN.
-#include "core/program_state.h"
+#include "state/program_state.h"
 #include "engine/engine.h"
 #include "support/test_home.h"
 

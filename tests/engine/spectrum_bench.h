@@ -2,7 +2,7 @@
 // so that the spectrum engine can be driven trace by trace on signals whose spectrum is known.
 #pragma once
 
-#include "core/program_state.h"
+#include "state/program_state.h"
 #include "engine/engine.h"
 #include "support/test_home.h"
 

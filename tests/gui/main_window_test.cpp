@@ -2,7 +2,7 @@
 // the command model, arranges its views, and plays through the data from its toolbar with the
 // user scripted (Pause pressed from inside the running loop).
 #include "app/main_window.h"
-#include "core/lifecycle.h"
+#include "commands/lifecycle.h"
 #include "gui/gui_fixture.h"
 
 #include <QAction>

@@ -5,7 +5,7 @@
 #include "app/oscope_window.h"
 #include "app/phase_window.h"
 #include "app/spectrum_window.h"
-#include "import/trace_store.h"
+#include "platform/trace_store.h"
 #include "support/test_home.h"
 
 #include <QAction>

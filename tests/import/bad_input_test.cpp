@@ -1,6 +1,6 @@
 // No file can crash an import, hang it, or make it read outside the file: empty, truncated,
 // zero-filled and random files all end in a defined outcome.
-#include "import/open.h"
+#include "commands/open.h"
 #include "import/readers.h"
 #include "support/test_home.h"
 

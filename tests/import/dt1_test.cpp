@@ -1,6 +1,6 @@
 // Sensors & Software .DT1 recordings with their .HD headers: the key scans, the trace headers
 // skipped, full scale from the extremes.
-#include "import/open.h"
+#include "commands/open.h"
 #include "import/radar_files.h"
 
 #include <gtest/gtest.h>

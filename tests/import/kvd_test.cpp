@@ -1,7 +1,7 @@
 // The native project file: what Export writes, and what "Open Kelvorandine File" makes of it.
-#include "core/commands.h"
-#include "import/export.h"
-#include "import/open.h"
+#include "commands/commands.h"
+#include "commands/export.h"
+#include "commands/open.h"
 #include "import/radar_files.h"
 #include "support/test_home.h"
 

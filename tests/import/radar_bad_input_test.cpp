@@ -1,7 +1,7 @@
 // No radar recording or project file can crash an open, hang it or make it read outside the
 // file: each format, fed empty, truncated, zero-filled and random files (and the same for its
 // companion header), ends with a consistent data set or with no data set.
-#include "import/open.h"
+#include "commands/open.h"
 #include "import/radar_files.h"
 
 #include <gtest/gtest.h>

@@ -2,7 +2,7 @@
 // builders for each radar format, and a workbench that exports and opens project files.
 #pragma once
 
-#include "import/export.h"
+#include "commands/export.h"
 #include "support/test_home.h"
 
 #include <cstdint>

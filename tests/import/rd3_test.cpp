@@ -1,6 +1,6 @@
 // Malå .rd3 recordings with their .rad headers: the key scan, the fixed trace-length place,
 // finding the header, fitting the trace length and counting traces.
-#include "import/open.h"
+#include "commands/open.h"
 #include "import/radar_files.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // Table recordings: CSV time/value pairs and the .dat/.hdr pair, each read into one trace.
-#include "import/open.h"
+#include "commands/open.h"
 #include "import/readers.h"
 #include "support/test_home.h"
 

@@ -1,6 +1,6 @@
 // WAV recordings: how they are cut into traces, scaled, down-sampled and split into channels.
-#include "core/lifecycle.h"
-#include "import/open.h"
+#include "commands/lifecycle.h"
+#include "commands/open.h"
 #include "platform/files.h"
 #include "support/test_home.h"
 

@@ -1,6 +1,6 @@
 // Zon .dt recordings: a header found by byte signatures, the time window as mantissa and
 // exponent text, and traces with gaps between them.
-#include "import/open.h"
+#include "commands/open.h"
 #include "import/radar_files.h"
 
 #include <gtest/gtest.h>

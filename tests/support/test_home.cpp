@@ -1,9 +1,9 @@
 // Test homes, scripted workbenches and small recording writers.
 #include "support/test_home.h"
 
-#include "core/lifecycle.h"
-#include "core/settings.h"
-#include "import/open.h"
+#include "commands/lifecycle.h"
+#include "state/settings.h"
+#include "commands/open.h"
 
 #include <filesystem>
 #include <fstream>

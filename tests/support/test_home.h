@@ -2,10 +2,11 @@
 // writers for small exact recordings.
 #pragma once
 
-#include "core/command_state.h"
-#include "core/program_state.h"
-#include "core/view_host.h"
-#include "core/workbench.h"
+#include "commands/recording_view_host.h"
+#include "state/command_state.h"
+#include "state/program_state.h"
+#include "state/view_host.h"
+#include "state/workbench.h"
 #include "platform/scripted_host.h"
 
 #include <cstdint>

@@ -1,7 +1,7 @@
 // The Spectrum view's scroll bar and playback timer over a real import: a move runs the whole
 // chain for its trace, a move while a loop runs is only shown, the timer steps to the end and
 // stops, the last-trace jump, and Peak-hold resting while the user goes back.
-#include "core/lifecycle.h"
+#include "commands/lifecycle.h"
 #include "engine/engine.h"
 #include "support/test_home.h"
 #include "views/spectrum/spectrum_form.h"

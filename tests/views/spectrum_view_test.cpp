@@ -1,7 +1,7 @@
 // The Spectrum view's drawing: where a known peak lands on the plot, how a new trace replaces the
 // old one without leaving traces of it, how Stacked mode piles traces up until a clear, bars,
 // the hidden grid, and the pointer cross with its guards.
-#include "core/program_state.h"
+#include "state/program_state.h"
 #include "views/spectrum/spectrum_view.h"
 
 #include <gtest/gtest.h>

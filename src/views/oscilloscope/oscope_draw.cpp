@@ -1,7 +1,7 @@
 // Drawing the trace in the O-scope, moving through the data with its scroll bar, the pointer
 // cross with its read-out, the rubber-band zoom and its stack of levels, and flipping.
-#include "core/command_state.h"
-#include "core/workbench.h"
+#include "state/command_state.h"
+#include "state/workbench.h"
 #include "engine/engine.h"
 #include "platform/numeric.h"
 #include "views/oscilloscope/oscope_view.h"

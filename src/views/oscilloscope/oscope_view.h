@@ -13,7 +13,7 @@
 // coordinates.
 #pragma once
 
-#include "core/view_host.h"
+#include "state/view_host.h"
 #include "views/surface.h"
 #include "views/view_label.h"
 

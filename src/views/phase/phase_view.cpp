@@ -2,9 +2,9 @@
 // pointer read-out and the trace scroll bar. The frequency grid is the Spectrum view's.
 #include "views/phase/phase_view.h"
 
-#include "core/command_state.h"
-#include "core/lifecycle.h"
-#include "core/workbench.h"
+#include "state/command_state.h"
+#include "commands/lifecycle.h"
+#include "state/workbench.h"
 #include "engine/engine.h"
 #include "platform/numeric.h"
 #include "views/other_views.h"

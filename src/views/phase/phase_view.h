@@ -7,7 +7,7 @@
 // at graphRect inside it; the picF_* mouse methods take graph pixels.
 #pragma once
 
-#include "core/view_host.h"
+#include "state/view_host.h"
 #include "views/surface.h"
 #include "views/view_label.h"
 

@@ -1,8 +1,8 @@
 // The Spectrum view's scroll bar, playback timer and redraw chain.
 #include "views/spectrum/spectrum_form.h"
 
-#include "core/lifecycle.h"
-#include "core/workbench.h"
+#include "commands/lifecycle.h"
+#include "state/workbench.h"
 #include "engine/engine.h"
 #include "engine/metrics.h"
 

@@ -4,7 +4,7 @@
 // drive the view through this one object.
 #pragma once
 
-#include "core/transport.h"
+#include "commands/transport.h"
 #include "views/spectrum/spectrum_view.h"
 
 #include <functional>

@@ -1,7 +1,7 @@
 // The Spectrum view's layout and drawing.
 #include "views/spectrum/spectrum_view.h"
 
-#include "core/program_state.h"
+#include "state/program_state.h"
 #include "engine/display_map.h"
 #include "engine/metrics.h"
 #include "platform/numeric.h"

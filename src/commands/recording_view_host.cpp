@@ -1,43 +1,11 @@
 // View requests without a shell: flags kept, requests recorded.
-#include "core/view_host.h"
+#include "commands/recording_view_host.h"
 
-#include "core/commands.h"
-#include "core/lifecycle.h"
-#include "core/workbench.h"
+#include "commands/commands.h"
+#include "commands/lifecycle.h"
+#include "state/workbench.h"
 
 namespace kv {
-
-const char* viewName(ViewId v) {
-    switch (v) {
-    case ViewId::Oscope:
-        return "O-scope";
-    case ViewId::Spectrum:
-        return "Spectrum";
-    case ViewId::Phase:
-        return "Phase";
-    case ViewId::Waterfall:
-        return "Waterfall";
-    case ViewId::Radargram:
-        return "Radargram";
-    }
-    return "?";
-}
-
-bool& viewFlag(ProgramState& st, ViewId v) {
-    switch (v) {
-    case ViewId::Oscope:
-        return st.OscOpen;
-    case ViewId::Spectrum:
-        return st.SpectrumOpen;
-    case ViewId::Phase:
-        return st.PhaseOpen;
-    case ViewId::Waterfall:
-        return st.WaterfallOpen;
-    case ViewId::Radargram:
-        break;
-    }
-    return st.RadargramOpen;
-}
 
 void RecordingViewHost::loadView(Workbench& wb, ViewId v) {
     log.push_back(std::string("load ") + viewName(v));

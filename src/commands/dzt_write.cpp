@@ -1,10 +1,10 @@
 // Export to a GSSI-compatible DZT file: a 1024-byte header with the few fields other radar
 // software needs, then the working traces as unsigned 16-bit samples centred on 32768, placed
 // two bytes behind the header exactly where our own DZT import looks for them.
-#include "import/export.h"
+#include "commands/export.h"
 
-#include "core/workbench.h"
-#include "import/trace_store.h"
+#include "state/workbench.h"
+#include "platform/trace_store.h"
 #include "platform/numeric.h"
 
 #include <cmath>

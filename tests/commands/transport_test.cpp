@@ -1,7 +1,7 @@
 // The transport buttons and playback loops over a small imported recording: how far they go,
 // what the views are asked to do, and how Pause stops a running loop from inside its yield.
-#include "core/commands.h"
-#include "core/transport.h"
+#include "commands/commands.h"
+#include "commands/transport.h"
 #include "support/test_home.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
 // The menu tree and toolbar of the main window, with their captions, keys and tool tips.
-#include "core/command_state.h"
+#include "state/command_state.h"
 
 #include <stdexcept>
 

@@ -1,8 +1,8 @@
 // The transport buttons and the playback loops.
-#include "core/transport.h"
+#include "commands/transport.h"
 
-#include "core/lifecycle.h"
-#include "core/workbench.h"
+#include "commands/lifecycle.h"
+#include "state/workbench.h"
 #include "engine/engine.h"
 
 #include <chrono>

@@ -1,7 +1,7 @@
 // Reading and writing the working trace files.
-#include "import/trace_store.h"
+#include "platform/trace_store.h"
 
-#include "import/read_error.h"
+#include "platform/read_error.h"
 #include "platform/files.h"
 
 #include <bit>

@@ -3,7 +3,8 @@
 // and exit.
 #pragma once
 
-#include "core/view_host.h"
+#include "platform/message_title.h"
+#include "state/view_host.h"
 
 namespace kv {
 
@@ -43,9 +44,5 @@ void InitStatusPanels(Workbench& wb);
 const char* modeText(int modeFFT);
 /// CurrentTracePos for the present TracePos.
 void setCurrentTracePos(ProgramState& st);
-
-/// The first words of the status bar and the main caption when nothing is loaded.
-inline constexpr const char* kCompanyPanel = "Hallvik Instruments";
-inline constexpr const char* kMessageTitle = "Kelvorandine®";
 
 } // namespace kv

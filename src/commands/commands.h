@@ -3,7 +3,7 @@
 // the command model and forwards clicks here, so every rule is testable without widgets.
 #pragma once
 
-#include "core/view_host.h"
+#include "state/view_host.h"
 
 #include <string>
 

@@ -1,7 +1,7 @@
 // Reading and writing SP.ini.
-#include "core/settings.h"
+#include "state/settings.h"
 
-#include "core/workbench.h"
+#include "state/workbench.h"
 #include "generated/factory_ini.h"
 #include "platform/files.h"
 #include "platform/numeric.h"

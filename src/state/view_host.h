@@ -49,27 +49,6 @@ class ViewHost {
     virtual void viewCommand(Workbench&, ViewId, const std::string& /*name*/) {}
 };
 
-/// Keeps the view flags as real views would and writes down every request, in order
-/// ("load Spectrum", "firstDraw Spectrum", "maximise Spectrum", "arrange 1", "trace Spectrum 4"
-/// ...). A loaded view becomes the active one, as a window that comes up does.
-class RecordingViewHost : public ViewHost {
-  public:
-    std::vector<std::string> log;
-
-    void loadView(Workbench& wb, ViewId v) override;
-    void unloadView(Workbench& wb, ViewId v) override;
-    void spectrumFirstDraw(Workbench& wb) override;
-    void maximiseView(Workbench& wb, ViewId v) override;
-    void arrange(Workbench& wb, int mode) override;
-    void redrawView(Workbench& wb, ViewId v) override;
-    void traceChanged(Workbench& wb, ViewId v) override;
-    void clearPicture(Workbench& wb, ViewId v) override;
-    void spectrumFinalDraw(Workbench& wb) override;
-    void resetWaterfall(Workbench& wb, ViewId v, bool atEnd) override;
-    void setScrollValue(Workbench& wb, ViewId v, int value) override;
-    void viewCommand(Workbench& wb, ViewId v, const std::string& name) override;
-};
-
 /// The open flag of a view.
 bool& viewFlag(struct ProgramState& st, ViewId v);
 

@@ -1,5 +1,5 @@
 // Start, the trace-position mapping, closing and cleaning up, and exit.
-#include "core/lifecycle.h"
+#include "commands/lifecycle.h"
 #include "platform/files.h"
 #include "support/test_home.h"
 

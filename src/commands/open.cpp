@@ -1,8 +1,8 @@
 // The Import command and the re-read after a settings change.
-#include "import/open.h"
+#include "commands/open.h"
 
-#include "core/lifecycle.h"
-#include "core/workbench.h"
+#include "commands/lifecycle.h"
+#include "state/workbench.h"
 #include "engine/engine.h"
 #include "import/file_filters.h"
 #include "import/readers.h"
@@ -12,12 +12,14 @@ namespace kv {
 
 namespace {
 
-ImportHooks gHooks; // test seam only; the workbench never sets it
-
 struct DialogCancelled {};
 
-void prepare(ImportContext& ctx) {
-    if (gHooks.prepare) gHooks.prepare(ctx, gHooks.user);
+/// A reader's context as the open step hands it over: the source, the workbench's opener, and
+/// the clean-up a reader's failure handler runs.
+ImportContext importContext(Workbench& wb, const std::string& source, int filterIndex) {
+    ImportContext ctx(wb, source, filterIndex);
+    ctx.cleanSet = [&wb] { CleanSet(wb); };
+    return ctx;
 }
 
 /// Runs the reader of the flag that is set, with the settings the open command puts around it.
@@ -96,8 +98,7 @@ void openChosenFile(Workbench& wb, const FileChoice& choice) {
     st.FileTitle = choice.title;
     detectFormat(st, st.FileTitle);
 
-    ImportContext ctx(wb, choice.path, choice.filterIndex);
-    prepare(ctx);
+    ImportContext ctx = importContext(wb, choice.path, choice.filterIndex);
     if (!runReader(ctx)) return;
 
     if (!st.IsWav) {
@@ -144,10 +145,6 @@ void showDataSet(Workbench& wb) {
     st.NewDataSet = true;
     bringUpViews(wb);
     cmd.touch();
-}
-
-void setImportHooks(const ImportHooks& hooks) {
-    gHooks = hooks;
 }
 
 void deleteWorkingFiles(const ProgramState& st) {
@@ -199,9 +196,8 @@ void rereadDataSet(Workbench& wb) {
     ProgramState& st = wb.st;
     const FormatRow* row = activeFormat(st);
     if (!row || !row->rereadAfterOptions) return;
-    ImportContext ctx(wb, st.SourcePath, 1);
+    ImportContext ctx = importContext(wb, st.SourcePath, 1);
     ctx.reread = true;
-    prepare(ctx);
     runReader(ctx);
 }
 

@@ -32,11 +32,4 @@ void setWorkingPaths(ProgramState& st);
 /// ChNewDS's re-read of the open format (WAV, SHT, DAT, CSV, DZT only). Throws ReadError.
 void rereadDataSet(Workbench& wb);
 
-/// Hook for tests and fuzzers: when set, readers get their bytes from here instead of disk.
-struct ImportHooks {
-    void (*prepare)(ImportContext&, void*) = nullptr;
-    void* user = nullptr;
-};
-void setImportHooks(const ImportHooks& hooks);
-
 } // namespace kv

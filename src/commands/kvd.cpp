@@ -1,14 +1,14 @@
 // The native project file (.kvd): the working traces with a small header, written by the
 // Export command and read back by "Open Kelvorandine File". Reading one needs no reader of the
 // original format: the traces are copied as they are into temp.sp.
-#include "import/export.h"
+#include "commands/export.h"
 
-#include "core/lifecycle.h"
-#include "core/workbench.h"
+#include "commands/lifecycle.h"
+#include "state/workbench.h"
 #include "engine/engine.h"
-#include "import/open.h"
+#include "commands/open.h"
 #include "import/readers.h"
-#include "import/trace_store.h"
+#include "platform/trace_store.h"
 #include "platform/byte_source.h"
 #include "platform/files.h"
 

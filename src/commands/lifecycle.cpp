@@ -1,11 +1,11 @@
 // Start, data-set life and exit.
-#include "core/lifecycle.h"
+#include "commands/lifecycle.h"
 
-#include "core/settings.h"
-#include "core/workbench.h"
+#include "state/settings.h"
+#include "state/workbench.h"
 #include "engine/engine.h"
-#include "import/open.h"
-#include "import/trace_store.h"
+#include "commands/open.h"
+#include "platform/trace_store.h"
 #include "platform/files.h"
 #include "platform/numeric.h"
 

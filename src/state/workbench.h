@@ -2,9 +2,10 @@
 // the host that talks to the user, and the views. Passed by reference; there are no globals.
 #pragma once
 
-#include "core/command_state.h"
-#include "core/program_state.h"
-#include "core/view_host.h"
+#include "state/command_state.h"
+#include "state/program_state.h"
+#include "state/view_host.h"
+#include "platform/byte_source.h"
 #include "platform/host.h"
 
 namespace kv {
@@ -14,6 +15,8 @@ struct Workbench {
     CommandState& cmd;
     Host& host;
     ViewHost& views;
+    /// Where readers get their bytes: from disk in the workbench, from memory in the fuzzers.
+    SourceOpener openSource = openFileSource;
 };
 
 } // namespace kv

@@ -1,7 +1,7 @@
 // The command model per active view (buttons on show, commands enabled, ticks), the status
 // texts, and what toolbar keys and menu entries do.
-#include "core/commands.h"
-#include "core/lifecycle.h"
+#include "commands/commands.h"
+#include "commands/lifecycle.h"
 #include "support/test_home.h"
 
 #include <gtest/gtest.h>

@@ -1,8 +1,8 @@
 // The Export command: one save dialog offering the project file and the GSSI-compatible file,
 // and the writer its extension names.
-#include "import/export.h"
+#include "commands/export.h"
 
-#include "core/workbench.h"
+#include "state/workbench.h"
 #include "platform/files.h"
 
 namespace kv {

@@ -1,5 +1,5 @@
 // SP.ini: its odd keys, what survives a save, and what happens when it is missing or damaged.
-#include "core/settings.h"
+#include "state/settings.h"
 #include "support/test_home.h"
 
 #include <gtest/gtest.h>

@@ -1,12 +1,12 @@
 // Menus, toolbar and status bar for the active view, and the dispatch of clicks.
-#include "core/commands.h"
+#include "commands/commands.h"
 
-#include "core/lifecycle.h"
-#include "core/transport.h"
-#include "core/workbench.h"
+#include "commands/lifecycle.h"
+#include "commands/transport.h"
+#include "state/workbench.h"
 #include "engine/metrics.h"
-#include "import/export.h"
-#include "import/open.h"
+#include "commands/export.h"
+#include "commands/open.h"
 
 #include <algorithm>
 #include <initializer_list>

@@ -1,6 +1,6 @@
 // The O-scope's own commands reach the view from its toolbar keys and its menu entries, and only
 // while the view is open.
-#include "core/commands.h"
+#include "commands/commands.h"
 #include "support/test_home.h"
 
 #include <gtest/gtest.h>
