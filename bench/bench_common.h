@@ -5,12 +5,12 @@
 
 #include "bench_wav.h"
 #include "commands/lifecycle.h"
+#include "commands/open.h"
+#include "engine/engine.h"
+#include "platform/scripted_host.h"
 #include "state/program_state.h"
 #include "state/settings.h"
 #include "state/workbench.h"
-#include "engine/engine.h"
-#include "commands/open.h"
-#include "platform/scripted_host.h"
 #include "views/spectrum/spectrum_form.h"
 
 #include <QGuiApplication>

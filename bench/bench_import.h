@@ -1,13 +1,13 @@
 // One import as the Import command runs it, in a scratch home, for the import benchmarks.
 #pragma once
 
-#include "commands/recording_view_host.h"
 #include "commands/lifecycle.h"
+#include "commands/open.h"
+#include "commands/recording_view_host.h"
+#include "import/file_filters.h"
+#include "platform/scripted_host.h"
 #include "state/settings.h"
 #include "state/workbench.h"
-#include "import/file_filters.h"
-#include "commands/open.h"
-#include "platform/scripted_host.h"
 
 #include <filesystem>
 #include <fstream>

@@ -1,8 +1,8 @@
 // The cost of one trace of playback: FyllSpData (read, window, transform, amplitudes, dB, peak
 // search, fold into plot columns, phases) against a bare FFTW transform of the same length on the
 // same data, run side by side so that bench/engine_vs_fftw.py can report the ratios.
-#include "state/program_state.h"
 #include "engine/engine.h"
+#include "state/program_state.h"
 
 #include <benchmark/benchmark.h>
 #include <fftw3.h>

@@ -6,12 +6,12 @@
 //   bench_import --make-wav FILE N    writes a 16-bit mono WAV of N samples
 //   bench_import --make-dzt FILE N    writes a 16-bit DZT of N scans of 512 samples
 #include "commands/lifecycle.h"
-#include "state/settings.h"
-#include "state/workbench.h"
-#include "import/file_filters.h"
 #include "commands/open.h"
+#include "import/file_filters.h"
 #include "platform/files.h"
 #include "platform/scripted_host.h"
+#include "state/settings.h"
+#include "state/workbench.h"
 
 #include "bench_import.h"
 #include "bench_wav.h"

@@ -2,13 +2,13 @@
 // time through a recording (ScrollNu: trace read, spectrum, fold, drawing into an 800x600
 // window's plot), beside the engine alone on the same traces and the drawing alone, all in one
 // run so that their ratios compare like with like. bench/playback_ratio.py prints the ratios.
-#include "commands/recording_view_host.h"
 #include "commands/lifecycle.h"
+#include "commands/open.h"
+#include "commands/recording_view_host.h"
+#include "engine/engine.h"
+#include "platform/scripted_host.h"
 #include "state/settings.h"
 #include "state/workbench.h"
-#include "engine/engine.h"
-#include "commands/open.h"
-#include "platform/scripted_host.h"
 #include "views/spectrum/spectrum_form.h"
 
 #include "bench_common.h"

@@ -3,8 +3,8 @@
 // of it is the working file. Whatever the settings, building the spectrum, folding it, mapping
 // it to pixels and computing the read-outs must end without a crash, and no read-out may show a
 // NaN or an infinity.
-#include "state/program_state.h"
 #include "engine/engine.h"
+#include "state/program_state.h"
 
 #include <cmath>
 #include <cstdint>

@@ -3,14 +3,14 @@
 // extension (KV_FUZZ_EXT) and, for .sgy/.sg2, the import dialog entry (KV_FUZZ_FILTER).
 // Formats with a companion header file (.rad, .HD, .hdr) get the input split at its first
 // "\n--\n": what comes after is the companion's bytes.
-#include "commands/recording_view_host.h"
 #include "commands/lifecycle.h"
-#include "state/settings.h"
-#include "state/workbench.h"
-#include "import/file_filters.h"
 #include "commands/open.h"
+#include "commands/recording_view_host.h"
+#include "import/file_filters.h"
 #include "import/reader.h"
 #include "platform/scripted_host.h"
+#include "state/settings.h"
+#include "state/workbench.h"
 
 #include "commands/export.h"
 

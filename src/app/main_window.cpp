@@ -3,9 +3,8 @@
 
 #include "commands/commands.h"
 #include "commands/lifecycle.h"
-#include "import/file_filters.h"
 #include "commands/open.h"
-#include "platform/scripted_host.h"
+#include "import/file_filters.h"
 
 #include <QAction>
 #include <QApplication>
@@ -18,7 +17,6 @@
 #include <QMdiSubWindow>
 #include <QMenu>
 #include <QMenuBar>
-#include <QMessageBox>
 #include <QMimeData>
 #include <QSettings>
 #include <QStatusBar>
@@ -225,13 +223,6 @@ void MainWindow::onMenu(const std::string& name) {
         close();
         return;
     }
-    if (name == "mnuAbout") {
-        QMessageBox::about(this, QString::fromUtf8(kMessageTitle),
-                           tr("Kelvorandine workbench %1\n\nSpectrum, oscilloscope, phase and "
-                              "waterfall views of geophysical and instrument recordings.")
-                               .arg(QStringLiteral(KV_VERSION)));
-        return;
-    }
     runCommand([&] { menuCommand(wb_, name); });
 }
 
@@ -309,11 +300,7 @@ void MainWindow::runImport() {
 void MainWindow::importFile(const std::string& path, int filterIndex) {
     if (filterIndex <= 0) filterIndex = filterIndexForFile(st_.Fil, path);
     if (filterIndex <= 0) filterIndex = 1;
-    if (auto* scripted = dynamic_cast<ScriptedHost*>(&wb_.host))
-        scripted->queueFile(path, filterIndex);
-    else
-        qtHost_.presetNextOpen(path, filterIndex);
-    runImport();
+    runCommand([&] { kv::importFile(wb_, path, filterIndex); });
 }
 
 void MainWindow::closeEvent(QCloseEvent* e) {

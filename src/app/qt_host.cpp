@@ -68,6 +68,10 @@ void QtHost::message(const std::string& text, const std::string& title, MsgIcon 
     }
 }
 
+void QtHost::about(const std::string& title, const std::string& text) {
+    QMessageBox::about(parent_, QString::fromStdString(title), QString::fromStdString(text));
+}
+
 static FileChoice runFileDialog(QWidget* parent, const std::string& filter,
                                 const std::string& title, int filterIndex, bool save,
                                 const std::string& suggested) {
@@ -90,11 +94,6 @@ static FileChoice runFileDialog(QWidget* parent, const std::string& filter,
 }
 
 FileChoice QtHost::openFile(const std::string& filter, const std::string& title, int index) {
-    if (preset_) {
-        FileChoice c = *preset_;
-        preset_.reset();
-        return c;
-    }
     return runFileDialog(parent_, filter, title, index, false, {});
 }
 
@@ -131,15 +130,6 @@ std::optional<std::string> QtHost::askText(const std::string& prompt, const std:
 
 std::unique_ptr<Progress> QtHost::progress(const std::string& title, int max) {
     return std::make_unique<QtProgress>(parent_, QString::fromStdString(title), max);
-}
-
-void QtHost::presetNextOpen(const std::string& path, int filterIndex) {
-    FileChoice c;
-    c.cancelled = false;
-    c.path = path;
-    c.title = fileTitleOf(path);
-    c.filterIndex = filterIndex;
-    preset_ = c;
 }
 
 void QtHost::yield() {

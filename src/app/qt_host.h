@@ -16,6 +16,7 @@ class QtHost : public Host {
     void setParent(QWidget* parent) { parent_ = parent; }
 
     void message(const std::string& text, const std::string& title, MsgIcon icon) override;
+    void about(const std::string& title, const std::string& text) override;
     FileChoice openFile(const std::string& filter, const std::string& title,
                         int filterIndex) override;
     FileChoice saveFile(const std::string& filter, const std::string& title, int filterIndex,
@@ -31,13 +32,8 @@ class QtHost : public Host {
     void setUserSetting(const std::string& section, const std::string& key,
                         const std::string& value) override;
 
-    /// The next open dialog is answered with this file instead of being shown (a file given on
-    /// the command line or dropped on the window).
-    void presetNextOpen(const std::string& path, int filterIndex);
-
   private:
     QWidget* parent_;
-    std::optional<FileChoice> preset_;
 };
 
 /// "Desc|*.a|Desc2|*.b|" as Qt name filters ("Desc (*.a)").

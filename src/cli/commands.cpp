@@ -1,11 +1,11 @@
 // The command-line tool's subcommands over the same core as the workbench.
 #include "cli/commands.h"
 
-#include "commands/lifecycle.h"
-#include "engine/engine.h"
 #include "commands/export.h"
-#include "import/file_filters.h"
+#include "commands/lifecycle.h"
 #include "commands/open.h"
+#include "engine/engine.h"
+#include "import/file_filters.h"
 #include "import/readers.h"
 #include "platform/files.h"
 

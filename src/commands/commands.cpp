@@ -1,12 +1,13 @@
 // Menus, toolbar and status bar for the active view, and the dispatch of clicks.
 #include "commands/commands.h"
 
-#include "commands/lifecycle.h"
-#include "commands/transport.h"
-#include "state/workbench.h"
-#include "engine/metrics.h"
 #include "commands/export.h"
+#include "commands/lifecycle.h"
 #include "commands/open.h"
+#include "commands/transport.h"
+#include "engine/metrics.h"
+#include "generated/version.h"
+#include "state/workbench.h"
 
 #include <algorithm>
 #include <initializer_list>
@@ -341,6 +342,12 @@ void pressButton(Workbench& wb, int number) {
     TB_event9(wb, key);
 }
 
+void mnuAbout_Click(Workbench& wb) {
+    wb.host.about(kMessageTitle, std::string("Kelvorandine workbench ") + kVersion +
+                                     "\n\nSpectrum, oscilloscope, phase and waterfall views of "
+                                     "geophysical and instrument recordings.");
+}
+
 bool menuCommand(Workbench& wb, const std::string& name) {
     CommandState& cmd = wb.cmd;
     if (!cmd.hasMenu(name)) return false;
@@ -387,10 +394,11 @@ bool menuCommand(Workbench& wb, const std::string& name) {
     if (name == "mnuSnd") mnuSnd_Click(wb);
     if (name == "mnuSnr") mnuSnr_Click(wb);
     if (name == "mnuEnob") mnuEnob_Click(wb);
+    if (name == "mnuAbout") mnuAbout_Click(wb);
     if (name == "mnuCasc") wb.views.arrange(wb, 0);
     if (name == "mnuHor") wb.views.arrange(wb, 1);
     if (name == "mnuVert") wb.views.arrange(wb, 2);
-    return name != "mnuExit" && name != "mnuAbout";
+    return name != "mnuExit";
 }
 
 } // namespace kv

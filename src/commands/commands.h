@@ -46,8 +46,10 @@ void pressButton(Workbench& wb, int number);
 
 /// A menu entry was chosen (`mnuOpen`, `mnuCasc`, `mnuxlog` ...). Entries that the toolbar also
 /// has do what the toolbar's key does. Disabled and unavailable entries do nothing. Returns
-/// false for entries the core leaves to the shell (Exit, About).
+/// false for the entry the core leaves to the shell (Exit, which closes the main window).
 bool menuCommand(Workbench& wb, const std::string& name);
+/// Help > About: the program's name, version and purpose, through the host's About box.
+void mnuAbout_Click(Workbench& wb);
 
 /// The menus' Spectrum/O-scope/Phase/Waterfall command: a closed view is loaded and the windows
 /// arranged; an open one is brought forward.

@@ -3,9 +3,9 @@
 // two bytes behind the header exactly where our own DZT import looks for them.
 #include "commands/export.h"
 
-#include "state/workbench.h"
-#include "platform/trace_store.h"
 #include "platform/numeric.h"
+#include "platform/trace_store.h"
+#include "state/workbench.h"
 
 #include <cmath>
 #include <cstring>

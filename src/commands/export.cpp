@@ -2,8 +2,8 @@
 // and the writer its extension names.
 #include "commands/export.h"
 
-#include "state/workbench.h"
 #include "platform/files.h"
+#include "state/workbench.h"
 
 namespace kv {
 

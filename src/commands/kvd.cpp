@@ -4,13 +4,13 @@
 #include "commands/export.h"
 
 #include "commands/lifecycle.h"
-#include "state/workbench.h"
-#include "engine/engine.h"
 #include "commands/open.h"
+#include "engine/engine.h"
 #include "import/readers.h"
-#include "platform/trace_store.h"
 #include "platform/byte_source.h"
 #include "platform/files.h"
+#include "platform/trace_store.h"
+#include "state/workbench.h"
 
 #include <cstring>
 

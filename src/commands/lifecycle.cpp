@@ -1,13 +1,13 @@
 // Start, data-set life and exit.
 #include "commands/lifecycle.h"
 
-#include "state/settings.h"
-#include "state/workbench.h"
-#include "engine/engine.h"
 #include "commands/open.h"
-#include "platform/trace_store.h"
+#include "engine/engine.h"
 #include "platform/files.h"
 #include "platform/numeric.h"
+#include "platform/trace_store.h"
+#include "state/settings.h"
+#include "state/workbench.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -2,11 +2,11 @@
 #include "commands/open.h"
 
 #include "commands/lifecycle.h"
-#include "state/workbench.h"
 #include "engine/engine.h"
 #include "import/file_filters.h"
 #include "import/readers.h"
 #include "platform/files.h"
+#include "state/workbench.h"
 
 namespace kv {
 
@@ -177,12 +177,14 @@ void closeBeforeOpen(Workbench& wb, bool project) {
     CloseDataSet(wb);
 }
 
-void mnuOpen_Click(Workbench& wb) {
+/// The Import command; `given` answers the file dialog without showing it.
+static void importChosenFile(Workbench& wb, const FileChoice* given) {
     ProgramState& st = wb.st;
     CommandState& cmd = wb.cmd;
     closeBeforeOpen(wb, false);
     try {
-        FileChoice choice = wb.host.openFile(importFilter(st.Fil), "Import data files", 1);
+        FileChoice choice =
+            given ? *given : wb.host.openFile(importFilter(st.Fil), "Import data files", 1);
         if (choice.cancelled) throw DialogCancelled{};
         openChosenFile(wb, choice);
     } catch (...) {
@@ -190,6 +192,19 @@ void mnuOpen_Click(Workbench& wb) {
         abandonDataSet(wb);
     }
     cmd.touch();
+}
+
+void mnuOpen_Click(Workbench& wb) {
+    importChosenFile(wb, nullptr);
+}
+
+void importFile(Workbench& wb, const std::string& path, int filterIndex) {
+    FileChoice choice;
+    choice.cancelled = false;
+    choice.path = path;
+    choice.title = fileTitleOf(path);
+    choice.filterIndex = filterIndex;
+    importChosenFile(wb, &choice);
 }
 
 void rereadDataSet(Workbench& wb) {

@@ -9,10 +9,14 @@ namespace kv {
 struct Workbench;
 struct ProgramState;
 struct ImportContext;
+struct FileChoice;
 
 /// The whole Import command, driven through the host's open dialog. Never throws: every
 /// failure ends in the messages and clean-up the formats define, with no data set.
 void mnuOpen_Click(Workbench& wb);
+/// The Import command with the dialog's answer already known: a file named on the command line
+/// or dropped on the window, opened as if the user had picked it with the entry `filterIndex`.
+void importFile(Workbench& wb, const std::string& path, int filterIndex);
 
 /// The first steps of an open, before the file dialog: the open's flags reset (IsProject as
 /// given; a project also clears the format flags), and the old data set closed.

@@ -2,8 +2,8 @@
 #include "commands/transport.h"
 
 #include "commands/lifecycle.h"
-#include "state/workbench.h"
 #include "engine/engine.h"
+#include "state/workbench.h"
 
 #include <chrono>
 

@@ -3,10 +3,10 @@
 // cursor reads on a log axis, so they are kept exactly.
 #include "engine/display_map.h"
 
-#include "state/program_state.h"
 #include "engine/spectrum.h"
 #include "engine/spectrum_hooks.h"
 #include "platform/numeric.h"
+#include "state/program_state.h"
 
 #include <algorithm>
 #include <cmath>

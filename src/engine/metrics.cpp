@@ -3,9 +3,9 @@
 // a bin may count both as noise and as a harmonic.
 #include "engine/metrics.h"
 
-#include "state/program_state.h"
 #include "engine/spectrum.h"
 #include "platform/numeric.h"
+#include "state/program_state.h"
 
 #include <cmath>
 #include <optional>

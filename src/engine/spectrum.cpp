@@ -4,14 +4,14 @@
 // it sums AverVal+1 traces.
 #include "engine/spectrum.h"
 
-#include "state/program_state.h"
 #include "engine/batch_math.h"
 #include "engine/display_map.h"
 #include "engine/fft.h"
 #include "engine/spectrum_hooks.h"
 #include "engine/windows.h"
-#include "platform/trace_store.h"
 #include "platform/numeric.h"
+#include "platform/trace_store.h"
+#include "state/program_state.h"
 
 #include <algorithm>
 #include <cmath>

@@ -2,8 +2,8 @@
 // quirks (i counted from 1, the truncated 2*pi constants, Bartlett halves that do not meet).
 #include "engine/windows.h"
 
-#include "state/program_state.h"
 #include "platform/numeric.h"
+#include "state/program_state.h"
 
 #include <algorithm>
 #include <cmath>

@@ -3,8 +3,8 @@
 #include "import/readers.h"
 #include "import/text_lines.h"
 
-#include "platform/message_title.h"
 #include "platform/files.h"
+#include "platform/message_title.h"
 #include "platform/numeric.h"
 
 namespace kv {

@@ -4,11 +4,11 @@
 // ReadError.
 #pragma once
 
-#include "state/workbench.h"
 #include "engine/trace_length.h" // fitTraceLength, thinTrace
+#include "platform/byte_source.h"
 #include "platform/read_error.h"
 #include "platform/trace_store.h"
-#include "platform/byte_source.h"
+#include "state/workbench.h"
 
 #include <cmath>
 #include <functional>

@@ -11,8 +11,8 @@
 //                                    end of this line
 #include "import/readers.h"
 
-#include "platform/message_title.h"
 #include "import/text_lines.h"
+#include "platform/message_title.h"
 #include "platform/numeric.h"
 
 #include <cctype>

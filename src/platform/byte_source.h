@@ -4,9 +4,8 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
-#include <memory>
 #include <cstring>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>

@@ -41,6 +41,8 @@ class Host {
     virtual ~Host() = default;
 
     virtual void message(const std::string& text, const std::string& title, MsgIcon icon) = 0;
+    /// The About box: the program's name, version and a line on what it is for.
+    virtual void about(const std::string& title, const std::string& text) = 0;
 
     /// `filter` is a list of "Description|*.ext|" entries joined together.
     virtual FileChoice openFile(const std::string& filter, const std::string& title,

@@ -287,10 +287,10 @@ std::string formatPicture(double x, std::string_view picture) {
            fractionPicture[fraction.size() - 1] == '#')
         fraction.pop_back();
 
+    if (whole.empty() && fraction.empty()) return std::string(1, '0');
     std::string out = (x < 0 && !roundsToZero) ? "-" : "";
     out += whole;
     if (!fraction.empty()) out += "." + fraction;
-    if (whole.empty() && fraction.empty()) out = "0";
     return out;
 }
 

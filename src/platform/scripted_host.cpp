@@ -47,6 +47,10 @@ void ScriptedHost::message(const std::string& text, const std::string& title, Ms
     if (echo) echo(messages.back());
 }
 
+void ScriptedHost::about(const std::string& title, const std::string& text) {
+    aboutBoxes.push_back({text, title, MsgIcon::Information});
+}
+
 FileChoice ScriptedHost::nextFile(const std::string& filter, const std::string& title,
                                   int filterIndex) {
     dialogTitles.push_back(title);

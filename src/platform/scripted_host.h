@@ -36,6 +36,7 @@ class ScriptedHost : public Host {
 
     // ---- What happened ------------------------------------------------------------------------
     std::vector<ShownMessage> messages;
+    std::vector<ShownMessage> aboutBoxes;   // every About box shown, icon Information
     std::vector<std::string> dialogTitles;  // titles of the file dialogs shown
     std::vector<std::string> dialogFilters; // their filter texts
     std::vector<int> dialogFilterIndexes;   // the filter index each dialog was opened with
@@ -48,6 +49,7 @@ class ScriptedHost : public Host {
 
     // ---- Host ---------------------------------------------------------------------------------
     void message(const std::string& text, const std::string& title, MsgIcon icon) override;
+    void about(const std::string& title, const std::string& text) override;
     FileChoice openFile(const std::string& filter, const std::string& title,
                         int filterIndex) override;
     FileChoice saveFile(const std::string& filter, const std::string& title, int filterIndex,

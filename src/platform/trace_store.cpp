@@ -1,8 +1,8 @@
 // Reading and writing the working trace files.
 #include "platform/trace_store.h"
 
-#include "platform/read_error.h"
 #include "platform/files.h"
+#include "platform/read_error.h"
 
 #include <bit>
 #include <cstring>

@@ -1,10 +1,10 @@
 // Reading and writing SP.ini.
 #include "state/settings.h"
 
-#include "state/workbench.h"
 #include "generated/factory_ini.h"
 #include "platform/files.h"
 #include "platform/numeric.h"
+#include "state/workbench.h"
 
 #define SI_CONVERT_ICU
 #include <SimpleIni.h>

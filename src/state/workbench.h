@@ -2,11 +2,11 @@
 // the host that talks to the user, and the views. Passed by reference; there are no globals.
 #pragma once
 
+#include "platform/byte_source.h"
+#include "platform/host.h"
 #include "state/command_state.h"
 #include "state/program_state.h"
 #include "state/view_host.h"
-#include "platform/byte_source.h"
-#include "platform/host.h"
 
 namespace kv {
 

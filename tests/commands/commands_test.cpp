@@ -2,6 +2,7 @@
 // texts, and what toolbar keys and menu entries do.
 #include "commands/commands.h"
 #include "commands/lifecycle.h"
+#include "commands/open.h"
 #include "support/test_home.h"
 
 #include <gtest/gtest.h>
@@ -269,4 +270,29 @@ TEST(MetricSwitches, MenuAndButtonToggleTogetherAndOnlyTheSwitchedLabelGoes) {
 
     NoAnalys(b.wb);
     EXPECT_FALSE(b.st.ShowSNR || b.st.AnalysOnFFT || b.cmd.button(45).down);
+}
+
+TEST(HelpAbout, TheAboutBoxComesFromTheCoreThroughTheHost) {
+    Loaded b;
+    EXPECT_TRUE(menuCommand(b.wb, "mnuAbout"));
+    ASSERT_EQ(b.host.aboutBoxes.size(), 1u);
+    EXPECT_EQ(b.host.aboutBoxes[0].title, "Kelvorandine®");
+    EXPECT_EQ(b.host.aboutBoxes[0].text.rfind("Kelvorandine workbench ", 0), 0u);
+    EXPECT_TRUE(b.host.messages.empty());
+    EXPECT_FALSE(menuCommand(b.wb, "mnuExit")); // left to the shell, which closes the window
+}
+
+TEST(ImportWithoutDialog, AGivenFileOpensAsIfPickedAndAskNothing) {
+    test::Bench b;
+    b.start();
+    const std::string path = b.home.file("given.wav");
+    std::vector<int> samples(4096);
+    for (size_t i = 0; i < samples.size(); ++i)
+        samples[i] = int(8000 * std::sin(0.05 * double(i)));
+    test::writeFile(path, test::wavBytes(1, 8000, 16, samples));
+    importFile(b.wb, path, 1);
+    EXPECT_TRUE(b.host.dialogTitles.empty()); // no file dialog was shown
+    EXPECT_EQ(b.st.FileTitle, "given.wav");
+    EXPECT_GT(b.st.TraceCount, 0);
+    EXPECT_TRUE(b.st.SpectrumOpen);
 }

@@ -1,6 +1,6 @@
 // Folding bins into plot columns and placing values and columns in pixels.
-#include "state/program_state.h"
 #include "engine/engine.h"
+#include "state/program_state.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
 // The transform, the ten windows and the trace-length rules: the numeric floor every spectrum
 // stands on.
-#include "state/program_state.h"
 #include "engine/fft.h"
 #include "engine/trace_length.h"
 #include "engine/windows.h"
+#include "state/program_state.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 // A real recording imported as the workbench imports it, then every trace through the spectrum
 // and the read-outs: the spectrum keeps the trace's energy, and nothing on show is ever NaN.
-#include "state/program_state.h"
 #include "engine/engine.h"
+#include "state/program_state.h"
 #include "support/test_home.h"
 
 #include <gtest/gtest.h>

@@ -2,8 +2,8 @@
 // so that the spectrum engine can be driven trace by trace on signals whose spectrum is known.
 #pragma once
 
-#include "state/program_state.h"
 #include "engine/engine.h"
+#include "state/program_state.h"
 #include "support/test_home.h"
 
 #include <cmath>

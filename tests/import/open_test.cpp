@@ -1,8 +1,8 @@
 // The Import command: the dialog, the choice of reader, what a cancelled or failed open leaves,
 // and which views come up.
 #include "commands/lifecycle.h"
-#include "import/file_filters.h"
 #include "commands/open.h"
+#include "import/file_filters.h"
 #include "import/readers.h"
 #include "platform/files.h"
 #include "support/test_home.h"

@@ -1,9 +1,9 @@
 // Byte sources, the working trace store and the file helpers never read outside a file and
 // never leave a half-written file behind.
-#include "platform/read_error.h"
-#include "platform/trace_store.h"
 #include "platform/byte_source.h"
 #include "platform/files.h"
+#include "platform/read_error.h"
+#include "platform/trace_store.h"
 #include "support/test_home.h"
 
 #include <gtest/gtest.h>

@@ -24,7 +24,7 @@ const std::vector<std::vector<std::string>> kFloors = {
 const size_t kFirstQtFloor = 8; // views
 
 fs::path repoRoot() {
-    return fs::path(__FILE__).parent_path().parent_path().parent_path();
+    return fs::path(KV_SOURCE_DIR);
 }
 
 std::map<std::string, size_t> floorOf() {
@@ -74,8 +74,8 @@ TEST(Layers, NoIncludeGoesUpOrSideways) {
             const std::string target = m[1];
             auto it = floors.find(target);
             if (it == floors.end() || target == folder) return;
-            EXPECT_LT(it->second, floor) << p << ":" << n << " includes " << target
-                                         << ", which is not below " << folder;
+            EXPECT_LT(it->second, floor)
+                << p << ":" << n << " includes " << target << ", which is not below " << folder;
         });
     }
     EXPECT_GT(files, 50);

@@ -1,9 +1,9 @@
 // Drawing the trace in the O-scope, moving through the data with its scroll bar, the pointer
 // cross with its read-out, the rubber-band zoom and its stack of levels, and flipping.
-#include "state/command_state.h"
-#include "state/workbench.h"
 #include "engine/engine.h"
 #include "platform/numeric.h"
+#include "state/command_state.h"
+#include "state/workbench.h"
 #include "views/oscilloscope/oscope_view.h"
 #include "views/other_views.h"
 

@@ -2,11 +2,11 @@
 // pointer read-out and the trace scroll bar. The frequency grid is the Spectrum view's.
 #include "views/phase/phase_view.h"
 
-#include "state/command_state.h"
 #include "commands/lifecycle.h"
-#include "state/workbench.h"
 #include "engine/engine.h"
 #include "platform/numeric.h"
+#include "state/command_state.h"
+#include "state/workbench.h"
 #include "views/other_views.h"
 #include "views/spectrum/spectrum_scales.h"
 

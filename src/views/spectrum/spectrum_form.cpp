@@ -2,9 +2,9 @@
 #include "views/spectrum/spectrum_form.h"
 
 #include "commands/lifecycle.h"
-#include "state/workbench.h"
 #include "engine/engine.h"
 #include "engine/metrics.h"
+#include "state/workbench.h"
 
 #include <algorithm>
 

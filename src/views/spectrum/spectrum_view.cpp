@@ -1,10 +1,10 @@
 // The Spectrum view's layout and drawing.
 #include "views/spectrum/spectrum_view.h"
 
-#include "state/program_state.h"
 #include "engine/display_map.h"
 #include "engine/metrics.h"
 #include "platform/numeric.h"
+#include "state/program_state.h"
 #include "views/raster_lines.h"
 
 #include <QFont>
