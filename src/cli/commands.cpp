@@ -163,6 +163,7 @@ nlohmann::json describe(const Session& s) {
     j["RangeNs"] = st.RangeNs;
     j["TimeWindowNs"] = st.TimeWindowNs;
     j["SampleBits"] = st.SampleBits;
+    j["FileInfo"] = st.SourceInfoLines;
     j["caption"] = s.cmd.caption;
     nlohmann::json panels = nlohmann::json::array();
     for (int p = 1; p <= CommandState::kPanels; ++p)

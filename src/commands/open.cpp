@@ -95,6 +95,7 @@ void openChosenFile(Workbench& wb, const FileChoice& choice) {
     deleteWorkingFiles(st);
     setWorkingPaths(st);
     st.SourceDisplayPath = choice.path;
+    st.SourceInfoLines.clear();
     st.FileTitle = choice.title;
     detectFormat(st, st.FileTitle);
 

@@ -257,6 +257,12 @@ struct ProgramState {
     float TekVoltDiv = 0.0f; // volts per division of a Wavestar file
     int16_t TekChannels = 0; // channel count found in a Wavestar file
 
+    // ---- Readers beside the twelve entries ----------------------------------------------------
+    /// What such a reader found in the source's headers that a user wants to see (the textual
+    /// header, descriptor strings, chunk list, antenna ...), one line each, in file order. The
+    /// open clears it; file information and the command line's "FileInfo" show it.
+    std::vector<std::string> SourceInfoLines;
+
     // ---- Views ----------------------------------------------------------------------------------
 
     // ---- O-scope --------------------------------------------------------------------------------
