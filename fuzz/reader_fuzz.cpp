@@ -3,14 +3,14 @@
 // extension (KV_FUZZ_EXT) and, for .sgy/.sg2, the import dialog entry (KV_FUZZ_FILTER).
 // Formats with a companion header file (.rad, .HD, .hdr) get the input split at its first
 // "\n--\n": what comes after is the companion's bytes.
-#include "commands/recording_view_host.h"
 #include "commands/lifecycle.h"
-#include "state/settings.h"
-#include "state/workbench.h"
-#include "import/file_filters.h"
 #include "commands/open.h"
+#include "commands/recording_view_host.h"
+#include "import/file_filters.h"
 #include "import/reader.h"
 #include "platform/scripted_host.h"
+#include "state/settings.h"
+#include "state/workbench.h"
 
 #include "commands/export.h"
 
@@ -75,11 +75,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     st.AppPath = home();
     kv::MDIForm_Load(wb);
     gSource = home() + "/input." KV_FUZZ_EXT;
-    int index = kv::filterIndexForFile(st.Fil, gSource);
-    kv::FilterName f;
-    if (std::strlen(KV_FUZZ_FILTER) && kv::parseFilterName(KV_FUZZ_FILTER, f))
-        index = kv::filterIndexOf(st.Fil, f);
-    host.queueFile(gSource, index < 1 ? 1 : index);
+    host.queueFile(gSource, kv::chosenFilterIndex(st.Fil, gSource, KV_FUZZ_FILTER).value_or(1));
     // A header may promise tens of thousands of long traces of zeros past the end of a small
     // input: the first 64 show whether the reader holds up, the rest would only fill the disk.
     host.cancelProgressAt(64);

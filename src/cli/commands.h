@@ -3,11 +3,11 @@
 #pragma once
 
 #include "commands/recording_view_host.h"
+#include "platform/scripted_host.h"
 #include "state/command_state.h"
 #include "state/program_state.h"
 #include "state/view_host.h"
 #include "state/workbench.h"
-#include "platform/scripted_host.h"
 
 #include <nlohmann/json.hpp>
 #include <string>
@@ -54,6 +54,13 @@ nlohmann::json describe(const Session& s);
 
 /// Prints a JSON document on stdout.
 void printJson(const nlohmann::json& j);
+
+/// Moves the data set to scroll position `trace` (0 to LastTrace, else a UsageError), placing
+/// CurrentTracePos by the workbench's own rule.
+void moveTo(ProgramState& st, int trace);
+
+/// The help text of --filter: the import dialog's entries by name.
+std::string filterHelp();
 
 int runInfo(const CommonOptions& o, const std::string& exeDir);
 int runConvert(const CommonOptions& o, const std::string& out, const std::string& exeDir);

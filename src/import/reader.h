@@ -4,11 +4,11 @@
 // ReadError.
 #pragma once
 
-#include "state/workbench.h"
 #include "engine/trace_length.h" // fitTraceLength, thinTrace
+#include "platform/byte_source.h"
 #include "platform/read_error.h"
 #include "platform/trace_store.h"
-#include "platform/byte_source.h"
+#include "state/workbench.h"
 
 #include <cmath>
 #include <functional>
@@ -68,13 +68,19 @@ class TraceOutput {
     bool yield_;
 };
 
+/// What a reader's own failure handler does after a failed read: `text` (or, when memory ran
+/// out, kOutOfMemoryText) in a critical message box, CleanSet, toolbar button 2 shown, and
+/// TempPath emptied.
+void reportFailedRead(ImportContext& ctx, Failure how, const char* text);
+
 /// Runs a reader's trace-writing routine under the handler the radar, seismic and scope
-/// readers share: on any failure the dialog's file name is emptied, "File corrupted!" is shown,
-/// CleanSet runs, toolbar button 2 shows, and TempPath is emptied.
+/// readers share: when the file fails the read (see catchInputFailure) the dialog's file name
+/// is emptied, so the open does not finish, and reportFailedRead shows "File corrupted!".
+/// A fault in the program passes through.
 void withCorruptedFileHandler(ImportContext& ctx, const std::function<void()>& body);
 
 /// Checked conversions for header arithmetic: a division by zero or a value that does not fit
-/// fails the read, as the arithmetic of the original readers did.
+/// its type fails the read instead of giving a meaningless number.
 double checkedDiv(double a, double b);
 int32_t checkedInt32(double x); // rounds half to even
 int16_t checkedInt16(double x); // rounds half to even

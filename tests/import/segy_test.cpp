@@ -30,7 +30,7 @@ std::vector<double> ramp(int n, double scale, double offset = 0) {
 
 TEST(SegySeismic, TheFilterIndexNotTheContentsChoosesTheEntry) {
     EXPECT_EQ(RadsysIndex(1), kRadsys);
-    EXPECT_EQ(filterIndexOf(1, FilterName::SEISMIC), kSeismic);
+    EXPECT_EQ(chosenFilterIndex(1, "x.sgy", "SEISMIC").value(), kSeismic);
     // The same little-endian float file: the Seismic entry reads floats, Radsys 16-bit words.
     auto bytes = test::segyBytes(true, 5, 250, {ramp(100, 1.5), ramp(100, -2)});
     SgyCase s, r;

@@ -28,7 +28,7 @@ std::vector<uint8_t> goodSegyHigh() {
     return test::segyBytes(false, 3, 250, t);
 }
 std::vector<uint8_t> goodSeg2() {
-    test::Seg2Spec s;
+    test::Seg2File s;
     s.format = 4;
     s.samples = 64;
     s.traces = std::vector<std::vector<double>>(3, std::vector<double>(64, 2.5));
