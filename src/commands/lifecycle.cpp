@@ -261,7 +261,11 @@ void ChNewDS(Workbench& wb) {
     cmd.showButtons(2, 3, true);
     st.Fft_Samples = st.Sp_Samples;
     InitFftState(st);
-    if (!abandonOnFailure(wb, [&] { FyllSpData(st); })) return;
+    const bool read = abandonOnFailure(wb, [&] {
+        checkTraceLength(st);
+        FyllSpData(st);
+    });
+    if (!read) return;
     wb.views.loadView(wb, ViewId::Spectrum);
     cmd.showButtons(2, CommandState::kButtons, true);
     wb.views.spectrumFirstDraw(wb);

@@ -3,6 +3,7 @@
 
 #include "commands/lifecycle.h"
 #include "engine/engine.h"
+#include "engine/fft.h"
 #include "import/file_filters.h"
 #include "import/format_table.h"
 #include "platform/files.h"
@@ -122,14 +123,20 @@ void announceDataSet(Workbench& wb) {
         cmd.enable(m);
 }
 
+void checkTraceLength(const ProgramState& st) {
+    if (st.Sp_Samples < 1 || st.Sp_Samples > fft::kMaxLength)
+        throw ReadError("no trace length the spectrum can take");
+}
+
 void showDataSet(Workbench& wb) {
     ProgramState& st = wb.st;
     CommandState& cmd = wb.cmd;
+    checkTraceLength(st);
     st.Fft_Samples = st.Sp_Samples;
     cmd.panel(3) = "FFT Bins: " + std::to_string(st.Sp_Samples / 2);
     InitFftState(st);
     if (st.ModeFFT == 4 && st.TraceCount <= st.AverVal) st.AverVal = int16_t(st.TraceCount);
-    st.TraceBuf.assign(checkedCount(st.Sp_Samples) + 1, 0.0f);
+    st.TraceBuf.assign(size_t(st.Sp_Samples) + 1, 0.0f);
     st.TraceBufR.assign(st.TraceBuf.size(), 0.0f);
     st.CurrentTracePos = st.FirstTracePos;
     FyllSpData(st);

@@ -32,9 +32,12 @@ void closeBeforeOpen(Workbench& wb, bool project);
 /// The data set announced, shared with "Open Kelvorandine File": status panels, caption, the
 /// scroll mapping, and the menu entries a data set enables.
 void announceDataSet(Workbench& wb);
+/// Fails the read when Sp_Samples is no length the spectrum can take: none at all (a header
+/// whose trace length no power of two fits), or more than the transform is made for.
+void checkTraceLength(const ProgramState& st);
 /// The data set shown, shared with "Open Kelvorandine File": the FFT for Sp_Samples, the first
 /// spectrum, and the start views brought up and arranged. Throws ReadError when the working
-/// file cannot be read or the trace length cannot be held.
+/// file cannot be read or the trace length cannot be taken.
 void showDataSet(Workbench& wb);
 
 /// Deletes temp.sp, temp_l.sp, temp_r.sp, test.bmp and span.sp in the home folder.

@@ -218,6 +218,15 @@ TEST(SegySeismic, AHeaderOnlyFileHasNoTraces) {
     EXPECT_EQ(b.st.WorkingFileLength, 0);
 }
 
+TEST(SegySeismic, TracesWithoutSamplesAndWithoutPaddingLeaveNoDataSet) {
+    // No power of two fits a length of 0, so the trace length stays 0: nothing to transform.
+    SgyCase b;
+    b.st.PadWithZero = false;
+    b.open(test::segyBytes(true, 5, 100, {ramp(8, 1), ramp(8, 1)}, 0));
+    EXPECT_FALSE(b.loaded());
+    EXPECT_TRUE(b.host.messages.empty());
+}
+
 TEST(SegySeismic, WithoutPaddingOnlySpSamplesAreCopied) {
     SgyCase b;
     b.st.PadWithZero = false;
