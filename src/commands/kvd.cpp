@@ -1,6 +1,6 @@
 // The native project file (.kvd): the working traces with a small header, written by the
 // Export command and read back by "Open Kelvorandine File". Reading one needs no reader of the
-// original format: the traces are copied as they are into temp.sp.
+// recording's own format: the traces are copied as they are into temp.sp.
 #include "commands/export.h"
 
 #include "commands/lifecycle.h"
@@ -19,7 +19,7 @@ namespace kv {
 namespace {
 
 // The header's text value: type tag 8 (text), its length, and the name in the 8-bit code page
-// the files have always used ("®" is byte 0xAE there).
+// project files are written in ("®" is byte 0xAE there).
 constexpr char kProjectName[] = "Kelvorandine\xAE";
 constexpr int64_t kTracesPos = 60; // 1-based position of the first trace
 

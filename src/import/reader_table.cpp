@@ -113,8 +113,8 @@ std::vector<ImportEntry> entries() {
 }
 
 // The dialog order for each default type Fil 1 to 12. The type itself comes first (SEG-2 and
-// SPRScan ERA keep each other company); the rest follow one of three fixed sequences, which no
-// shorter rule gives, so they are kept as the dialog has always listed them.
+// SPRScan ERA keep each other company); the rest follow one of three fixed sequences that no
+// shorter rule gives, so the orders are kept here as data.
 const std::vector<std::string> kDialogOrders = {
     "WAV SHT DZT RD3 SEISMIC RADSYS SEG2 SPRSCAN DT1 ZON CSV DAT",
     "SHT WAV DZT RD3 SEISMIC RADSYS SEG2 SPRSCAN DT1 ZON CSV DAT",

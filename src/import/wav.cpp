@@ -80,7 +80,7 @@ void readRaw(const ProgramState& st, const ByteSource& src, int64_t pos1,
     // Other depths convert nothing: the trace stays zero.
 }
 
-/// Steps 4 and 5 of the sample conversion: copy, or average / decimate NewDS neighbours.
+/// One trace from its raw samples: copied, or NewDS neighbours averaged or decimated into one.
 void toTrace(const ProgramState& st, const std::vector<int16_t>& raw, int32_t rawPerTrace,
              std::vector<float>& work, std::vector<float>& out) {
     std::fill(out.begin(), out.end(), 0.0f);
