@@ -17,8 +17,8 @@ namespace {
 
 /// A reader's context as the open step hands it over: the source, the workbench's opener, and
 /// the clean-up a reader's failure handler runs.
-ImportContext importContext(Workbench& wb, const std::string& source, int filterIndex) {
-    ImportContext ctx(wb, source, filterIndex);
+ImportContext importContext(Workbench& wb, const std::string& source) {
+    ImportContext ctx(wb, source);
     ctx.cleanSet = [&wb] { CleanSet(wb); };
     return ctx;
 }
@@ -87,7 +87,7 @@ void openChosenFile(Workbench& wb, const FileChoice& choice) {
     st.FileTitle = choice.title;
     formatTable().detect(st, st.FileTitle, formatTable().rowAt(st.Fil, choice.filterIndex));
 
-    ImportContext ctx = importContext(wb, choice.path, choice.filterIndex);
+    ImportContext ctx = importContext(wb, choice.path);
     const ImportEntry* row = runReader(ctx);
     if (!row) return;
 
@@ -204,7 +204,7 @@ void rereadDataSet(Workbench& wb) {
     ProgramState& st = wb.st;
     const ImportEntry* row = formatTable().active(st);
     if (row && row->rereadAfterOptions) {
-        ImportContext ctx = importContext(wb, st.SourcePath, 1);
+        ImportContext ctx = importContext(wb, st.SourcePath);
         ctx.reread = true;
         row = runReader(ctx);
     }

@@ -5,14 +5,6 @@
 
 namespace kv {
 
-const char* filterName(FilterName f) {
-    return formatTable().row(f.row).name;
-}
-
-const char* filterText(FilterName f) {
-    return formatTable().row(f.row).dialogText;
-}
-
 bool parseFilterName(const std::string& text, FilterName& out) {
     const std::optional<size_t> row = formatTable().find(text);
     if (row) out.row = *row;

@@ -16,12 +16,8 @@ struct FilterName {
     bool operator==(const FilterName&) const = default;
 };
 
-/// "WAV", "SEISMIC" ... as the command line names an entry.
-const char* filterName(FilterName f);
-/// Parses a name (case-blind); false when unknown.
+/// Parses a name such as "WAV" or "seismic" (case-blind); false when unknown.
 bool parseFilterName(const std::string& text, FilterName& out);
-/// The dialog text of one entry, e.g. "WAVE Files(*.wav)|*.wav|".
-const char* filterText(FilterName f);
 /// The joined filter string for the dialog, in the order of `fil`.
 std::string importFilter(int fil);
 /// 1-based positions of the Radsys and SPRScan ERA entries in that order.

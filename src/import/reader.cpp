@@ -9,9 +9,8 @@
 
 namespace kv {
 
-ImportContext::ImportContext(Workbench& w, const std::string& source, int index)
-    : wb(w), st(w.st), dialogFileName(source), filterIndex(index), sourcePath(source),
-      open(w.openSource) {}
+ImportContext::ImportContext(Workbench& w, const std::string& source)
+    : wb(w), st(w.st), dialogFileName(source), sourcePath(source), open(w.openSource) {}
 
 TraceOutput::TraceOutput(ImportContext& ctx, const std::string& path, bool yieldEachTrace)
     : ctx_(ctx), yield_(yieldEachTrace) {

@@ -24,8 +24,6 @@ struct ImportContext {
     /// The dialog's file name. A reader's "File corrupted!" handler empties it, which tells the
     /// open command not to finish the open.
     std::string dialogFileName;
-    /// The 1-based filter index the user chose in the import dialog.
-    int filterIndex = 1;
     /// True when the data set is being re-read after a settings change (not an Import).
     bool reread = false;
     /// The recording the open step chose; companion headers are found beside it.
@@ -36,7 +34,7 @@ struct ImportContext {
     /// fills it; readers sit below the commands and cannot call them by name.
     std::function<void()> cleanSet;
 
-    ImportContext(Workbench& w, const std::string& source, int index);
+    ImportContext(Workbench& w, const std::string& source);
     std::unique_ptr<ByteSource> openSource() { return open(sourcePath); }
 };
 
