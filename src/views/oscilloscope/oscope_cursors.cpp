@@ -1,9 +1,9 @@
 // The O-scope's measuring tools: two time cursors that read the trace off the picture and print
 // value, time and the differences between them, the maximum, minimum and peak-to-peak read-outs
 // of the whole trace, the mouse routing of the window, and the window composed as one image.
+#include "platform/numeric.h"
 #include "state/command_state.h"
 #include "state/workbench.h"
-#include "platform/numeric.h"
 #include "views/oscilloscope/oscope_view.h"
 
 #include <QPainter>

@@ -1,8 +1,8 @@
 // The O-scope's scales: how counts, volts, seconds and pixels relate, where the grid lines and
 // the axis labels go and what they say, and the view's load and resize geometry.
+#include "platform/numeric.h"
 #include "state/command_state.h"
 #include "state/workbench.h"
-#include "platform/numeric.h"
 #include "views/oscilloscope/oscope_view.h"
 
 #include <QFontMetrics>

@@ -147,8 +147,8 @@ class SpectrumView {
     std::vector<QPoint> curveFor(const ProgramState& st, const SpectrumFeed& f, XRule rule) const;
     void erasingDraw(const ProgramState& st, const SpectrumFeed& f, XRule rule);
     void stackedDraw(const ProgramState& st, const SpectrumFeed& f, XRule rule);
-    void repairGrid(QImage& img, const ProgramState& st, bool onlyWhenShown) const;
-    void drawBars(QImage& img, const std::vector<QPoint>& pts, QRgb c) const;
+    void repairGrid(Surface& pic, const ProgramState& st, bool onlyWhenShown) const;
+    void drawBars(Surface& pic, const std::vector<QPoint>& pts, QRgb c) const;
     void PointerReadout(const ProgramState& st, const SpectrumFeed& f);
 
     Surface surface_;
