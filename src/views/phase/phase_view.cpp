@@ -151,7 +151,7 @@ void PhaseView::DrawGrid() {
         for (size_t i = 0; i < a.labels.size() && i < lblX.size(); ++i) {
             Label& l = lblX[i];
             setLabelText(l, a.labels[i].text);
-            l.left = graphRect.left() + a.labels[i].x - l.width / 2;
+            l.left = graphRect.left() + a.labels[i].left - l.width / 2;
             l.top = labelTop;
             l.visible = true;
         }

@@ -145,13 +145,13 @@ void SpectrumView::ReDrawMode2(const ProgramState& st) {
 void SpectrumView::ShowMax(const ProgramState& st, const SpectrumFeed& f) {
     const PeakText t = peakText(st.dBFS_On, f.PeakDb, f.PeakFreq);
     peakStatus_ = t.status;
-    peakLabel_ = {0, 0, t.label, true};
+    peakLabel_ = Label{.text = t.label};
 }
 
 void SpectrumView::VisaDb(const ProgramState& st, const SpectrumFeed& f) {
     LevelY_ = levelLineY(st.dBFS_On, f.LevelDb, st.Offset_Log, st.PlotRange, PlotH_);
     levelShown_ = true;
-    lbldbS_ = {PlotW_, pixel(LevelY_), shortestText(f.LevelDb) + "dB", true};
+    lbldbS_ = Label{.text = shortestText(f.LevelDb) + "dB", .left = PlotW_, .top = pixel(LevelY_)};
 }
 
 int SpectrumView::yOf(const ProgramState& st, float value) const {
@@ -381,8 +381,8 @@ void SpectrumView::PointerReadout(const ProgramState& st, const SpectrumFeed& f)
     // The frequency sits just right of the cross, above its row; the level directly left of it.
     const int lx = pixel(double(PointerX_)) + 6;
     const int ly = std::max(0, t->row - 16);
-    lblMyFr_ = {lx, ly, t->lblMyFr, true};
-    lbldB_ = {lx, ly, t->lbldB, !st.MarkerMode};
+    lblMyFr_ = Label{.text = t->lblMyFr, .left = lx, .top = ly};
+    lbldB_ = Label{.text = t->lbldB, .left = lx, .top = ly, .visible = !st.MarkerMode};
 }
 
 // ---- The view as its window shows it -------------------------------------------------------
@@ -420,7 +420,7 @@ void paintSpectrumView(QPainter& p, const SpectrumView& v, const ProgramState& s
         const QString s = QString::fromStdString(l.text);
         const int tw = fm.horizontalAdvance(s);
         // The last label stands on the right edge: keep it whole inside the window.
-        const int x = std::min(m.left + l.x - tw / 2, all.width() - tw - 2);
+        const int x = std::min(m.left + l.left - tw / 2, all.width() - tw - 2);
         // Log marks crowd at the top of each decade; a label that would run into the one before
         // it is left out rather than printed over it.
         if (x < freeFrom) continue;
@@ -444,7 +444,7 @@ void paintSpectrumView(QPainter& p, const SpectrumView& v, const ProgramState& s
     texts[6] = QString::fromStdString(v.peakLabel().text);
     for (size_t i = 0; i < 7; ++i)
         widths[i] = fm.horizontalAdvance(texts[i]);
-    const auto lefts = analysisLabelLefts(m.left + v.peakLabel().x, shown, widths);
+    const auto lefts = analysisLabelLefts(m.left + v.peakLabel().left, shown, widths);
     for (size_t i = 0; i < 7; ++i)
         if (shown[i]) p.drawText(lefts[i], 4 + asc, texts[i]);
 
@@ -464,7 +464,7 @@ void paintSpectrumView(QPainter& p, const SpectrumView& v, const ProgramState& s
     }
     if (v.lblMyFr().visible) {
         const QString fr = QString::fromStdString(v.lblMyFr().text);
-        const int x = m.left + v.lblMyFr().x, y = m.top + v.lblMyFr().y;
+        const int x = m.left + v.lblMyFr().left, y = m.top + v.lblMyFr().top;
         p.fillRect(x, y, fm.horizontalAdvance(fr), fm.height(), QColor(255, 255, 225));
         p.setPen(QColor(0, 0, 0));
         p.drawText(x, y + asc, fr);
