@@ -2,8 +2,8 @@
 #include "commands/transport.h"
 
 #include "commands/lifecycle.h"
-#include "state/workbench.h"
 #include "engine/engine.h"
+#include "state/workbench.h"
 
 #include <chrono>
 
@@ -166,34 +166,6 @@ void peakHoldOnMove(ProgramState& st, int newPos) {
         st.PeakHoldSuspended = true;
     }
     if (st.PeakHoldSuspended && newPos > st.TracePos) st.ModeFFT = 3;
-}
-
-bool tmrFFT_Tick(const ProgramState& st, TraceScroll& hs) {
-    if (st.PlayPause) {
-        hs.TimerEnabled = false;
-        hs.TimerRunning = false;
-    }
-    if (st.PlayFwd) {
-        hs.TimerRunning = true;
-        if (hs.Value >= hs.Max) {
-            hs.TimerEnabled = false;
-            hs.TimerRunning = false;
-            return false;
-        }
-        ++hs.Value;
-        return true;
-    }
-    if (st.PlayRew) {
-        hs.TimerRunning = true;
-        if (hs.Value <= hs.Min) {
-            hs.TimerEnabled = false;
-            hs.TimerRunning = false;
-            return false;
-        }
-        --hs.Value;
-        return true;
-    }
-    return false;
 }
 
 } // namespace kv
