@@ -50,13 +50,13 @@ SpectrumWindow::SpectrumWindow(Workbench& wb, QWidget* parent)
     });
     connect(tmrFFT_, &QTimer::timeout, this, [this] {
         form_.tmrFFT_Timer();
-        if (!form_.HS().TimerEnabled) tmrFFT_->stop();
+        if (!form_.tmrFFT().Enabled) tmrFFT_->stop();
     });
 }
 
 void SpectrumWindow::mirrorScrollBar() {
     mirroring_ = true;
-    const TraceScroll& s = form_.HS();
+    const ScrollBar& s = form_.HS();
     hs_->setRange(s.Min, s.Max);
     hs_->setValue(s.Value);
     mirroring_ = false;

@@ -168,32 +168,4 @@ void peakHoldOnMove(ProgramState& st, int newPos) {
     if (st.PeakHoldSuspended && newPos > st.TracePos) st.ModeFFT = 3;
 }
 
-bool tmrFFT_Tick(const ProgramState& st, TraceScroll& hs) {
-    if (st.PlayPause) {
-        hs.TimerEnabled = false;
-        hs.TimerRunning = false;
-    }
-    if (st.PlayFwd) {
-        hs.TimerRunning = true;
-        if (hs.Value >= hs.Max) {
-            hs.TimerEnabled = false;
-            hs.TimerRunning = false;
-            return false;
-        }
-        ++hs.Value;
-        return true;
-    }
-    if (st.PlayRew) {
-        hs.TimerRunning = true;
-        if (hs.Value <= hs.Min) {
-            hs.TimerEnabled = false;
-            hs.TimerRunning = false;
-            return false;
-        }
-        --hs.Value;
-        return true;
-    }
-    return false;
-}
-
 } // namespace kv

@@ -1,7 +1,7 @@
 // Moving through the traces of a data set: the toolbar's First, Rew, Pause, Fwd and End, the
-// playback loops they run, and the rules the Spectrum view's scroll bar and playback timer
-// share with them. A loop yields to the host once per trace; a Pause pressed meanwhile runs
-// inside that yield and the loop sees it when the yield returns.
+// playback loops they run, and the rules the views' scroll bars share with them. A loop yields
+// to the host once per trace; a Pause pressed meanwhile runs inside that yield and the loop sees
+// it when the yield returns.
 #pragma once
 
 #include <cstdint>
@@ -36,19 +36,6 @@ void leaveMeasurementModes(Workbench& wb);
 /// mode clears the accumulator, drops to Single Trace and marks the mode as suspended; with the
 /// mark set, a move above TracePos brings Peak-hold back.
 void peakHoldOnMove(ProgramState& st, int newPos);
-
-/// The Spectrum view's trace scroll bar `HS` and its playback timer `tmrFFT`.
-struct TraceScroll {
-    int Min = 0;
-    int Max = 0;
-    int Value = 0;
-    bool TimerEnabled = false;
-    bool TimerRunning = false;
-};
-
-/// One tick of the playback timer. Returns true when it moved `hs.Value` by one step, in which
-/// case the caller runs the scroll bar's change handler, as a moved scroll bar would.
-bool tmrFFT_Tick(const ProgramState& st, TraceScroll& hs);
 
 /// Milliseconds of a monotonic clock, for the playback start time.
 uint32_t tickCount();

@@ -40,21 +40,6 @@ void Surface::fill(QRgb c) {
     image_.fill(c);
 }
 
-void Surface::line(int x1, int y1, int x2, int y2, QRgb c, int width) {
-    QPainter p(&image_);
-    p.setRenderHint(QPainter::Antialiasing, false);
-    p.setPen(QPen(QColor(c), width));
-    p.drawLine(x1, y1, x2, y2);
-}
-
-void Surface::polyline(const std::vector<QPoint>& points, QRgb c, int width) {
-    if (points.size() < 2) return;
-    QPainter p(&image_);
-    p.setRenderHint(QPainter::Antialiasing, false);
-    p.setPen(QPen(QColor(c), width));
-    p.drawPolyline(points.data(), int(points.size()));
-}
-
 void Surface::fillRect(int x, int y, int w, int h, QRgb c) {
     QPainter p(&image_);
     p.fillRect(x, y, w, h, QColor(c));
@@ -166,13 +151,18 @@ void segment(QRgb* bits, int64_t stride, int64_t w, int64_t h, int x1, int y1, i
 
 } // namespace
 
-void Surface::lineHalfOpen(int x1, int y1, int x2, int y2, QRgb c) {
+void Surface::line(int x1, int y1, int x2, int y2, QRgb c, LastPoint last) {
     const QPoint pts[2] = {QPoint(x1, y1), QPoint(x2, y2)};
-    polylineHalfOpen(pts, 2, c);
+    polyline(pts, 2, c, last);
 }
 
-void Surface::polylineHalfOpen(const QPoint* points, size_t count, QRgb c) {
-    if (count < 2) return;
+void Surface::lines(const QLine* segments, size_t count, QRgb c, LastPoint last) {
+    for (size_t i = 0; i < count; ++i)
+        line(segments[i].x1(), segments[i].y1(), segments[i].x2(), segments[i].y2(), c, last);
+}
+
+void Surface::polyline(const QPoint* points, size_t count, QRgb c, LastPoint last) {
+    if (count == 0) return;
     QRgb* bits = reinterpret_cast<QRgb*>(image_.bits());
     const int64_t stride = image_.bytesPerLine() / int64_t(sizeof(QRgb));
     const int64_t w = image_.width(), h = image_.height();
@@ -180,6 +170,40 @@ void Surface::polylineHalfOpen(const QPoint* points, size_t count, QRgb c) {
     for (size_t k = 1; k < count; ++k)
         segment(bits, stride, w, h, points[k - 1].x(), points[k - 1].y(), points[k].x(),
                 points[k].y(), px);
+    const QPoint& end = points[count - 1];
+    if (last == LastPoint::Painted && end.x() >= 0 && end.y() >= 0 && end.x() < w && end.y() < h)
+        bits[end.y() * stride + end.x()] = px;
+}
+
+namespace {
+
+QPen widePen(QRgb c, int width) {
+    QPen pen{QColor(c)};
+    pen.setWidth(width);
+    pen.setCosmetic(true);
+    pen.setCapStyle(Qt::FlatCap);
+    return pen;
+}
+
+} // namespace
+
+void Surface::wideLines(const QLine* segments, size_t count, QRgb c, int width) {
+    if (count == 0) return;
+    QPainter p(&image_);
+    p.setRenderHint(QPainter::Antialiasing, false);
+    p.setPen(widePen(c, width));
+    p.drawLines(segments, int(count));
+}
+
+void Surface::widePolyline(const QPoint* points, size_t count, QRgb c, int width) {
+    if (count == 0) return;
+    QPainter p(&image_);
+    p.setRenderHint(QPainter::Antialiasing, false);
+    p.setPen(widePen(c, width));
+    if (count == 1)
+        p.drawPoint(points[0]);
+    else
+        p.drawPolyline(points, int(count));
 }
 
 void Surface::textRotated(int cx, int cy, const QString& s, QRgb c, int pixelSize,

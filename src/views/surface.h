@@ -4,6 +4,7 @@
 #pragma once
 
 #include <QImage>
+#include <QLine>
 #include <QPoint>
 #include <QRgb>
 #include <QString>
@@ -19,6 +20,11 @@ QRgb colorFromIni(const std::string& text);
 /// The 0x00BBGGRR value of a Qt colour.
 uint32_t iniFromColor(QRgb c);
 
+/// Whether a one-pixel line paints the pixel of its last point. Left out, two lines that meet
+/// paint their common point once, and a curve drawn again in the background colour removes
+/// exactly what it drew; the Spectrum view's routines paint it.
+enum class LastPoint { Left, Painted };
+
 class Surface {
   public:
     Surface() = default;
@@ -31,8 +37,6 @@ class Surface {
     QImage& image() { return image_; }
 
     void fill(QRgb c);
-    void line(int x1, int y1, int x2, int y2, QRgb c, int width = 1);
-    void polyline(const std::vector<QPoint>& points, QRgb c, int width = 1);
     void fillRect(int x, int y, int w, int h, QRgb c);
     /// Colour at (x, y); outside the surface gives 0xFFFFFFFF, which no view colour has.
     QRgb pixel(int x, int y) const;
@@ -42,17 +46,29 @@ class Surface {
     /// Moves the picture one row down (waterfalls scroll this way); the top row is left as is.
     void scrollDownOneRow();
 
-    /// A one-pixel polyline whose every segment includes its start and leaves out its end, so
-    /// the last point itself is not painted. Drawn without a painter, pixel by pixel, and
-    /// clipped first: a point far outside the surface costs no more than one on it. Drawing the
-    /// same points again in another colour paints exactly the same pixels (erase by overdraw).
-    /// Coordinates beyond +-2^28 are clamped there.
-    void polylineHalfOpen(const QPoint* points, size_t count, QRgb c);
-    void polylineHalfOpen(const std::vector<QPoint>& points, QRgb c) {
-        polylineHalfOpen(points.data(), points.size(), c);
+    // ---- One-pixel lines -----------------------------------------------------------------------
+    // Every view draws its curves, grids and bars through these. Each segment paints its start
+    // and, walking its longer axis, the pixel nearest the exact line (halves upward); its end
+    // is painted only when asked. Drawn without a painter, pixel by pixel, and clipped first: a
+    // point far outside the surface costs no more than one on it, and the same points give the
+    // same pixels however much of them lies outside. Drawing the same points again in another
+    // colour paints exactly the same pixels (erase by overdraw). Coordinates beyond +-2^28 are
+    // clamped there.
+
+    /// A polyline through `count` points; one point alone is painted only with its last point.
+    void polyline(const QPoint* points, size_t count, QRgb c, LastPoint last = LastPoint::Left);
+    void polyline(const std::vector<QPoint>& points, QRgb c, LastPoint last = LastPoint::Left) {
+        polyline(points.data(), points.size(), c, last);
     }
-    /// One segment of the same kind: (x2, y2) is not painted.
-    void lineHalfOpen(int x1, int y1, int x2, int y2, QRgb c);
+    /// One segment from (x1, y1) to (x2, y2).
+    void line(int x1, int y1, int x2, int y2, QRgb c, LastPoint last = LastPoint::Left);
+    /// Separate segments, each as line() draws it.
+    void lines(const QLine* segments, size_t count, QRgb c, LastPoint last = LastPoint::Left);
+    /// Segments `width` pixels wide (the grid of a bar plot), both ends included, through the
+    /// platform's painter with a square pen and no antialiasing.
+    void wideLines(const QLine* segments, size_t count, QRgb c, int width);
+    void widePolyline(const QPoint* points, size_t count, QRgb c, int width);
+
     /// Text turned a quarter turn counter-clockwise (read from bottom to top), centred on
     /// (cx, cy), `pixelSize` high, in `family` or the closest font the system has.
     void textRotated(int cx, int cy, const QString& s, QRgb c, int pixelSize,

@@ -1,6 +1,5 @@
-// The furniture the O-scope and Phase views place around their graphs: text labels (what they
-// say, where they stand in the window, whether they show; a label sizes itself to its text) and
-// the trace scroll bar.
+// The furniture every view places round its picture: text labels (what they say, where they
+// stand, whether they show; setLabelText sizes a label to its text) and the trace scroll bar.
 #pragma once
 
 #include <QColor>
@@ -13,6 +12,8 @@ class QPainter;
 
 namespace kv {
 
+/// A text of a view: an axis label, a read-out, a caption. Positions are in the pixels of
+/// whatever the view places it against (its window, or its plot for the Spectrum view).
 struct Label {
     std::string text;
     int left = 0, top = 0, width = 0, height = 0;
@@ -27,7 +28,7 @@ inline constexpr QRgb kFormBackColor = 0xFFF0F0F0u;
 /// Mouse buttons as the views' events take them (a held set is an OR of these).
 enum Button : int { NoButton = 0, LeftButton = 1, RightButton = 2, MiddleButton = 4 };
 
-/// A view's trace scroll bar.
+/// A view's trace scroll bar `HS`: its range, where it stands, and where the window shows it.
 struct ScrollBar {
     int Min = 0, Max = 0, Value = 0;
     bool Enabled = true;

@@ -172,29 +172,3 @@ TEST(Playback, BeginingPutsTheOpenViewsScrollBarsOnTheTrace) {
     Begining(p.wb);
     EXPECT_EQ(p.views.log, (std::vector<std::string>{"scroll Spectrum 6", "scroll Phase 6"}));
 }
-
-TEST(PlaybackTimer, StepsTheScrollBarUntilItsEndOrAPause) {
-    ProgramState st;
-    TraceScroll hs;
-    hs.Max = 2;
-    hs.TimerEnabled = true;
-    st.PlayFwd = true;
-    EXPECT_TRUE(tmrFFT_Tick(st, hs));
-    EXPECT_TRUE(tmrFFT_Tick(st, hs));
-    EXPECT_EQ(hs.Value, 2);
-    EXPECT_TRUE(hs.TimerRunning);
-    EXPECT_FALSE(tmrFFT_Tick(st, hs)) << "at Max the timer stops";
-    EXPECT_FALSE(hs.TimerEnabled);
-    EXPECT_FALSE(hs.TimerRunning);
-
-    st.PlayFwd = false;
-    st.PlayRew = true;
-    hs.TimerEnabled = true;
-    EXPECT_TRUE(tmrFFT_Tick(st, hs));
-    EXPECT_EQ(hs.Value, 1);
-    st.PlayPause = true;
-    st.PlayRew = false;
-    EXPECT_FALSE(tmrFFT_Tick(st, hs));
-    EXPECT_FALSE(hs.TimerEnabled);
-    EXPECT_EQ(hs.Value, 1);
-}

@@ -70,21 +70,21 @@ TEST_F(Played, AScrollMoveShowsThatTraceAndItsPeak) {
 
 TEST_F(Played, TheTimerStepsForwardAndStopsAtTheEnd) {
     b.st.PlayFwd = true;
-    form.HS().TimerEnabled = true;
+    form.tmrFFT().Enabled = true;
     for (int i = 0; i < 10; ++i)
         form.tmrFFT_Timer();
     EXPECT_EQ(b.st.TracePos, 7);
-    EXPECT_FALSE(form.HS().TimerEnabled);
-    EXPECT_FALSE(form.HS().TimerRunning);
+    EXPECT_FALSE(form.tmrFFT().Enabled);
+    EXPECT_FALSE(form.tmrFFT().Running);
 
     b.st.PlayFwd = false;
     b.st.PlayRew = true;
-    form.HS().TimerEnabled = true;
+    form.tmrFFT().Enabled = true;
     form.tmrFFT_Timer();
     EXPECT_EQ(b.st.TracePos, 6);
     b.st.PlayPause = true; // a pause stops the timer at its next tick
     form.tmrFFT_Timer();
-    EXPECT_FALSE(form.HS().TimerEnabled);
+    EXPECT_FALSE(form.tmrFFT().Enabled);
 }
 
 TEST_F(Played, PeakHoldRestsWhileTheUserGoesBack) {
@@ -147,4 +147,31 @@ TEST_F(Played, AFinalDrawBringsTheReadOutsToTheTraceAPlaybackStoppedAt) {
     EXPECT_EQ(b.st.An[0], atStart);
     form.finalDraw();
     EXPECT_NE(b.st.An[0], atStart);
+}
+
+TEST(PlaybackTimer, StepsTheScrollBarUntilItsEndOrAPause) {
+    ProgramState st;
+    ScrollBar hs;
+    spectrum::PlayTimer t;
+    hs.Max = 2;
+    t.Enabled = true;
+    st.PlayFwd = true;
+    EXPECT_TRUE(spectrum::tmrFFT_Tick(st, hs, t));
+    EXPECT_TRUE(spectrum::tmrFFT_Tick(st, hs, t));
+    EXPECT_EQ(hs.Value, 2);
+    EXPECT_TRUE(t.Running);
+    EXPECT_FALSE(spectrum::tmrFFT_Tick(st, hs, t)) << "at Max the timer stops";
+    EXPECT_FALSE(t.Enabled);
+    EXPECT_FALSE(t.Running);
+
+    st.PlayFwd = false;
+    st.PlayRew = true;
+    t.Enabled = true;
+    EXPECT_TRUE(spectrum::tmrFFT_Tick(st, hs, t));
+    EXPECT_EQ(hs.Value, 1);
+    st.PlayPause = true;
+    st.PlayRew = false;
+    EXPECT_FALSE(spectrum::tmrFFT_Tick(st, hs, t));
+    EXPECT_FALSE(t.Enabled);
+    EXPECT_EQ(hs.Value, 1);
 }

@@ -53,8 +53,8 @@ TEST(SpectrumScales, SpanLabelsStartAtTheLowEdgeEachWithItsOwnPrefix) {
     XAxis a = spanXAxis(500, 800, 2000);
     EXPECT_EQ(texts(a), (std::vector<std::string>{"800", "1000", "1.2k", "1.4k", "1.6k", "1.8k",
                                                   "2k", "2.2k", "2.4k", "2.6k"}));
-    EXPECT_EQ(a.labels[0].x, 0);
-    EXPECT_EQ(a.labels[5].x, 250);
+    EXPECT_EQ(a.labels[0].left, 0);
+    EXPECT_EQ(a.labels[5].left, 250);
     EXPECT_EQ(a.stepText, "200Hz/Div");
     EXPECT_EQ(a.unitText, "( Hz )");
     EXPECT_EQ(spanXAxis(500, 2e6, 5e6).stepText, "500kHz/Div");

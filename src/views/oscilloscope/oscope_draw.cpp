@@ -52,16 +52,16 @@ void OscopeView::Draw() {
     // Erase by drawing the old polyline again in the background colour: whatever else was
     // painted on the picture stays.
     if (TracePointCount > 1)
-        g.polylineHalfOpen(TracePoints.data(),
-                           std::min(size_t(TracePointCount - 1), TracePoints.size()), back);
+        g.polyline(TracePoints.data(), std::min(size_t(TracePointCount - 1), TracePoints.size()),
+                   back);
 
     // The grid again, so the erase leaves no gaps in it; switched off it is painted out.
     const QRgb grid = s.ShowGrid == 1 ? colorFromIni(s.Time_GridColor) : back;
     const int gw = int(GraphWidth), gh = int(GraphHeight);
     for (int32_t x : VerticalLines)
-        g.lineHalfOpen(x, 0, x, gh, grid);
+        g.line(x, 0, x, gh, grid);
     for (int32_t y : HorizontalLines)
-        g.lineHalfOpen(0, y, gw, y, grid);
+        g.line(0, y, gw, y, grid);
 
     HalfHeight = GraphHeight / 2;
     PixelsPerCount = HalfHeight / s.ScaleBits;
@@ -98,15 +98,15 @@ void OscopeView::Draw() {
             ++TracePointCount;
         }
     }
-    g.polylineHalfOpen(TracePoints.data(), size_t(TracePointCount - 1), line);
+    g.polyline(TracePoints.data(), size_t(TracePointCount - 1), line);
 
     if (s.AnalysOn) {
         MaxMin();
         ProzessingAmp();
     }
     if (s.TimeRefOn) {
-        if (s.TimeRef1On) g.polylineHalfOpen(TimeRef1Points, colorFromIni(s.Osc1Color));
-        if (s.TimeRef2On) g.polylineHalfOpen(TimeRef2Points, colorFromIni(s.Osc2Color));
+        if (s.TimeRef1On) g.polyline(TimeRef1Points, colorFromIni(s.Osc1Color));
+        if (s.TimeRef2On) g.polyline(TimeRef2Points, colorFromIni(s.Osc2Color));
     }
 }
 

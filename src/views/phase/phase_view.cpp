@@ -151,7 +151,7 @@ void PhaseView::DrawGrid() {
         for (size_t i = 0; i < a.labels.size() && i < lblX.size(); ++i) {
             Label& l = lblX[i];
             setLabelText(l, a.labels[i].text);
-            l.left = graphRect.left() + a.labels[i].x - l.width / 2;
+            l.left = graphRect.left() + a.labels[i].left - l.width / 2;
             l.top = labelTop;
             l.visible = true;
         }
@@ -194,9 +194,9 @@ void PhaseView::paintGrid(QRgb back) {
     const ProgramState& s = st();
     const QRgb grid = s.F_ShowGrid == 1 ? colorFromIni(s.F_GridColor) : back;
     for (int32_t x : PhaseGridX)
-        picF_.lineHalfOpen(x, 0, x, PhaseHeight, grid);
+        picF_.line(x, 0, x, PhaseHeight, grid);
     for (int32_t y : PhaseGridY)
-        picF_.lineHalfOpen(0, y, PhaseWidth, y, grid);
+        picF_.line(0, y, PhaseWidth, y, grid);
 }
 
 void PhaseView::Draw_s() {
@@ -212,8 +212,8 @@ void PhaseView::drawLinear() {
     const size_t capacity = size_t(std::max(1, s.Sp_Samples / BinStep));
     // Erase by drawing the old curve again in the background colour.
     if (PhasePointCount > 1)
-        picF_.polylineHalfOpen(PhasePoints.data(),
-                               std::min(size_t(PhasePointCount - 1), PhasePoints.size()), back);
+        picF_.polyline(PhasePoints.data(),
+                       std::min(size_t(PhasePointCount - 1), PhasePoints.size()), back);
     paintGrid(back);
     PhasePoints.assign(capacity, QPoint());
     PhasePointCount = 1;
@@ -224,11 +224,10 @@ void PhaseView::drawLinear() {
             QPoint(rnd(double(PixelsPerBin) * k), phaseRow(s.SpPhase[size_t(b)]));
         ++PhasePointCount;
     }
-    picF_.polylineHalfOpen(PhasePoints.data(), size_t(PhasePointCount - 1),
-                           colorFromIni(s.F_LineColor));
+    picF_.polyline(PhasePoints.data(), size_t(PhasePointCount - 1), colorFromIni(s.F_LineColor));
     if (s.PhaseRefOn) {
-        if (s.PhaseRef1On) picF_.polylineHalfOpen(PhaseRef1Points, colorFromIni(s.Ph1Color));
-        if (s.PhaseRef2On) picF_.polylineHalfOpen(PhaseRef2Points, colorFromIni(s.Ph2Color));
+        if (s.PhaseRef1On) picF_.polyline(PhaseRef1Points, colorFromIni(s.Ph1Color));
+        if (s.PhaseRef2On) picF_.polyline(PhaseRef2Points, colorFromIni(s.Ph2Color));
     }
 }
 
@@ -244,12 +243,12 @@ void PhaseView::drawLog() {
     for (int32_t b = 1; b <= s.PhaseBins && size_t(b) < s.SpPhase.size(); ++b) {
         const QPoint p(rnd(double(LogPixelsPerDecade) * spectrum::Log10(b, s.FullScalePos)),
                        phaseRow(s.SpPhase[size_t(b)]));
-        if (b > 1) picF_.lineHalfOpen(prev.x(), prev.y(), p.x(), p.y(), line);
+        if (b > 1) picF_.line(prev.x(), prev.y(), p.x(), p.y(), line);
         prev = p;
     }
     if (s.PhaseRefOn) {
-        if (s.PhaseRef1On) picF_.polylineHalfOpen(PhaseRef1Points, colorFromIni(s.Ph1Color));
-        if (s.PhaseRef2On) picF_.polylineHalfOpen(PhaseRef2Points, colorFromIni(s.Ph2Color));
+        if (s.PhaseRef1On) picF_.polyline(PhaseRef1Points, colorFromIni(s.Ph1Color));
+        if (s.PhaseRef2On) picF_.polyline(PhaseRef2Points, colorFromIni(s.Ph2Color));
     }
 }
 

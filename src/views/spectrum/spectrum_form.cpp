@@ -2,6 +2,7 @@
 #include "views/spectrum/spectrum_form.h"
 
 #include "commands/lifecycle.h"
+#include "commands/transport.h"
 #include "engine/engine.h"
 #include "engine/metrics.h"
 #include "state/workbench.h"
@@ -138,8 +139,21 @@ void SpectrumForm::LastPart() {
     HS_Change(hs_.Max);
 }
 
+bool tmrFFT_Tick(const ProgramState& st, ScrollBar& hs, PlayTimer& timer) {
+    if (st.PlayPause) timer = PlayTimer{};
+    if (!st.PlayFwd && !st.PlayRew) return false;
+    timer.Running = true;
+    const bool atEnd = st.PlayFwd ? hs.Value >= hs.Max : hs.Value <= hs.Min;
+    if (atEnd) {
+        timer = PlayTimer{};
+        return false;
+    }
+    hs.Value += st.PlayFwd ? 1 : -1;
+    return true;
+}
+
 void SpectrumForm::tmrFFT_Timer() {
-    if (tmrFFT_Tick(wb_.st, hs_)) HS_Change(hs_.Value);
+    if (tmrFFT_Tick(wb_.st, hs_, tmrFFT_)) HS_Change(hs_.Value);
 }
 
 void SpectrumForm::finalDraw() {

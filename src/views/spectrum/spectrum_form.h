@@ -4,8 +4,8 @@
 // drive the view through this one object.
 #pragma once
 
-#include "commands/transport.h"
 #include "views/spectrum/spectrum_view.h"
+#include "views/view_label.h"
 
 #include <functional>
 
@@ -18,14 +18,26 @@ namespace kv::spectrum {
 /// The engine's results for the trace on show, as the view reads them.
 SpectrumFeed feedFrom(const ProgramState& st);
 
+/// The playback timer `tmrFFT`: whether it is switched on, and whether it is stepping.
+struct PlayTimer {
+    bool Enabled = false;
+    bool Running = false;
+};
+
+/// One tick of the playback timer: forward or backward by one position of `hs`, until its end
+/// or a Pause, which switch the timer off. True when it moved `hs.Value`, in which case the
+/// caller runs the scroll bar's change handler, as a moved scroll bar would.
+bool tmrFFT_Tick(const ProgramState& st, ScrollBar& hs, PlayTimer& timer);
+
 class SpectrumForm {
   public:
     explicit SpectrumForm(Workbench& wb) : wb_(wb) {}
 
     SpectrumView& view() { return view_; }
     const SpectrumView& view() const { return view_; }
-    TraceScroll& HS() { return hs_; }
-    const TraceScroll& HS() const { return hs_; }
+    ScrollBar& HS() { return hs_; }
+    const ScrollBar& HS() const { return hs_; }
+    PlayTimer& tmrFFT() { return tmrFFT_; }
 
     /// The plot got a new size: the fold is made for the new width, the view laid out again,
     /// and a Stacked plot starts empty.
@@ -60,7 +72,8 @@ class SpectrumForm {
 
     Workbench& wb_;
     SpectrumView view_;
-    TraceScroll hs_;
+    ScrollBar hs_;
+    PlayTimer tmrFFT_;
 };
 
 } // namespace kv::spectrum

@@ -70,7 +70,8 @@ XAxis ShowX_lab(int PlotW, double MaxFreq, double SpanFactor) {
     }
     const double step = top / 10.0 * scale;
     for (int i = 0; i < 10; ++i)
-        a.labels.push_back({a.GridXs[size_t(i)], pictureText((i + 1) * step, "###0.0")});
+        a.labels.push_back(
+            {.text = pictureText((i + 1) * step, "###0.0"), .left = a.GridXs[size_t(i)]});
     a.stepText = pictureText(step, "###0.00") + prefix + "Hz/" + "div";
     a.unitText = "( " + prefix + "Hz" + ")";
     return a;
@@ -81,7 +82,8 @@ XAxis spanXAxis(int PlotW, double SpanLowFreq, double SpanWidth) {
     a.GridXs = tenthLines(PlotW);
     const double step = SpanWidth / 10.0;
     for (int i = 0; i < 10; ++i)
-        a.labels.push_back({toInt32(i * PlotW / 10.0), frequencyLabel(SpanLowFreq + i * step)});
+        a.labels.push_back(
+            {.text = frequencyLabel(SpanLowFreq + i * step), .left = toInt32(i * PlotW / 10.0)});
     const FrequencyUnit u = frequencyUnit(step);
     a.stepText = pictureText(step * u.scale, "##0.00") + u.unit + "/Div";
     a.unitText = "( " + u.unit + " )";
@@ -107,7 +109,7 @@ XAxis DrawXLog(int PlotW, int Sp_Samples, double MaxFreq, double BinWidth, float
         const double x = K * Log10(f / BinWidth, fullScalePos);
         if (!(x >= 1.0) || x >= PlotW) continue;
         a.GridXs.push_back(toInt32(x));
-        a.labels.push_back({toInt32(x), frequencyLabel(f)});
+        a.labels.push_back({.text = frequencyLabel(f), .left = toInt32(x)});
     }
     return a;
 }

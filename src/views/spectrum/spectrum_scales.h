@@ -3,6 +3,8 @@
 // a linear level axis. Pure arithmetic on the settings, so every label is testable by itself.
 #pragma once
 
+#include "views/view_label.h"
+
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,16 +26,12 @@ struct FrequencyUnit {
 };
 FrequencyUnit frequencyUnit(double hz);
 
-struct AxisLabel {
-    int x = 0; // plot pixel the label belongs to
-    std::string text;
-};
-
 /// The frequency axis: vertical grid lines, the labels under them, the unit text under the
-/// axis and the step text ("2.4 kHz/div" for the status bar, "250Hz/Div" in a span).
+/// axis and the step text ("2.4 kHz/div" for the status bar, "250Hz/Div" in a span). A label's
+/// `left` is the plot column it belongs to; the view that shows it centres its text there.
 struct XAxis {
     std::vector<int> GridXs;
-    std::vector<AxisLabel> labels;
+    std::vector<Label> labels;
     std::string unitText;
     std::string stepText;
 };

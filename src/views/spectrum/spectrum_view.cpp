@@ -5,7 +5,6 @@
 #include "engine/metrics.h"
 #include "platform/numeric.h"
 #include "state/program_state.h"
-#include "views/raster_lines.h"
 
 #include <QFont>
 #include <QFontMetrics>
@@ -29,41 +28,21 @@ int pixel(double v) {
     return toInt32(std::clamp(v, -kFar, kFar));
 }
 
-QPen plotPen(QRgb c, int width) {
-    QPen pen{QColor(c)};
-    pen.setWidth(width);
-    pen.setCosmetic(true);
-    pen.setCapStyle(Qt::FlatCap);
-    return pen;
-}
-
-// Width-1 lines, the playback path, go straight into the picture; wider ones (the grid in bar
-// mode) through Qt.
-void strokePolyline(QImage& img, const QPoint* pts, int n, QRgb c, int width) {
-    if (n <= 0) return;
-    if (width <= 1) {
-        rasterPolyline(img, pts, n, c);
-        return;
-    }
-    QPainter p(&img);
-    p.setRenderHint(QPainter::Antialiasing, false);
-    p.setPen(plotPen(c, width));
-    if (n == 1)
-        p.drawPoint(pts[0]);
+// Width-1 lines, the playback path, are the surface's own and paint their last point; wider
+// ones (the grid in bar mode) go through the painter.
+void strokePolyline(Surface& s, const std::vector<QPoint>& pts, size_t n, QRgb c, int width) {
+    n = std::min(n, pts.size());
+    if (width <= 1)
+        s.polyline(pts.data(), n, c, LastPoint::Painted);
     else
-        p.drawPolyline(pts, n);
+        s.widePolyline(pts.data(), n, c, width);
 }
 
-void strokeLines(QImage& img, const std::vector<QLine>& lines, QRgb c, int width) {
-    if (lines.empty()) return;
-    if (width <= 1) {
-        rasterLines(img, lines.data(), int(lines.size()), c);
-        return;
-    }
-    QPainter p(&img);
-    p.setRenderHint(QPainter::Antialiasing, false);
-    p.setPen(plotPen(c, width));
-    p.drawLines(lines.data(), int(lines.size()));
+void strokeLines(Surface& s, const std::vector<QLine>& lines, QRgb c, int width) {
+    if (width <= 1)
+        s.lines(lines.data(), lines.size(), c, LastPoint::Painted);
+    else
+        s.wideLines(lines.data(), lines.size(), c, width);
 }
 
 } // namespace
@@ -166,13 +145,13 @@ void SpectrumView::ReDrawMode2(const ProgramState& st) {
 void SpectrumView::ShowMax(const ProgramState& st, const SpectrumFeed& f) {
     const PeakText t = peakText(st.dBFS_On, f.PeakDb, f.PeakFreq);
     peakStatus_ = t.status;
-    peakLabel_ = {0, 0, t.label, true};
+    peakLabel_ = Label{.text = t.label};
 }
 
 void SpectrumView::VisaDb(const ProgramState& st, const SpectrumFeed& f) {
     LevelY_ = levelLineY(st.dBFS_On, f.LevelDb, st.Offset_Log, st.PlotRange, PlotH_);
     levelShown_ = true;
-    lbldbS_ = {PlotW_, pixel(LevelY_), shortestText(f.LevelDb) + "dB", true};
+    lbldbS_ = Label{.text = shortestText(f.LevelDb) + "dB", .left = PlotW_, .top = pixel(LevelY_)};
 }
 
 int SpectrumView::yOf(const ProgramState& st, float value) const {
@@ -217,7 +196,7 @@ std::vector<QPoint> SpectrumView::curveFor(const ProgramState& st, const Spectru
     return pts;
 }
 
-void SpectrumView::repairGrid(QImage& img, const ProgramState& st, bool onlyWhenShown) const {
+void SpectrumView::repairGrid(Surface& pic, const ProgramState& st, bool onlyWhenShown) const {
     const bool shown = st.FFT_ShowGrid == 1;
     if (onlyWhenShown && !shown) return;
     std::vector<QLine> lines;
@@ -226,10 +205,10 @@ void SpectrumView::repairGrid(QImage& img, const ProgramState& st, bool onlyWhen
         lines.emplace_back(x, 0, x, PlotH_);
     for (int y : GridYs_)
         lines.emplace_back(0, y, PlotW_, y);
-    strokeLines(img, lines, colorFromIni(shown ? st.FFT_GridColor : st.FFT_BackColor), DrawWidth_);
+    strokeLines(pic, lines, colorFromIni(shown ? st.FFT_GridColor : st.FFT_BackColor), DrawWidth_);
 }
 
-void SpectrumView::drawBars(QImage& img, const std::vector<QPoint>& pts, QRgb c) const {
+void SpectrumView::drawBars(Surface& pic, const std::vector<QPoint>& pts, QRgb c) const {
     // Each point draws the open outline of the bar before it, centred on that earlier point;
     // the first outline belongs to the corner (0, PlotH) and the last point gets none.
     std::vector<QLine> lines;
@@ -244,32 +223,32 @@ void SpectrumView::drawBars(QImage& img, const std::vector<QPoint>& pts, QRgb c)
         prevX = pt.x();
         prevY = pt.y();
     }
-    strokeLines(img, lines, c, 1);
+    strokeLines(pic, lines, c, 1);
 }
 
 void SpectrumView::erasingDraw(const ProgramState& st, const SpectrumFeed& f, XRule rule) {
     const QRgb back = colorFromIni(st.FFT_BackColor);
     const QRgb line = colorFromIni(st.FFT_LineColor);
     if (rule == XRule::Span) DbScale_ = f32(double(PlotH_) / -double(st.PlotRange));
-    QImage& img = surface_.image();
+    Surface& pic = surface_;
     // The old curve goes by drawing it again in the background colour: no flicker, and the
     // plot keeps whatever else is on it.
     if (CurveCount_ > 1)
-        strokePolyline(img, CurvePoints_.data(), CurveCount_ - 1, back, DrawWidth_);
+        strokePolyline(pic, CurvePoints_, size_t(CurveCount_ - 1), back, DrawWidth_);
     TopDb_ = topDbFor(st, f);
     // Bars cannot be erased by a polyline: the whole plot goes.
-    if (st.AS_Bar == 1) img.fill(back);
+    if (st.AS_Bar == 1) pic.fill(back);
     if (rule == XRule::Linear) ShowMax(st, f);
     // The erasing cut into the grid; put it back.
-    repairGrid(img, st, false);
+    repairGrid(pic, st, false);
     CurveCount_ = 1;
     std::vector<QPoint> pts = curveFor(st, f, rule);
     if (st.AS_Bar == 1) {
-        drawBars(img, pts, line);
+        drawBars(pic, pts, line);
         CurvePoints_.clear();
         return;
     }
-    strokePolyline(img, pts.data(), int(pts.size()), line, DrawWidth_);
+    strokePolyline(pic, pts, pts.size(), line, DrawWidth_);
     CurveCount_ = int32_t(pts.size()) + 1;
     CurvePoints_ = std::move(pts);
 }
@@ -278,11 +257,11 @@ void SpectrumView::stackedDraw(const ProgramState& st, const SpectrumFeed& f, XR
     const QRgb line = colorFromIni(st.FFT_LineColor);
     if (rule == XRule::Span) DbScale_ = f32(double(PlotH_) / -double(st.PlotRange));
     TopDb_ = topDbFor(st, f);
-    QImage& img = surface_.image();
-    repairGrid(img, st, true);
+    Surface& pic = surface_;
+    repairGrid(pic, st, true);
     const std::vector<QPoint> pts = curveFor(st, f, rule);
     if (st.AS_Bar == 1) {
-        drawBars(img, pts, line);
+        drawBars(pic, pts, line);
         return;
     }
     // Segment by segment from the bottom-left corner; nothing is kept, nothing erased.
@@ -293,7 +272,7 @@ void SpectrumView::stackedDraw(const ProgramState& st, const SpectrumFeed& f, XR
         lines.emplace_back(prev, pt);
         prev = pt;
     }
-    strokeLines(img, lines, line, 1);
+    strokeLines(pic, lines, line, 1);
 }
 
 void SpectrumView::DrawLinX(const ProgramState& st, const SpectrumFeed& f) {
@@ -402,8 +381,8 @@ void SpectrumView::PointerReadout(const ProgramState& st, const SpectrumFeed& f)
     // The frequency sits just right of the cross, above its row; the level directly left of it.
     const int lx = pixel(double(PointerX_)) + 6;
     const int ly = std::max(0, t->row - 16);
-    lblMyFr_ = {lx, ly, t->lblMyFr, true};
-    lbldB_ = {lx, ly, t->lbldB, !st.MarkerMode};
+    lblMyFr_ = Label{.text = t->lblMyFr, .left = lx, .top = ly};
+    lbldB_ = Label{.text = t->lbldB, .left = lx, .top = ly, .visible = !st.MarkerMode};
 }
 
 // ---- The view as its window shows it -------------------------------------------------------
@@ -441,7 +420,7 @@ void paintSpectrumView(QPainter& p, const SpectrumView& v, const ProgramState& s
         const QString s = QString::fromStdString(l.text);
         const int tw = fm.horizontalAdvance(s);
         // The last label stands on the right edge: keep it whole inside the window.
-        const int x = std::min(m.left + l.x - tw / 2, all.width() - tw - 2);
+        const int x = std::min(m.left + l.left - tw / 2, all.width() - tw - 2);
         // Log marks crowd at the top of each decade; a label that would run into the one before
         // it is left out rather than printed over it.
         if (x < freeFrom) continue;
@@ -465,7 +444,7 @@ void paintSpectrumView(QPainter& p, const SpectrumView& v, const ProgramState& s
     texts[6] = QString::fromStdString(v.peakLabel().text);
     for (size_t i = 0; i < 7; ++i)
         widths[i] = fm.horizontalAdvance(texts[i]);
-    const auto lefts = analysisLabelLefts(m.left + v.peakLabel().x, shown, widths);
+    const auto lefts = analysisLabelLefts(m.left + v.peakLabel().left, shown, widths);
     for (size_t i = 0; i < 7; ++i)
         if (shown[i]) p.drawText(lefts[i], 4 + asc, texts[i]);
 
@@ -485,7 +464,7 @@ void paintSpectrumView(QPainter& p, const SpectrumView& v, const ProgramState& s
     }
     if (v.lblMyFr().visible) {
         const QString fr = QString::fromStdString(v.lblMyFr().text);
-        const int x = m.left + v.lblMyFr().x, y = m.top + v.lblMyFr().y;
+        const int x = m.left + v.lblMyFr().left, y = m.top + v.lblMyFr().top;
         p.fillRect(x, y, fm.horizontalAdvance(fr), fm.height(), QColor(255, 255, 225));
         p.setPen(QColor(0, 0, 0));
         p.drawText(x, y + asc, fr);

@@ -40,14 +40,6 @@ struct SpectrumFeed {
     double LevelDb = 0;
 };
 
-/// A text the view shows beside its plot: where it stands relative to the plot's top-left
-/// corner and whether it is on show.
-struct ViewLabel {
-    int x = 0, y = 0;
-    std::string text;
-    bool visible = true;
-};
-
 class SpectrumView {
   public:
     /// The plot area in pixels (the picture `picFFT`).
@@ -108,7 +100,7 @@ class SpectrumView {
     float AmpScale() const { return AmpScale_; }
 
     /// Labels under the plot (x relative to the plot) and beside it (lbly, top to bottom).
-    const std::vector<AxisLabel>& xLabels() const { return xLabels_; }
+    const std::vector<Label>& xLabels() const { return xLabels_; }
     const std::vector<std::string>& lbly() const { return lbly_; }
     /// The name of the level axis (`txtText`).
     const std::string& txtText() const { return txtText_; }
@@ -117,19 +109,19 @@ class SpectrumView {
     const std::string& xStepText() const { return xStepText_; }
     /// The peak: the status panel's text and the label over the plot.
     const std::string& peakStatus() const { return peakStatus_; }
-    const ViewLabel& peakLabel() const { return peakLabel_; }
+    const Label& peakLabel() const { return peakLabel_; }
     const std::string& PeakPrefix() const { return PeakPrefix_; }
     /// The level line and its label.
     bool levelLineShown() const { return levelShown_; }
     float LevelY() const { return LevelY_; }
-    const ViewLabel& lbldbS() const { return lbldbS_; }
+    const Label& lbldbS() const { return lbldbS_; }
 
     /// The pointer cross and its labels.
     bool crossShown() const { return crossShown_; }
     float PointerX() const { return PointerX_; }
     int crossRow() const { return crossRow_; }
-    const ViewLabel& lblMyFr() const { return lblMyFr_; }
-    const ViewLabel& lbldB() const { return lbldB_; }
+    const Label& lblMyFr() const { return lblMyFr_; }
+    const Label& lbldB() const { return lbldB_; }
     double FreqShown() const { return FreqShown_; }
     const std::string& FreqUnit() const { return FreqUnit_; }
     /// True after a right press, when the pop-up menu is to show at the press.
@@ -147,8 +139,8 @@ class SpectrumView {
     std::vector<QPoint> curveFor(const ProgramState& st, const SpectrumFeed& f, XRule rule) const;
     void erasingDraw(const ProgramState& st, const SpectrumFeed& f, XRule rule);
     void stackedDraw(const ProgramState& st, const SpectrumFeed& f, XRule rule);
-    void repairGrid(QImage& img, const ProgramState& st, bool onlyWhenShown) const;
-    void drawBars(QImage& img, const std::vector<QPoint>& pts, QRgb c) const;
+    void repairGrid(Surface& pic, const ProgramState& st, bool onlyWhenShown) const;
+    void drawBars(Surface& pic, const std::vector<QPoint>& pts, QRgb c) const;
     void PointerReadout(const ProgramState& st, const SpectrumFeed& f);
 
     Surface surface_;
@@ -163,19 +155,19 @@ class SpectrumView {
     float TopDb_ = 0;
     double yStep_ = 0;
 
-    std::vector<AxisLabel> xLabels_;
+    std::vector<Label> xLabels_;
     std::vector<std::string> lbly_;
     std::string txtText_, XUnitText_, xStepText_;
     std::string peakStatus_, PeakPrefix_ = "Hz";
-    ViewLabel peakLabel_;
+    Label peakLabel_;
     bool levelShown_ = false;
     float LevelY_ = 0;
-    ViewLabel lbldbS_;
+    Label lbldbS_;
 
     float PointerX_ = 0, PointerY_ = 0;
     bool crossShown_ = false;
     int crossRow_ = 0;
-    ViewLabel lblMyFr_, lbldB_;
+    Label lblMyFr_, lbldB_;
     double FreqShown_ = 0;
     std::string FreqUnit_ = "Hz";
     bool popupRequested_ = false;
