@@ -172,3 +172,19 @@ TEST_F(Phase, PointerShowsWhileTheLeftButtonIsHeld) {
     v->picF_MouseDown(LeftButton, 0, 10);
     EXPECT_EQ(v->lblHz().text, "11.7 Hz"); // the first bin
 }
+
+TEST_F(Phase, APressOutsideTheGraphReadsNothing) {
+    open();
+    // Left of the graph the frequency would be negative, above or below it the phase beyond
+    // +-180 degrees, right of it past the band.
+    for (const auto& [x, y] : {std::pair{-5, 100}, {100, -3}, {100, 400}, {500, 100}}) {
+        v->picF_MouseDown(LeftButton, x, y);
+        EXPECT_FALSE(v->lblHz().visible) << x << "," << y;
+        EXPECT_FALSE(v->lnPec_V());
+    }
+    // The same in window pixels, on the labels left of the graph.
+    v->mousePress(LeftButton, v->graphRect().left() - 10, v->graphRect().top() + 50);
+    EXPECT_FALSE(v->lblDeg().visible);
+    v->mousePress(LeftButton, v->graphRect().left() + 10, v->graphRect().top() + 50);
+    EXPECT_TRUE(v->lblDeg().visible);
+}
