@@ -2,8 +2,8 @@
 #include "support/test_home.h"
 
 #include "commands/lifecycle.h"
-#include "state/settings.h"
 #include "commands/open.h"
+#include "state/settings.h"
 
 #include <filesystem>
 #include <fstream>

@@ -3,11 +3,11 @@
 #pragma once
 
 #include "commands/recording_view_host.h"
+#include "platform/scripted_host.h"
 #include "state/command_state.h"
 #include "state/program_state.h"
 #include "state/view_host.h"
 #include "state/workbench.h"
-#include "platform/scripted_host.h"
 
 #include <cstdint>
 #include <string>

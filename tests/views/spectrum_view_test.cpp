@@ -195,8 +195,8 @@ TEST(SpectrumView, ABarsHalfWidthIsRoundedHalfToEven) {
     f.MaxFreq = 24000;
     // Points 7 pixels apart: a half-width of 3.5 makes 4, so the bar of the point at 7 stands
     // from 3 to 10 and the next from 10 to 17. Points 5 apart: 2.5 makes 2, not 3.
-    for (const auto& [width, edges] : {std::pair{21, std::vector<int>{3, 10, 17}},
-                                       std::pair{15, std::vector<int>{3, 8, 13}}}) {
+    for (const auto& [width, edges] :
+         {std::pair{21, std::vector<int>{3, 10, 17}}, std::pair{15, std::vector<int>{3, 8, 13}}}) {
         SpectrumView v;
         v.setPlotSize(width, 100);
         v.Resized(st, f);
