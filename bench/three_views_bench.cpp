@@ -1,12 +1,11 @@
-// Playback with the O-scope and the Phase view open beside the Spectrum view, each in an
-// 800x600 window: traces per second when the Spectrum view's scroll bar moves one step at a time
-// and the other two follow, beside the Spectrum view alone and the engine alone, all in one run
-// so that their ratios compare like with like. bench/three_views_ratio.py prints the ratios.
+// Playback with the O-scope and the Phase view open beside the Spectrum view, each at 800x600:
+// traces per second when the Spectrum view's scroll bar moves one step at a time and the other two
+// follow, beside the Spectrum view alone and the engine alone, all in one run so that their ratios
+// compare like with like. bench/three_views_ratio.py prints the ratios.
 #include "bench_common.h"
+#include "views/model_view_host.h"
 #include "views/oscilloscope/oscope_view.h"
 #include "views/phase/phase_view.h"
-
-#include <memory>
 
 using namespace kv;
 
@@ -14,38 +13,19 @@ namespace {
 
 constexpr int kTraces = 2048;
 
-/// Passes the trace changes on to the O-scope and Phase models, as the workbench's windows do.
-class FollowingViews : public ViewHost {
-  public:
+/// The Spectrum-only playback benchmark's workbench and recording, so that the rates compare,
+/// with the O-scope and the Phase view at 800x600 beside it, their models in a view host
+/// without windows.
+struct Fixture : bench::PlaybackBench<ModelViewHost> {
     oscope::OscopeView* oscope = nullptr;
     phase::PhaseView* phase = nullptr;
-    void loadView(Workbench& wb, ViewId v) override { viewFlag(wb.st, v) = true; }
-    void unloadView(Workbench& wb, ViewId v) override { viewFlag(wb.st, v) = false; }
-    void spectrumFirstDraw(Workbench& wb) override { wb.st.SpectrumOpen = true; }
-    void maximiseView(Workbench&, ViewId) override {}
-    void arrange(Workbench&, int) override {}
-    void redrawView(Workbench&, ViewId) override {}
-    void traceChanged(Workbench&, ViewId v) override {
-        if (v == ViewId::Oscope && oscope) oscope->TimerDraw();
-        if (v == ViewId::Phase && phase) phase->traceChanged();
-    }
-};
-
-/// The Spectrum-only playback benchmark's workbench and recording, so that the rates compare,
-/// with the O-scope and the Phase view at 800x600 beside it.
-struct Fixture : bench::PlaybackBench<FollowingViews> {
-    std::unique_ptr<oscope::OscopeView> oscope;
-    std::unique_ptr<phase::PhaseView> phase;
 
     Fixture() : PlaybackBench("kv-three-", kTraces) {
-        oscope = std::make_unique<oscope::OscopeView>(wb);
-        oscope->Form_Load(800, 600);
-        oscope->Form_Resize(800, 600);
-        oscope->UpdateTime();
-        phase = std::make_unique<phase::PhaseView>(wb);
-        phase->Form_Load(800, 600);
-        views.oscope = oscope.get();
-        views.phase = phase.get();
+        views.windowSize = {800, 600};
+        views.loadView(wb, ViewId::Oscope);
+        views.loadView(wb, ViewId::Phase);
+        oscope = views.modelOf<oscope::OscopeView>(ViewId::Oscope);
+        phase = views.modelOf<phase::PhaseView>(ViewId::Phase);
     }
     void showOthers(bool oscopeOpen, bool phaseOpen) {
         st.OscOpen = oscopeOpen;

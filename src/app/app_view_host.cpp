@@ -1,52 +1,24 @@
-// View windows inside the main window's MDI area. Views that do not have a window class of
-// their own yet show a summary of the trace they would draw.
+// View windows inside the main window's MDI area.
 #include "app/app_view_host.h"
 
-#include "app/oscope_window.h"
-#include "app/phase_window.h"
-#include "app/spectrum_window.h"
-#include "commands/commands.h"
+#include "app/view_window.h"
 #include "commands/lifecycle.h"
 #include "state/workbench.h"
+#include "views/view_table.h"
 
-#include <QLabel>
 #include <QMdiArea>
 #include <QMdiSubWindow>
 
 namespace kv {
 
-namespace {
-
-QString summary(const ProgramState& st, ViewId v) {
-    return QStringLiteral("%1 view\n\n%2\n%3 traces of %4 samples at %5 Hz\ntrace %6")
-        .arg(QString::fromLatin1(viewName(v)), QString::fromStdString(st.FileTitle))
-        .arg(st.TraceCount)
-        .arg(st.Sp_Samples)
-        .arg(st.SampleRate)
-        .arg(st.TracePos);
-}
-
-/// The caption line of a view window, as the command model names the view.
-QString viewCaption(ViewId v) {
-    switch (v) {
-    case ViewId::Oscope:
-        return QStringLiteral("O-scope view");
-    case ViewId::Spectrum:
-        return QStringLiteral("Spectrum view");
-    case ViewId::Phase:
-        return QStringLiteral("Phase view");
-    case ViewId::Waterfall:
-    case ViewId::Radargram:
-        break;
-    }
-    return QStringLiteral("Waterfall view");
-}
-
-} // namespace
-
 QMdiSubWindow* AppViewHost::window(ViewId v) const {
     auto it = windows_.find(v);
     return it == windows_.end() ? nullptr : it->second.data();
+}
+
+ViewWindow* AppViewHost::viewWindow(ViewId v) const {
+    auto* w = window(v);
+    return w ? qobject_cast<ViewWindow*>(w->widget()) : nullptr;
 }
 
 std::optional<ViewId> AppViewHost::viewOf(const QMdiSubWindow* w) const {
@@ -56,72 +28,49 @@ std::optional<ViewId> AppViewHost::viewOf(const QMdiSubWindow* w) const {
     return std::nullopt;
 }
 
-SpectrumWindow* AppViewHost::spectrumWindow() const {
-    auto* w = window(ViewId::Spectrum);
-    return w ? qobject_cast<SpectrumWindow*>(w->widget()) : nullptr;
-}
-
-QWidget* AppViewHost::makeViewWidget(Workbench& wb, ViewId v) {
-    if (v == ViewId::Spectrum) {
-        auto* s = new SpectrumWindow(wb);
-        s->setPopupMenu(spectrumPopup);
-        s->resize(640, 420);
-        return s;
-    }
-    if (v == ViewId::Oscope) {
-        auto* o = new OscopeWindow(wb);
-        o->resize(640, 420);
-        return o;
-    }
-    if (v == ViewId::Phase) {
-        auto* p = new PhaseWindow(wb);
-        p->resize(640, 420);
-        return p;
-    }
-    auto* label = new QLabel(summary(wb.st, v));
-    label->setAlignment(Qt::AlignCenter);
-    label->setMinimumSize(320, 200);
-    return label;
-}
-
-void AppViewHost::loadView(Workbench& wb, ViewId v) {
-    if (auto* w = window(v)) {
-        area_->setActiveSubWindow(w);
-        return;
-    }
-    auto* sub = area_->addSubWindow(makeViewWidget(wb, v));
+void AppViewHost::show(Workbench& wb, ViewId v, ViewModel& m) {
+    auto* view = new ViewWindow(m);
+    if (auto it = popups.find(v); it != popups.end()) view->setPopupMenu(it->second);
+    view->resize(640, 420);
+    auto* sub = area_->addSubWindow(view);
     sub->setAttribute(Qt::WA_DeleteOnClose);
-    sub->setWindowTitle(viewCaption(v));
+    sub->setWindowTitle(QString::fromLatin1(viewTable().at(v).caption));
     windows_[v] = sub;
-    viewFlag(wb.st, v) = true;
     QObject::connect(sub, &QObject::destroyed, [this, &wb, v] {
         windows_.erase(v);
         if (unloading_) return;
+        // The user closed it: the window ran the view's unload as it closed.
+        forget(v);
         viewUnloaded(wb, v);
         if (onViewClosed) onViewClosed();
     });
     sub->show();
-    viewActivated(wb, v);
 }
 
-void AppViewHost::unloadView(Workbench& wb, ViewId v) {
+void AppViewHost::bringForward(ViewId v) {
+    if (auto* w = window(v)) area_->setActiveSubWindow(w);
+}
+
+bool AppViewHost::ready(ViewId v) const {
+    auto* w = viewWindow(v);
+    return w && w->loaded();
+}
+
+void AppViewHost::changed(ViewId v) {
+    if (auto* w = viewWindow(v)) w->refresh();
+}
+
+void AppViewHost::remove(ViewId v) {
     auto* w = window(v);
     if (!w) return;
     unloading_ = true;
     windows_.erase(v);
     delete w;
     unloading_ = false;
-    viewUnloaded(wb, v);
-}
-
-void AppViewHost::spectrumFirstDraw(Workbench& wb) {
-    wb.st.SpectrumOpen = true;
-    viewActivated(wb, ViewId::Spectrum);
-    if (auto* s = spectrumWindow()) s->form().firstDraw();
 }
 
 void AppViewHost::maximiseView(Workbench& wb, ViewId v) {
-    if (!window(v)) loadView(wb, v);
+    ModelViewHost::maximiseView(wb, v);
     if (auto* w = window(v)) w->showMaximized();
 }
 
@@ -150,62 +99,14 @@ void AppViewHost::arrange(Workbench&, int mode) {
     }
 }
 
-void AppViewHost::redrawView(Workbench& wb, ViewId v) {
-    if (v == ViewId::Spectrum) {
-        if (auto* s = spectrumWindow()) s->form().relayout();
-        return;
-    }
-    if (auto* o = widgetOf<OscopeWindow>(v)) o->redraw();
-    if (auto* p = widgetOf<PhaseWindow>(v)) p->redraw();
-    if (auto* w = window(v))
-        if (auto* label = qobject_cast<QLabel*>(w->widget())) label->setText(summary(wb.st, v));
-}
-
 void AppViewHost::traceChanged(Workbench& wb, ViewId v) {
-    if (v == ViewId::Spectrum) {
-        if (auto* s = spectrumWindow()) s->form().DrawTimer();
-    } else if (auto* o = widgetOf<OscopeWindow>(v)) {
-        o->traceChanged();
-    } else if (auto* p = widgetOf<PhaseWindow>(v)) {
-        p->traceChanged();
-    } else {
-        redrawView(wb, v);
-    }
+    ModelViewHost::traceChanged(wb, v);
     if (onTraceShown) onTraceShown();
 }
 
-void AppViewHost::clearPicture(Workbench&, ViewId v) {
-    if (auto* p = widgetOf<PhaseWindow>(v)) p->clearPicture();
-    if (v != ViewId::Spectrum) return;
-    if (auto* s = spectrumWindow()) s->form().clearPicture();
-}
-
-void AppViewHost::spectrumFinalDraw(Workbench&) {
-    if (auto* s = spectrumWindow()) s->form().finalDraw();
+void AppViewHost::spectrumFinalDraw(Workbench& wb) {
+    ModelViewHost::spectrumFinalDraw(wb);
     if (onTraceShown) onTraceShown();
-}
-
-void AppViewHost::setScrollValue(Workbench&, ViewId v, int value) {
-    if (auto* o = widgetOf<OscopeWindow>(v)) {
-        o->view().HS.Value = value;
-        o->mirrorScrollBar();
-    }
-    if (auto* p = widgetOf<PhaseWindow>(v)) {
-        p->view().HS.Value = value;
-        p->mirrorScrollBar();
-    }
-    if (v != ViewId::Spectrum) return;
-    if (auto* s = spectrumWindow()) {
-        s->form().HS().Value = value;
-        s->mirrorScrollBar();
-    }
-}
-
-void AppViewHost::viewCommand(Workbench&, ViewId v, const std::string& name) {
-    if (auto* o = widgetOf<OscopeWindow>(v)) o->command(name);
-    // The read-out labels are painted with the window: showing them anew is a repaint.
-    if (v == ViewId::Spectrum && name == "UpdateAn")
-        if (auto* s = spectrumWindow()) s->update();
 }
 
 } // namespace kv

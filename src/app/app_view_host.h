@@ -1,10 +1,10 @@
-// The views as MDI child windows of the main window: loading, closing, arranging, and passing
-// the transport's requests on to the view windows.
+// The views as MDI child windows of the main window: each open view's model in a window of its
+// own, loading, closing and arranging them, and the core's requests passed on to the models
+// with the windows following.
 #pragma once
 
-#include "state/view_host.h"
+#include "views/model_view_host.h"
 
-#include <QMdiSubWindow>
 #include <QPointer>
 #include <functional>
 #include <map>
@@ -13,38 +13,27 @@
 class QMdiArea;
 class QMdiSubWindow;
 class QMenu;
-class QWidget;
 
 namespace kv {
 
-class SpectrumWindow;
+class ViewWindow;
 
-class AppViewHost : public ViewHost {
+class AppViewHost : public ModelViewHost {
   public:
     explicit AppViewHost(QMdiArea* area) : area_(area) {}
 
-    void loadView(Workbench& wb, ViewId v) override;
-    void unloadView(Workbench& wb, ViewId v) override;
-    void spectrumFirstDraw(Workbench& wb) override;
     void maximiseView(Workbench& wb, ViewId v) override;
     void arrange(Workbench& wb, int mode) override;
-    void redrawView(Workbench& wb, ViewId v) override;
     void traceChanged(Workbench& wb, ViewId v) override;
-    void clearPicture(Workbench& wb, ViewId v) override;
     void spectrumFinalDraw(Workbench& wb) override;
-    void setScrollValue(Workbench& wb, ViewId v, int value) override;
-    void viewCommand(Workbench& wb, ViewId v, const std::string& name) override;
 
+    /// The MDI sub-window of an open view.
     QMdiSubWindow* window(ViewId v) const;
-    /// The Spectrum view's window while it is open.
-    SpectrumWindow* spectrumWindow() const;
-    /// The window of view `v` when it is open and of type W.
-    template <class W> W* widgetOf(ViewId v) const {
-        auto* w = window(v);
-        return w ? qobject_cast<W*>(w->widget()) : nullptr;
-    }
-    /// The pop-up the Spectrum plot's right button brings up.
-    QMenu* spectrumPopup = nullptr;
+    /// The window of an open view.
+    ViewWindow* viewWindow(ViewId v) const;
+    /// The pop-up menu a view's window brings up when its model asks for one (the Spectrum
+    /// plot's right button).
+    std::map<ViewId, QMenu*> popups;
     /// The view a sub-window shows, if it is one of ours.
     std::optional<ViewId> viewOf(const QMdiSubWindow* w) const;
     /// True while a view window is being taken down on the core's request.
@@ -56,9 +45,14 @@ class AppViewHost : public ViewHost {
     /// Called after a view showed a new trace, so that the status bar can follow a loop.
     std::function<void()> onTraceShown;
 
-  private:
-    QWidget* makeViewWidget(Workbench& wb, ViewId v);
+  protected:
+    void show(Workbench& wb, ViewId v, ViewModel& m) override;
+    void bringForward(ViewId v) override;
+    bool ready(ViewId v) const override;
+    void changed(ViewId v) override;
+    void remove(ViewId v) override;
 
+  private:
     QMdiArea* area_;
     std::map<ViewId, QPointer<QMdiSubWindow>> windows_;
     bool unloading_ = false;

@@ -100,7 +100,7 @@ MainWindow::MainWindow(const std::string& home, Host* host, QWidget* parent)
     mdi_->setBackground(QColor(0x78, 0x86, 0x8f));
     setAcceptDrops(true);
     buildMenus();
-    views_.spectrumPopup = popupMenu("mnuMyPopUp");
+    views_.popups[ViewId::Spectrum] = popupMenu("mnuMyPopUp");
     buildToolbar();
     buildStatusBar();
     connect(mdi_, &QMdiArea::subWindowActivated, this, [this] { onSubWindowActivated(); });

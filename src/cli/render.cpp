@@ -1,8 +1,7 @@
 // kelvorandine-cli render: a view as the workbench window shows it, drawn offscreen into a PNG.
 #include "cli/commands.h"
-#include "views/oscilloscope/oscope_view.h"
-#include "views/phase/phase_view.h"
 #include "views/spectrum/spectrum_form.h"
+#include "views/view_table.h"
 
 #include <QGuiApplication>
 #include <QImage>
@@ -53,20 +52,8 @@ int runRender(const RenderOptions& r, const std::string& exeDir) {
         return kExitNoData;
     }
     QImage img;
-    if (r.view == "oscope") {
-        // The window as it comes up, then the scroll bar moved to the trace asked for.
-        oscope::OscopeView view(s.wb);
-        view.Form_Load(size.width(), size.height());
-        view.Form_Resize(size.width(), size.height());
-        view.UpdateTime();
-        if (r.trace > 0) view.setScrollValue(r.trace);
-        img = view.renderWindow().copy(0, 0, size.width(), size.height());
-    } else if (r.view == "phase") {
-        phase::PhaseView view(s.wb);
-        view.Form_Load(size.width(), size.height());
-        if (r.trace > 0) view.setScrollValue(r.trace);
-        img = view.renderWindow().copy(0, 0, size.width(), size.height());
-    } else {
+    if (r.view == "spectrum") {
+        // The plot with its labels over the whole picture; no scroll bar.
         spectrum::SpectrumForm form(s.wb);
         const QSize plot = spectrum::plotSizeFor(size);
         form.view().setPlotSize(plot.width(), plot.height());
@@ -75,6 +62,13 @@ int runRender(const RenderOptions& r, const std::string& exeDir) {
         img = QImage(size, QImage::Format_RGB32);
         QPainter p(&img);
         spectrum::paintSpectrumView(p, form.view(), s.st);
+    } else {
+        // The window as it comes up, then the scroll bar moved to the trace asked for.
+        const ViewId v = r.view == "oscope" ? ViewId::Oscope : ViewId::Phase;
+        const auto view = viewTable().at(v).make(s.wb);
+        view->load(size.width(), size.height());
+        if (r.trace > 0) view->scrolled(r.trace);
+        img = view->picture().copy(0, 0, size.width(), size.height());
     }
     const bool written = img.save(QString::fromStdString(r.output), "PNG");
     j = describe(s);

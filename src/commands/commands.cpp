@@ -96,22 +96,46 @@ void spectrumSetting(Workbench& wb) {
     if (wb.st.SpectrumOpen) wb.views.redrawView(wb, ViewId::Spectrum);
 }
 
+/// The O-scope's own commands: toolbar key and menu entry. Both reach the view by the menu
+/// entry's name.
+struct OscopeCommand {
+    const char* key;
+    const char* menu;
+};
+const OscopeCommand kOscopeCommands[] = {
+    {"ZoomIn", "mnuZoomIn"}, {"ZoomOut", "mnuZoomOut"}, {"NoZoom", "mnuNoZoom"},
+    {"Flip", "mnuFlip"},     {"MaxA", "mnuMxA"},        {"MinA", "mnuMa"},
+    {"PtP", "mnuPP"},        {"Cursor", "mnuCur"},
+};
+
+/// The six read-out switches: menu entry, toolbar button, flag.
+struct MetricSwitch {
+    const char* menu;
+    int button;
+    bool ProgramState::*flag;
+};
+const MetricSwitch kMetricSwitches[] = {
+    {"mnuSnr", 45, &ProgramState::ShowSNR},   {"mnuThd", 41, &ProgramState::ShowTHD},
+    {"mnuSnd", 44, &ProgramState::ShowSINAD}, {"mnuSdr", 43, &ProgramState::ShowSFDR},
+    {"mnuEnob", 46, &ProgramState::ShowENOB}, {"mnuThdN", 42, &ProgramState::ShowTHDN},
+};
+
 /// A metric's switch, on its menu entry's tick: on, the read-outs are counted and shown and the
 /// toolbar button goes down; off, only this metric's label goes. AnalysOnFFT stays set once any
 /// metric was switched on: the per-trace counting only stops with NoAnalys.
-void switchMetric(Workbench& wb, const char* menu, int button, bool& flag) {
+void switchMetric(Workbench& wb, const MetricSwitch& m) {
     ProgramState& st = wb.st;
-    const bool wasOn = wb.cmd.menu(menu).checked;
+    const bool wasOn = wb.cmd.menu(m.menu).checked;
     if (!wasOn) {
         st.AnalysOnFFT = true;
-        flag = true;
+        st.*m.flag = true;
         NewValue(st, st.An);
     } else {
-        flag = false;
+        st.*m.flag = false;
     }
     UpdateAn(wb);
-    wb.cmd.check(menu, !wasOn);
-    wb.cmd.button(button).down = !wasOn;
+    wb.cmd.check(m.menu, !wasOn);
+    wb.cmd.button(m.button).down = !wasOn;
 }
 
 } // namespace
@@ -120,23 +144,33 @@ void UpdateAn(Workbench& wb) {
     if (wb.st.SpectrumOpen) wb.views.viewCommand(wb, ViewId::Spectrum, "UpdateAn");
 }
 
+void switchMetricsOff(Workbench& wb) {
+    wb.st.AnalysOnFFT = false;
+    for (const MetricSwitch& m : kMetricSwitches) {
+        wb.st.*m.flag = false;
+        wb.cmd.button(m.button).down = false;
+        wb.cmd.check(m.menu, false);
+    }
+    wb.cmd.touch();
+}
+
 void mnuSnr_Click(Workbench& wb) {
-    switchMetric(wb, "mnuSnr", 45, wb.st.ShowSNR);
+    switchMetric(wb, kMetricSwitches[0]);
 }
 void mnuThd_Click(Workbench& wb) {
-    switchMetric(wb, "mnuThd", 41, wb.st.ShowTHD);
+    switchMetric(wb, kMetricSwitches[1]);
 }
 void mnuSnd_Click(Workbench& wb) {
-    switchMetric(wb, "mnuSnd", 44, wb.st.ShowSINAD);
+    switchMetric(wb, kMetricSwitches[2]);
 }
 void mnuSdr_Click(Workbench& wb) {
-    switchMetric(wb, "mnuSdr", 43, wb.st.ShowSFDR);
+    switchMetric(wb, kMetricSwitches[3]);
 }
 void mnuEnob_Click(Workbench& wb) {
-    switchMetric(wb, "mnuEnob", 46, wb.st.ShowENOB);
+    switchMetric(wb, kMetricSwitches[4]);
 }
 void mnuThdN_Click(Workbench& wb) {
-    switchMetric(wb, "mnuThdN", 42, wb.st.ShowTHDN);
+    switchMetric(wb, kMetricSwitches[5]);
 }
 
 void TBButtons_View(Workbench& wb) {
@@ -316,12 +350,8 @@ void TB_event9(Workbench& wb, const std::string& key) {
     if (key == "GC_O") chooseColor(wb, "Grid Color", st.Time_GridColor, ViewId::Oscope);
     if (key == "SG_O") setGrid(wb, 64, st.ShowGrid, ViewId::Oscope);
     // The O-scope's own commands go to the view, by the name of their menu entry.
-    static const std::pair<std::string_view, const char*> kOscopeKeys[] = {
-        {"ZoomIn", "mnuZoomIn"}, {"ZoomOut", "mnuZoomOut"}, {"NoZoom", "mnuNoZoom"},
-        {"Flip", "mnuFlip"},     {"MaxA", "mnuMxA"},        {"MinA", "mnuMa"},
-        {"PtP", "mnuPP"},        {"Cursor", "mnuCur"}};
-    for (const auto& [k, menu] : kOscopeKeys)
-        if (key == k && st.OscOpen) wb.views.viewCommand(wb, ViewId::Oscope, menu);
+    for (const auto& c : kOscopeCommands)
+        if (key == c.key && st.OscOpen) wb.views.viewCommand(wb, ViewId::Oscope, c.menu);
     if (key == "LC_P") chooseColor(wb, "Line Color", st.F_LineColor, ViewId::Phase);
     if (key == "BC_P") chooseColor(wb, "Background Color", st.F_BackColor, ViewId::Phase);
     if (key == "GC_P") chooseColor(wb, "Grid Color", st.F_GridColor, ViewId::Phase);
@@ -370,14 +400,9 @@ bool menuCommand(Workbench& wb, const std::string& name) {
         {"mnuCurvBar", "FFT_AsBar"}, {"mnuxl", "FFT_x_lin"},   {"mnuxlog", "FFT_x_log"},
         {"mnuylin", "FFT_y_lin"},    {"mnuYlog", "FFT_y_log"},
     };
-    static const Alias kOscopeAliases[] = {
-        {"mnuZoomIn", "ZoomIn"}, {"mnuZoomOut", "ZoomOut"}, {"mnuNoZoom", "NoZoom"},
-        {"mnuFlip", "Flip"},     {"mnuMxA", "MaxA"},        {"mnuMa", "MinA"},
-        {"mnuPP", "PtP"},        {"mnuCur", "Cursor"},
-    };
-    for (const auto& a : kOscopeAliases)
-        if (a.menu == name) {
-            TB_event9(wb, a.key);
+    for (const auto& c : kOscopeCommands)
+        if (name == c.menu) {
+            TB_event9(wb, c.key);
             return true;
         }
     for (const auto& a : kAliases)

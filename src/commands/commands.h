@@ -25,6 +25,9 @@ void mnuEnob_Click(Workbench& wb);
 void mnuThdN_Click(Workbench& wb);
 /// The spectrum view shows the read-out labels of the metrics that are on, laid out anew.
 void UpdateAn(Workbench& wb);
+/// The six read-out switches off together: their flags, the counting, their toolbar buttons
+/// (41 to 46) and their menu ticks (the Spectrum view's unload).
+void switchMetricsOff(Workbench& wb);
 
 /// The status panels of `ActiveView`. Panels 4 and 5 carry the X and Y scale (the O-scope's Y
 /// scale in 4 and its time range in 5), 3 the bin count, 8 the display mode or the O-scope's

@@ -77,6 +77,8 @@ void leaveMeasurementModes(Workbench& wb) {
         cmd.check(m, false);
     wb.st.MarkerMode = false;
     cmd.touch();
+    // The read-outs' flags and texts are the O-scope's own.
+    if (wb.st.OscOpen) wb.views.viewCommand(wb, ViewId::Oscope, "leaveMeasurementModes");
 }
 
 void Begining(Workbench& wb) {

@@ -29,7 +29,8 @@ void Begining(Workbench& wb);
 /// then the waterfall.
 void updateViews(Workbench& wb);
 
-/// Leaves the O-scope's measurement modes and marker mode, as every transport button does.
+/// Leaves the O-scope's measurement modes (their buttons, ticks, flags and texts) and marker
+/// mode, as every transport button does.
 void leaveMeasurementModes(Workbench& wb);
 
 /// Peak-hold pauses while the user moves back: a move to `newPos` below TracePos in Peak-hold

@@ -264,28 +264,23 @@ struct ProgramState {
     std::vector<std::string> SourceInfoLines;
 
     // ---- Views ----------------------------------------------------------------------------------
+    // What a single view keeps for itself (zoom, pointer, cursors, read-outs, captions) lives in
+    // its model; here stand only the items that other parts read or write too.
 
     // ---- O-scope --------------------------------------------------------------------------------
     // ScaleBits (above) is the count from the centre line to the top edge; ScaleVolt the volts
-    // over the whole graph height; a volt per count is Reference / 2 / FullScalePos.
+    // over the whole graph height; a volt per count is Reference / 2 / FullScalePos. The scale
+    // dialog and the radargram use them too.
     float ScaleVolt = 0.0f;
-    int32_t ScaleBitsInt = 0;   // Bits mode: counts per division * 4 as the user entered it
-    float ShtVoltDiv = 0.0f;    // volts per division found in a Wavestar file
-    float ViewStartTime = 0.0f; // time at the graph's left edge, in the time unit on show
-    double ViewTimeSpan = 0.0;  // seconds across the whole view
-    std::string TimeRangeText;
-    bool ZoomOn = false;
+    int32_t ScaleBitsInt = 0;  // Bits mode: counts per division * 4 as entered (the references)
+    float ShtVoltDiv = 0.0f;   // volts per division found in a Wavestar file
+    double ViewTimeSpan = 0.0; // seconds across the whole view (the references)
+    // The O-scope's flip; the radargram mirrors its colours by it, so it is kept here. It goes
+    // off when the O-scope goes.
     bool Flipped = false;
-    bool MouseDrawing = false; // the pointer cross follows the mouse
     bool TimeRefOn = false, TimeRef1On = false, TimeRef2On = false;
-    std::string KursorColor; // contrast colour of Time_BackColor (cursors, read-outs)
-    std::string TextColor;   // the same, for text annotations
-    bool KursorOn = false;
-    bool AnalysOn = false; // any amplitude read-out is on
-    bool ShowMaxAmp = false, ShowMinAmp = false, ShowPeakPeak = false;
 
     // ---- Phase ----------------------------------------------------------------------------------
-    int16_t FreqZoom = 1; // 1, 2, 4, 6 or 8: the phase caption's band is MaxFreq / FreqZoom
     bool PhaseRefOn = false, PhaseRef1On = false, PhaseRef2On = false;
 };
 

@@ -44,8 +44,9 @@ class ViewHost {
     virtual void resetWaterfall(Workbench&, ViewId, bool /*atEnd*/) {}
     /// Puts a view's trace scroll bar on `value` without moving through the data again.
     virtual void setScrollValue(Workbench&, ViewId, int /*value*/) {}
-    /// A command that belongs to one view (the O-scope's "mnuZoomIn", "mnuFlip", "mnuCur" ...),
-    /// by its menu name.
+    /// A command that belongs to one view, by its menu entry's name (the O-scope's "mnuZoomIn",
+    /// "mnuFlip", "mnuCur" ...), or a request of the core that only the view can carry out (the
+    /// transport's "leaveMeasurementModes"). The view's model dispatches it.
     virtual void viewCommand(Workbench&, ViewId, const std::string& /*name*/) {}
 };
 

@@ -8,6 +8,13 @@
 
 namespace kv {
 
+bool moveScrollBar(ScrollBar& hs, int value) {
+    value = std::clamp(value, hs.Min, std::max(hs.Min, hs.Max));
+    if (value == hs.Value) return false;
+    hs.Value = value;
+    return true;
+}
+
 QFont labelFont() {
     QFont f(QStringLiteral("DejaVu Sans"));
     f.setPixelSize(11);

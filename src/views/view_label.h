@@ -35,6 +35,10 @@ struct ScrollBar {
     QRect rect; // window pixels
 };
 
+/// Moves the scroll bar to `value`, held in its range, as a user's move would. True when the value
+/// changed, which is when a scroll bar fires its change event.
+bool moveScrollBar(ScrollBar& hs, int value);
+
 /// The labels' font.
 QFont labelFont();
 /// Sets a label's text and sizes the label to it, keeping its left edge.

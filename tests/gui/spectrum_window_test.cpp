@@ -2,8 +2,9 @@
 // user, played with Fwd, Pause and End from the toolbar, the scroll bar following and moving
 // the data, the peak on its pixel, and the pointer cross under a held mouse button.
 #include "app/main_window.h"
-#include "app/spectrum_window.h"
+#include "app/view_window.h"
 #include "gui/gui_fixture.h"
+#include "views/spectrum/spectrum_form.h"
 
 #include <QApplication>
 #include <QLabel>
@@ -25,26 +26,28 @@ class SpectrumShell : public test::GuiTest {
         w->resize(1000, 700);
         w->show();
         w->importFile(kSample);
-        sw = w->viewHost().spectrumWindow();
+        sw = w->viewHost().viewWindow(ViewId::Spectrum);
+        form = w->viewHost().modelOf<spectrum::SpectrumForm>(ViewId::Spectrum);
     }
     ~SpectrumShell() override { w->close(); }
 
     /// The highest point of the curve on show.
     QPoint topOfCurve() const {
-        const auto& pts = sw->form().view().CurvePoints();
+        const auto& pts = form->view().CurvePoints();
         return *std::min_element(pts.begin(), pts.end(),
                                  [](QPoint a, QPoint b) { return a.y() < b.y(); });
     }
 
     ScriptedHost host;
     std::unique_ptr<MainWindow> w;
-    SpectrumWindow* sw = nullptr;
+    ViewWindow* sw = nullptr;
+    spectrum::SpectrumForm* form = nullptr;
 };
 
 } // namespace
 
 TEST_F(SpectrumShell, PlaysPausesAndEndsWithTheCurveAndPanelsFollowing) {
-    ASSERT_NE(sw, nullptr);
+    ASSERT_TRUE(sw && form);
     const ProgramState& st = w->state();
     host.onYield([&] {
         QApplication::processEvents();
@@ -60,7 +63,7 @@ TEST_F(SpectrumShell, PlaysPausesAndEndsWithTheCurveAndPanelsFollowing) {
     EXPECT_EQ(w->panelLabel(4)->text(), "X-scale: linear ");
 
     // The peak of a 1 kHz tone sits on its column, one dB scale step per pixel row down.
-    const auto& view = sw->form().view();
+    const auto& view = form->view();
     const QPoint top = topOfCurve();
     EXPECT_NEAR(top.x(), 1000.0 / 24000.0 * view.PlotW(), view.ColStep());
     EXPECT_EQ(top.y(), int(std::lround(-7.6078 * view.DbScale())));
@@ -83,8 +86,8 @@ TEST_F(SpectrumShell, PlaysPausesAndEndsWithTheCurveAndPanelsFollowing) {
 }
 
 TEST_F(SpectrumShell, ScaleButtonsRedrawTheViewOnItsNewAxes) {
-    ASSERT_NE(sw, nullptr);
-    const auto& view = sw->form().view();
+    ASSERT_TRUE(sw && form);
+    const auto& view = form->view();
     w->toolAction(28)->trigger(); // logarithmic X
     EXPECT_EQ(view.XUnitText(), "Frequency Hz");
     EXPECT_EQ(view.xLabels().front().text, "50") << "the first decade mark past one bin";
@@ -97,10 +100,10 @@ TEST_F(SpectrumShell, ScaleButtonsRedrawTheViewOnItsNewAxes) {
 }
 
 TEST_F(SpectrumShell, ThePointerCrossReadsFrequencyAndLevelWhileTheButtonIsHeld) {
-    ASSERT_NE(sw, nullptr);
-    const auto& view = sw->form().view();
+    ASSERT_TRUE(sw && form);
+    const auto& view = form->view();
     const spectrum::PlotMargins m;
-    QWidget* plot = sw->plotWidget();
+    QWidget* plot = sw; // the plot fills the window above its scroll bar
     const QPoint at(m.left + view.PlotW() / 2, m.top + view.PlotH() / 5);
     QTest::mousePress(plot, Qt::LeftButton, {}, at);
     EXPECT_TRUE(view.crossShown());
@@ -114,8 +117,8 @@ TEST_F(SpectrumShell, ThePointerCrossReadsFrequencyAndLevelWhileTheButtonIsHeld)
 }
 
 TEST_F(SpectrumShell, StackedTracesStayUntilFirstClearsThePlot) {
-    ASSERT_NE(sw, nullptr);
-    const auto& surface = sw->form().view().surface();
+    ASSERT_TRUE(sw && form);
+    const auto& surface = form->view().surface();
     auto lit = [&] {
         int n = 0;
         for (int y = 0; y < surface.height(); ++y)

@@ -2,11 +2,10 @@
 // "All open" brings them up, a move of any view's scroll bar brings all three to the same
 // trace, and the O-scope's commands reach it from the menu and the toolbar.
 #include "app/main_window.h"
-#include "app/oscope_window.h"
-#include "app/phase_window.h"
-#include "app/spectrum_window.h"
+#include "app/view_window.h"
 #include "platform/trace_store.h"
 #include "support/test_home.h"
+#include "views/oscilloscope/oscope_view.h"
 
 #include <QAction>
 #include <QApplication>
@@ -35,9 +34,10 @@ class ThreeViews : public ::testing::Test {
         w->menuAction("mnuOlOp")->trigger();
         QApplication::processEvents();
         auto& vh = w->viewHost();
-        sw = vh.spectrumWindow();
-        ow = vh.widgetOf<OscopeWindow>(ViewId::Oscope);
-        pw = vh.widgetOf<PhaseWindow>(ViewId::Phase);
+        sw = vh.viewWindow(ViewId::Spectrum);
+        ow = vh.viewWindow(ViewId::Oscope);
+        pw = vh.viewWindow(ViewId::Phase);
+        oscope = vh.modelOf<oscope::OscopeView>(ViewId::Oscope);
     }
     ~ThreeViews() override { w->close(); }
 
@@ -63,23 +63,25 @@ class ThreeViews : public ::testing::Test {
         ASSERT_GE(st.TraceBuf.size(), want.size());
         EXPECT_TRUE(std::equal(want.begin(), want.end(), st.TraceBuf.begin()));
         // The O-scope's first point is the trace's first sample on its row.
-        const auto& v = ow->view();
-        EXPECT_EQ(v.TracePoints[0].y(), int(std::lrint(v.ZeroLine - want[0] * v.PixelsPerCount)));
+        const auto& v = *oscope;
+        EXPECT_EQ(v.TracePoints()[0].y(),
+                  int(std::lrint(v.ZeroLine() - want[0] * v.PixelsPerCount())));
     }
 
     test::TempHome home;
     std::unique_ptr<QApplication> app;
     ScriptedHost host;
     std::unique_ptr<MainWindow> w;
-    SpectrumWindow* sw = nullptr;
-    OscopeWindow* ow = nullptr;
-    PhaseWindow* pw = nullptr;
+    ViewWindow* sw = nullptr;
+    ViewWindow* ow = nullptr;
+    ViewWindow* pw = nullptr;
+    oscope::OscopeView* oscope = nullptr;
 };
 
 } // namespace
 
 TEST_F(ThreeViews, EachViewsScrollBarBringsAllThreeToTheSameTrace) {
-    ASSERT_TRUE(sw && ow && pw);
+    ASSERT_TRUE(sw && ow && pw && oscope);
     const ProgramState& st = w->state();
     EXPECT_TRUE(st.SpectrumOpen && st.OscOpen && st.PhaseOpen);
     EXPECT_TRUE(w->commands().checked("mnuOlOp"));
@@ -109,19 +111,19 @@ TEST_F(ThreeViews, EachViewsScrollBarBringsAllThreeToTheSameTrace) {
 }
 
 TEST_F(ThreeViews, OscopeCommandsComeFromTheMenuAndTheToolbar) {
-    ASSERT_TRUE(ow);
+    ASSERT_TRUE(oscope);
     // The commands serve the active view: bring the O-scope forward first.
     w->mdiArea()->setActiveSubWindow(w->viewHost().window(ViewId::Oscope));
     QApplication::processEvents();
     EXPECT_EQ(w->state().ActiveView, 1);
     w->menuAction("mnuZoomIn")->trigger();
-    EXPECT_EQ(ow->view().zoomDepth(), 1u);
+    EXPECT_EQ(oscope->zoomDepth(), 1u);
     w->pressToolButton(72); // Flip
     EXPECT_TRUE(w->state().Flipped);
     w->menuAction("mnuCur")->trigger();
-    EXPECT_TRUE(w->state().KursorOn);
-    EXPECT_TRUE(ow->view().picKVisible[1]);
+    EXPECT_TRUE(oscope->KursorOn());
+    EXPECT_TRUE(oscope->picKVisible()[1]);
     w->menuAction("mnuNoZoom")->trigger();
-    EXPECT_EQ(ow->view().zoomDepth(), 0u);
-    EXPECT_FALSE(w->state().ZoomOn);
+    EXPECT_EQ(oscope->zoomDepth(), 0u);
+    EXPECT_FALSE(oscope->ZoomOn());
 }

@@ -32,7 +32,8 @@ TempHome::~TempHome() {
     if (!path_.empty()) fs::remove_all(path_, ec);
 }
 
-Bench::Bench(bool withSettings) : home(withSettings) {
+Bench::Bench(bool withSettings, ViewHost* viewHost)
+    : home(withSettings), wb{st, cmd, host, viewHost ? *viewHost : views} {
     st.AppPath = home.path();
 }
 

@@ -30,15 +30,16 @@ class TempHome {
     std::string path_;
 };
 
-/// A workbench started in a fresh home, as the desktop would start it.
+/// A workbench started in a fresh home, as the desktop would start it. Its views are recorded,
+/// or, with `viewHost`, passed to that host (the views' models, for instance).
 struct Bench {
-    explicit Bench(bool withSettings = true);
+    explicit Bench(bool withSettings = true, ViewHost* viewHost = nullptr);
     TempHome home;
     ProgramState st;
     CommandState cmd;
     ScriptedHost host;
     RecordingViewHost views;
-    Workbench wb{st, cmd, host, views};
+    Workbench wb;
     /// Runs the start sequence (constants, settings).
     void start();
     /// Imports `path` as the Import command would, with the given 1-based filter index.

@@ -58,22 +58,15 @@ struct Scope : ::testing::Test {
 } // namespace
 
 TEST(ScopeSampleStep, DecimatesToAboutOnePointPerPixel) {
-    test::Bench b;
-    b.start();
-    b.st.Sp_Samples = 4096;
-    OscopeView v(b.wb);
-    v.GraphWidth = 600;
-    v.ViewSamples = 4096;
-    v.computeSampleStep();
-    EXPECT_EQ(v.SampleStep, 7);
-    EXPECT_FLOAT_EQ(v.PixelsPerSample, float(600.0 / (4096.0 / 7)));
-    EXPECT_EQ(v.PointCapacity, 585);
+    SampleStepChoice c = chooseSampleStep(600, 4096, 4096);
+    EXPECT_EQ(c.SampleStep, 7);
+    EXPECT_FLOAT_EQ(c.PixelsPerSample, float(600.0 / (4096.0 / 7)));
+    EXPECT_EQ(c.PointCapacity, 585);
 
     // A graph wider than the trace spreads every sample.
-    v.GraphWidth = 5000;
-    v.computeSampleStep();
-    EXPECT_EQ(v.SampleStep, 1);
-    EXPECT_FLOAT_EQ(v.PixelsPerSample, 5000.0f / 4096);
+    c = chooseSampleStep(5000, 4096, 4096);
+    EXPECT_EQ(c.SampleStep, 1);
+    EXPECT_FLOAT_EQ(c.PixelsPerSample, 5000.0f / 4096);
 }
 
 TEST_F(Scope, UnzoomedDrawLeavesOutTheLastTwoSamples) {
@@ -81,9 +74,9 @@ TEST_F(Scope, UnzoomedDrawLeavesOutTheLastTwoSamples) {
     st.TraceBuf.assign(17, 0.0f);
     st.TraceBuf[15] = 800; // the last sample: never drawn
     open();
-    EXPECT_EQ(v->SampleStep, 1);
-    EXPECT_EQ(v->TracePointCount - 1, 15);
-    EXPECT_EQ(v->TracePoints[14], QPoint(14 * 32, 200));
+    EXPECT_EQ(v->SampleStep(), 1);
+    EXPECT_EQ(v->TracePointCount() - 1, 15);
+    EXPECT_EQ(v->TracePoints()[14], QPoint(14 * 32, 200));
     for (int y = 0; y < 200; ++y)
         for (int x = 0; x < 512; ++x)
             ASSERT_NE(at(x, y), trace & 0xFFFFFF) << x << "," << y;
@@ -91,14 +84,14 @@ TEST_F(Scope, UnzoomedDrawLeavesOutTheLastTwoSamples) {
 
 TEST_F(Scope, DecimatedDrawPicksEverySampleStepthSample) {
     open(256, 400);
-    EXPECT_EQ(v->SampleStep, 4);
+    EXPECT_EQ(v->SampleStep(), 4);
     for (int i = 0; i < 1024; ++i)
         st.TraceBuf[size_t(i)] = float(i % 4 == 0 ? 400 : -400);
     v->Draw();
     // Only the picked samples (all +400) are drawn: one flat line on row 100.
-    EXPECT_EQ(v->TracePointCount - 1, 256);
+    EXPECT_EQ(v->TracePointCount() - 1, 256);
     for (int i = 0; i < 255; ++i)
-        ASSERT_EQ(v->TracePoints[size_t(i)].y(), 100);
+        ASSERT_EQ(v->TracePoints()[size_t(i)].y(), 100);
     EXPECT_EQ(at(50, 310), back & 0xFFFFFF);
 }
 
@@ -117,7 +110,7 @@ TEST_F(Scope, RedrawErasesTheOldTraceButKeepsTheGridAndOtherPaint) {
     EXPECT_EQ(at(30, 255), trace & 0xFFFFFF);
     EXPECT_EQ(at(30, 90), back & 0xFFFFFF);
     // Where the old trace crossed a vertical grid line the grid is whole again.
-    EXPECT_EQ(at(v->VerticalLines[0], 90), grid & 0xFFFFFF);
+    EXPECT_EQ(at(v->VerticalLines()[0], 90), grid & 0xFFFFFF);
     EXPECT_EQ(at(21, 21), qRgb(1, 2, 3) & 0xFFFFFF);
 
     // New settings repaint the picture in the new background: the old paint goes.
@@ -129,7 +122,7 @@ TEST_F(Scope, RedrawErasesTheOldTraceButKeepsTheGridAndOtherPaint) {
     // A grid switched off is painted out in the background colour.
     st.ShowGrid = 0;
     v->Draw();
-    EXPECT_EQ(at(v->VerticalLines[0], 30), back & 0xFFFFFF);
+    EXPECT_EQ(at(v->VerticalLines()[0], 30), back & 0xFFFFFF);
 }
 
 TEST_F(Scope, FlipMirrorsTheTraceAboutTheCentreLine) {
@@ -151,52 +144,52 @@ TEST_F(Scope, FlipMirrorsTheTraceAboutTheCentreLine) {
 TEST_F(Scope, ZoomStackGoesInTwiceAndBackOutToTheWholeTrace) {
     open();
     v->mnuZoomIn();
-    EXPECT_TRUE(st.ZoomOn);
+    EXPECT_TRUE(v->ZoomOn());
     EXPECT_EQ(v->zoomDepth(), 1u);
     EXPECT_TRUE(b.cmd.checked("mnuZoomIn"));
     EXPECT_TRUE(b.cmd.enabled("mnuZoomOut"));
 
     drag(100, 300); // two samples a pixel: samples 200 to 600
     ASSERT_EQ(v->zoomDepth(), 2u);
-    EXPECT_EQ(v->ZoomFirst, 200);
-    EXPECT_EQ(v->ZoomLast, 600);
-    EXPECT_EQ(v->ViewSamples, 400);
+    EXPECT_EQ(v->ZoomFirst(), 200);
+    EXPECT_EQ(v->ZoomLast(), 600);
+    EXPECT_EQ(v->ViewSamples(), 400);
     // The times come from the axis labels: 1000 ms over 512 pixels.
-    EXPECT_FLOAT_EQ(st.ViewStartTime, 195.31f);
-    EXPECT_EQ(v->lblX[0].text, "195.31");
-    EXPECT_EQ(v->lblX[10].text, "585.94");
-    EXPECT_EQ(v->Label1.text, "39.06ms/div");
-    EXPECT_EQ(st.TimeRangeText, "585.94 ms");
+    EXPECT_FLOAT_EQ(v->ViewStartTime(), 195.31f);
+    EXPECT_EQ(v->lblX()[0].text, "195.31");
+    EXPECT_EQ(v->lblX()[10].text, "585.94");
+    EXPECT_EQ(v->Label1().text, "39.06ms/div");
+    EXPECT_EQ(v->TimeRangeText(), "585.94 ms");
     EXPECT_EQ(b.cmd.panel(5), "Time Range: 585.94 ms");
-    EXPECT_EQ(v->TracePointCount - 1, 400);
+    EXPECT_EQ(v->TracePointCount() - 1, 400);
 
     drag(0, 256); // half of the zoomed view
     ASSERT_EQ(v->zoomDepth(), 3u);
-    EXPECT_EQ(v->ZoomFirst, 200);
-    EXPECT_EQ(v->ZoomLast, 400);
+    EXPECT_EQ(v->ZoomFirst(), 200);
+    EXPECT_EQ(v->ZoomLast(), 400);
 
     // A resize keeps the zoom: the same 200 samples across the new width.
     v->Form_Resize(400 + kWidthMargin, 300 + kHeightMargin);
-    EXPECT_EQ(v->ViewSamples, 200);
-    EXPECT_EQ(v->TracePointCount - 1, 200);
-    EXPECT_EQ(v->TracePoints[199].x(), 398); // round(199 * 400 / 200)
+    EXPECT_EQ(v->ViewSamples(), 200);
+    EXPECT_EQ(v->TracePointCount() - 1, 200);
+    EXPECT_EQ(v->TracePoints()[199].x(), 398); // round(199 * 400 / 200)
     v->Form_Resize(512 + kWidthMargin, 400 + kHeightMargin);
 
     v->mnuZoomOut();
     ASSERT_EQ(v->zoomDepth(), 2u);
-    EXPECT_EQ(v->ZoomFirst, 200);
-    EXPECT_EQ(v->ZoomLast, 600);
-    EXPECT_EQ(v->lblX[0].text, "195.31");
-    EXPECT_TRUE(st.ZoomOn);
+    EXPECT_EQ(v->ZoomFirst(), 200);
+    EXPECT_EQ(v->ZoomLast(), 600);
+    EXPECT_EQ(v->lblX()[0].text, "195.31");
+    EXPECT_TRUE(v->ZoomOn());
 
     v->mnuZoomOut();
     EXPECT_EQ(v->zoomDepth(), 0u);
-    EXPECT_FALSE(st.ZoomOn);
-    EXPECT_EQ(v->ZoomFirst, 0);
-    EXPECT_EQ(v->ZoomLast, 1023);
-    EXPECT_EQ(v->ViewSamples, 1024);
-    EXPECT_EQ(v->SampleStep, 2);
-    EXPECT_EQ(v->TracePointCount - 1, 512);
+    EXPECT_FALSE(v->ZoomOn());
+    EXPECT_EQ(v->ZoomFirst(), 0);
+    EXPECT_EQ(v->ZoomLast(), 1023);
+    EXPECT_EQ(v->ViewSamples(), 1024);
+    EXPECT_EQ(v->SampleStep(), 2);
+    EXPECT_EQ(v->TracePointCount() - 1, 512);
     EXPECT_TRUE(b.cmd.checked("mnuNoZoom"));
 }
 
@@ -205,49 +198,54 @@ TEST_F(Scope, DragsThatMakeNoZoomAndDragsPastTheEnd) {
     v->mnuZoomIn();
     drag(300, 100); // right to left
     EXPECT_EQ(v->zoomDepth(), 1u);
-    EXPECT_FALSE(v->shZoomVisible);
+    EXPECT_FALSE(v->shZoomVisible());
 
-    // A drag that would end past the trace ends on its last sample.
-    v->ZoomFirst = 1000;
+    drag(250, 511); // samples 500 to 1022
+    ASSERT_EQ(v->zoomDepth(), 2u);
+
+    // A drag that would end past the trace (here cut shorter while zoomed) ends on its last
+    // sample.
+    st.Sp_Samples = 800;
     v->picGraph_MouseDown(RightButton, 0, 10);
     v->picGraph_MouseMove(RightButton, 511, 10);
-    EXPECT_EQ(v->ZoomLast, 1023);
+    EXPECT_EQ(v->ZoomLast(), 799);
     v->picGraph_MouseUp(RightButton, 511, 10);
-    ASSERT_EQ(v->zoomDepth(), 2u);
-    EXPECT_EQ(v->lstZoomEnd.back(), "1023");
+    ASSERT_EQ(v->zoomDepth(), 3u);
+    EXPECT_EQ(v->lstZoomEnd().back(), "799");
+    st.Sp_Samples = 1024;
 
     // Zoom In again adds another whole-trace row; No Zoom empties the stack.
     v->mnuZoomIn();
-    EXPECT_EQ(v->zoomDepth(), 3u);
-    EXPECT_EQ(v->lstZoomStart.back(), "0");
-    EXPECT_EQ(v->lstZoomEnd.back(), "1023");
+    EXPECT_EQ(v->zoomDepth(), 4u);
+    EXPECT_EQ(v->lstZoomStart().back(), "0");
+    EXPECT_EQ(v->lstZoomEnd().back(), "1023");
     v->NoZoom();
     EXPECT_EQ(v->zoomDepth(), 0u);
-    EXPECT_FALSE(st.ZoomOn);
-    EXPECT_EQ(v->lblX[10].text, "1000.00");
-    EXPECT_EQ(v->ViewSamples, 1024);
+    EXPECT_FALSE(v->ZoomOn());
+    EXPECT_EQ(v->lblX()[10].text, "1000.00");
+    EXPECT_EQ(v->ViewSamples(), 1024);
 }
 
 TEST_F(Scope, PointerReadsTimeFromTheAxisAndAmplitudeFromTheRoundedGrid) {
     open();
     v->picGraph_MouseDown(LeftButton, 256, 150);
-    EXPECT_TRUE(st.MouseDrawing);
-    EXPECT_EQ(v->lblMyTm.text, "500 ms");
-    EXPECT_EQ(v->lbldB.text, "Ampl: 200 Bits");
+    EXPECT_TRUE(v->MouseDrawing());
+    EXPECT_EQ(v->lblMyTm().text, "500 ms");
+    EXPECT_EQ(v->lbldB().text, "Ampl: 200 Bits");
     v->picGraph_MouseMove(LeftButton, 128, 260);
-    EXPECT_EQ(v->lblMyTm.text, "250 ms");
-    EXPECT_EQ(v->lbldB.text, "Ampl: -240 Bits");
+    EXPECT_EQ(v->lblMyTm().text, "250 ms");
+    EXPECT_EQ(v->lbldB().text, "Ampl: -240 Bits");
     v->picGraph_MouseMove(LeftButton, 128, 200);
-    EXPECT_EQ(v->lbldB.text, "Ampl: 0 Bits");
+    EXPECT_EQ(v->lbldB().text, "Ampl: 0 Bits");
     v->picGraph_MouseUp(LeftButton, 128, 200);
-    EXPECT_FALSE(st.MouseDrawing);
-    EXPECT_FALSE(v->lbldB.visible);
+    EXPECT_FALSE(v->MouseDrawing());
+    EXPECT_FALSE(v->lbldB().visible);
 
     st.ShowVertical = 1;
     st.Reference = 2;
     v->UpdateTime();
     v->picGraph_MouseDown(LeftButton, 10, 150);
-    EXPECT_EQ(v->lbldB.text, "Ampl: 0.25 Volt"); // a quarter volt a division, 50 pixels
+    EXPECT_EQ(v->lbldB().text, "Ampl: 0.25 Volt"); // a quarter volt a division, 50 pixels
 }
 
 // Cursors on a trace that is +440 counts (row 90) on its first half and -220 (row 255) on its
@@ -261,7 +259,7 @@ struct ScopeCursors : Scope {
     }
     // Drags cursor `i`'s handle by dx pixels.
     void dragHandle(int i, int dx) {
-        const Label& h = v->lblK[size_t(i)];
+        const Label& h = v->lblK()[size_t(i)];
         const int x = h.left + 2, y = h.top + 2;
         v->mousePress(LeftButton, x, y);
         v->mouseMove(LeftButton, x + dx, y);
@@ -271,41 +269,42 @@ struct ScopeCursors : Scope {
 
 TEST_F(ScopeCursors, ReadTheDrawnTraceAndPrintTheDifferences) {
     v->mnuCur();
-    EXPECT_TRUE(st.KursorOn);
+    EXPECT_TRUE(v->KursorOn());
     EXPECT_TRUE(b.cmd.button(83).down);
-    EXPECT_EQ(v->picKLeft, (std::array<int, 2>{1, 2}));
-    EXPECT_EQ(v->lblMarker1[0].text, "V1 = 440 Bits ; t1 = 1.95 ms");
-    EXPECT_EQ(v->lblMarker1[1].text, "V2 = 440 Bits ; t2 = 3.91 ms");
-    EXPECT_EQ(v->lnKG[0], QLine(-7, 90, 9, 90));
+    EXPECT_EQ(v->picKLeft(), (std::array<int, 2>{1, 2}));
+    EXPECT_EQ(v->lblMarker1()[0].text, "V1 = 440 Bits ; t1 = 1.95 ms");
+    EXPECT_EQ(v->lblMarker1()[1].text, "V2 = 440 Bits ; t2 = 3.91 ms");
+    EXPECT_EQ(v->lnKG()[0], QLine(-7, 90, 9, 90));
 
     dragHandle(1, 398);
-    EXPECT_EQ(v->picKLeft[1], 400);
-    EXPECT_EQ(v->lblMarker1[1].text, "V2 = -220 Bits ; t2 = 781.25 ms");
+    EXPECT_EQ(v->picKLeft()[1], 400);
+    EXPECT_EQ(v->lblMarker1()[1].text, "V2 = -220 Bits ; t2 = 781.25 ms");
     // dt runs from cursor 2 to cursor 1, dV from cursor 1 to cursor 2.
-    EXPECT_EQ(v->lblMarker1[2].text, "dV =  -660 Bits ; dt = -779.3 ms ; dV/dt =846.9 Bits/sec.");
-    EXPECT_EQ(v->lblK[1].left, 400 + kGraphLeft - 6);
+    EXPECT_EQ(v->lblMarker1()[2].text, "dV =  -660 Bits ; dt = -779.3 ms ; dV/dt =846.9 Bits/sec.");
+    EXPECT_EQ(v->lblK()[1].left, 400 + kGraphLeft - 6);
 
     // Both on one column: no rate, and no unit for it.
     dragHandle(1, -399);
-    EXPECT_EQ(v->picKLeft[1], 1);
-    EXPECT_EQ(v->lblMarker1[2].text, "dV =  0 Bits ; dt = 0 ms ; dV/dt =0 ");
+    EXPECT_EQ(v->picKLeft()[1], 1);
+    EXPECT_EQ(v->lblMarker1()[2].text, "dV =  0 Bits ; dt = 0 ms ; dV/dt =0 ");
 
     v->mnuCur();
-    EXPECT_FALSE(v->picKVisible[0]);
-    EXPECT_FALSE(v->lblMarker1[2].visible);
+    EXPECT_FALSE(v->picKVisible()[0]);
+    EXPECT_FALSE(v->lblMarker1()[2].visible);
 }
 
 TEST_F(ScopeCursors, ColumnWithoutTheTraceColourKeepsThePreviousRow) {
-    v->KursorRow = 77;
-    v->KursorColumn = 30;
+    v->mnuCur(); // both cursors find the trace on row 90
     v->picGraph().fill(back);
-    v->scanKursorColumn();
-    EXPECT_EQ(v->KursorRow, 77);
+    v->picGraph().fillRect(2, 60, 1, 1, trace);
+    v->KursorRefresh();
+    EXPECT_EQ(v->lnKG()[0].y1(), 90) << "nothing in column 1: the row found before stands";
+    EXPECT_EQ(v->lnKG()[1].y1(), 60);
     // The first pixel of the trace colour from the top wins, whatever drew it.
-    v->picGraph().fillRect(30, 40, 1, 1, trace);
-    v->picGraph().fillRect(30, 60, 1, 1, trace);
-    v->scanKursorColumn();
-    EXPECT_EQ(v->KursorRow, 40);
+    v->picGraph().fillRect(1, 40, 1, 1, trace);
+    v->picGraph().fillRect(1, 60, 1, 1, trace);
+    v->KursorRefresh();
+    EXPECT_EQ(v->lnKG()[0].y1(), 40);
 }
 
 TEST_F(ScopeCursors, RefreshAfterAZoomKeepsTheColumnsAndCountsTimeFromTheLeftEdge) {
@@ -313,18 +312,18 @@ TEST_F(ScopeCursors, RefreshAfterAZoomKeepsTheColumnsAndCountsTimeFromTheLeftEdg
     dragHandle(1, 298); // column 300: sample 600, -220 counts
     v->mnuZoomIn();
     drag(256, 511); // samples 512 .. 1022: all -220
-    EXPECT_EQ(v->picKLeft[1], 300);
+    EXPECT_EQ(v->picKLeft()[1], 300);
     // KursorRefresh writes two decimals in Bits mode too, and no zoom start time.
-    EXPECT_EQ(v->lblMarker1[0].text, "V1 = -220.00 Bits ; t1 = 0.97 ms");
-    EXPECT_EQ(v->lblMarker1[1].text, "V2 = -220.00 Bits ; t2 = 291.83 ms");
+    EXPECT_EQ(v->lblMarker1()[0].text, "V1 = -220.00 Bits ; t1 = 0.97 ms");
+    EXPECT_EQ(v->lblMarker1()[1].text, "V2 = -220.00 Bits ; t2 = 291.83 ms");
 
     // A new scale keeps each cursor's time where it can: at twice the rate 1.95 ms is column
     // 2, and 585.94 ms is past the end, so that cursor goes to the middle.
     st.SampleRate = 2048;
     v->UpdateTime();
-    EXPECT_EQ(v->picKLeft[0], 2);
-    EXPECT_EQ(v->picKLeft[1], 256);
-    EXPECT_EQ(v->lblK[1].left, 256 + kGraphLeft - 6);
+    EXPECT_EQ(v->picKLeft()[0], 2);
+    EXPECT_EQ(v->picKLeft()[1], 256);
+    EXPECT_EQ(v->lblK()[1].left, 256 + kGraphLeft - 6);
 }
 
 TEST(ScopeRate, PrefixesAndSigns) {
@@ -357,17 +356,17 @@ TEST_F(Scope, MaxMinSkipsTheEndsAndStartsTheMaximumAtZero) {
     st.TraceBuf[1021] = -5000;
     st.TraceBuf[500] = -300;
     v->MaxMin();
-    EXPECT_FLOAT_EQ(v->MaxAmp, 0);
-    EXPECT_FLOAT_EQ(v->MinAmp, -300);
-    EXPECT_EQ(v->MinPos, 500);
+    EXPECT_FLOAT_EQ(v->MaxAmp(), 0);
+    EXPECT_FLOAT_EQ(v->MinAmp(), -300);
+    EXPECT_EQ(v->MinPos(), 500);
 
     st.TraceBuf[4] = 700;
     st.TraceBuf[1020] = -900;
     v->MaxMin();
-    EXPECT_FLOAT_EQ(v->MaxAmp, 700);
-    EXPECT_EQ(v->MaxPos, 4);
-    EXPECT_FLOAT_EQ(v->MinAmp, -900);
-    EXPECT_EQ(v->MinPos, 1020);
+    EXPECT_FLOAT_EQ(v->MaxAmp(), 700);
+    EXPECT_EQ(v->MaxPos(), 4);
+    EXPECT_FLOAT_EQ(v->MinAmp(), -900);
+    EXPECT_EQ(v->MinPos(), 1020);
 }
 
 TEST_F(Scope, AmplitudeReadoutsLineUpAboveTheGraphInVolts) {
@@ -382,19 +381,19 @@ TEST_F(Scope, AmplitudeReadoutsLineUpAboveTheGraphInVolts) {
     st.TraceBuf[200] = -32767;
     v->mnuMxA();
     v->mnuPP();
-    EXPECT_TRUE(st.AnalysOn);
+    EXPECT_TRUE(v->AnalysOn());
     EXPECT_TRUE(b.cmd.button(74).down);
-    EXPECT_EQ(v->An[0].text, "Max.Amp: 0.5 Volt");
-    EXPECT_EQ(v->An[2].text, "Peak_Peak: 1.5 Volt");
-    EXPECT_FALSE(v->An[1].visible);
-    EXPECT_EQ(v->An[0].left, v->graphRect.left());
-    EXPECT_EQ(v->An[2].left, v->An[0].right() + 10);
-    EXPECT_EQ(v->An[0].bottom(), v->graphRect.top() - 5);
+    EXPECT_EQ(v->An()[0].text, "Max.Amp: 0.5 Volt");
+    EXPECT_EQ(v->An()[2].text, "Peak_Peak: 1.5 Volt");
+    EXPECT_FALSE(v->An()[1].visible);
+    EXPECT_EQ(v->An()[0].left, v->graphRect().left());
+    EXPECT_EQ(v->An()[2].left, v->An()[0].right() + 10);
+    EXPECT_EQ(v->An()[0].bottom(), v->graphRect().top() - 5);
 
     v->mnuMa();
-    EXPECT_EQ(v->An[1].text, "Min.Amp: -1 Volt");
+    EXPECT_EQ(v->An()[1].text, "Min.Amp: -1 Volt");
     for (auto m : {&OscopeView::mnuMxA, &OscopeView::mnuMa, &OscopeView::mnuPP})
         (v.get()->*m)();
-    EXPECT_FALSE(st.AnalysOn);
-    EXPECT_FALSE(v->An[0].visible);
+    EXPECT_FALSE(v->AnalysOn());
+    EXPECT_FALSE(v->An()[0].visible);
 }

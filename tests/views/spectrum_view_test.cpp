@@ -184,6 +184,29 @@ TEST(SpectrumView, BarsAreOpenOutlinesOfThePointBeforeAndTheLastHasNone) {
     EXPECT_EQ(v.surface().pixel(100, 10), 0u);
 }
 
+TEST(SpectrumView, ABarsHalfWidthIsRoundedHalfToEven) {
+    ProgramState st = plotState();
+    st.AS_Bar = 1;
+    st.FFT_ShowGrid = 0;
+    std::vector<float> val{-100, -20, -40, -60};
+    SpectrumFeed f;
+    f.ColVal = val;
+    f.ColumnCount = 3;
+    f.MaxFreq = 24000;
+    // Points 7 pixels apart: a half-width of 3.5 makes 4, so the bar of the point at 7 stands
+    // from 3 to 10 and the next from 10 to 17. Points 5 apart: 2.5 makes 2, not 3.
+    for (const auto& [width, edges] :
+         {std::pair{21, std::vector<int>{3, 10, 17}}, std::pair{15, std::vector<int>{3, 8, 13}}}) {
+        SpectrumView v;
+        v.setPlotSize(width, 100);
+        v.Resized(st, f);
+        std::vector<int> lit;
+        for (int x = 0; x < width; ++x)
+            if (v.surface().pixel(x, 99) == kLine) lit.push_back(x);
+        EXPECT_EQ(lit, edges) << "plot " << width << " wide";
+    }
+}
+
 TEST(SpectrumView, AHiddenGridPaintsItsPlacesInTheBackground) {
     ProgramState st = plotState();
     st.FFT_ShowGrid = 0;

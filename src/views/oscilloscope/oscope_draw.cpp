@@ -11,6 +11,7 @@
 #include <cstdint>
 #include <exception>
 #include <limits>
+#include <utility>
 
 namespace kv::oscope {
 
@@ -28,17 +29,25 @@ bool fitsInt16(double v) {
 
 // ---- Sample step -------------------------------------------------------------------------------
 
-void OscopeView::computeSampleStep() {
-    const ProgramState& s = st();
-    PixelsPerSample = GraphWidth / float(ViewSamples);
-    if (GraphWidth <= float(s.Sp_Samples)) {
+SampleStepChoice chooseSampleStep(float graphWidth, int32_t viewSamples, int32_t Sp_Samples) {
+    SampleStepChoice c;
+    c.PixelsPerSample = graphWidth / float(viewSamples);
+    if (graphWidth <= float(Sp_Samples)) {
         // About one drawn point per pixel: every SampleStep-th sample, picked, not averaged.
-        SampleStep = std::max(1, rnd(double(s.Sp_Samples) / GraphWidth));
-        PixelsPerSample = f32(GraphWidth / (double(s.Sp_Samples) / SampleStep));
+        c.SampleStep = std::max(1, rnd(double(Sp_Samples) / graphWidth));
+        c.PixelsPerSample = f32(graphWidth / (double(Sp_Samples) / c.SampleStep));
     } else {
-        SampleStep = 1;
+        c.SampleStep = 1;
     }
-    PointCapacity = toInt16(double(s.Sp_Samples) / SampleStep);
+    c.PointCapacity = toInt16(double(Sp_Samples) / c.SampleStep);
+    return c;
+}
+
+void OscopeView::computeSampleStep() {
+    const SampleStepChoice c = chooseSampleStep(GraphWidth_, ViewSamples_, st().Sp_Samples);
+    SampleStep_ = c.SampleStep;
+    PixelsPerSample_ = c.PixelsPerSample;
+    PointCapacity_ = c.PointCapacity;
 }
 
 // ---- Draw ------------------------------------------------------------------------------------
@@ -51,70 +60,75 @@ void OscopeView::Draw() {
 
     // Erase by drawing the old polyline again in the background colour: whatever else was
     // painted on the picture stays.
-    if (TracePointCount > 1)
-        g.polyline(TracePoints.data(), std::min(size_t(TracePointCount - 1), TracePoints.size()),
+    if (TracePointCount_ > 1)
+        g.polyline(TracePoints_.data(), std::min(size_t(TracePointCount_ - 1), TracePoints_.size()),
                    back);
 
     // The grid again, so the erase leaves no gaps in it; switched off it is painted out.
     const QRgb grid = s.ShowGrid == 1 ? colorFromIni(s.Time_GridColor) : back;
-    const int gw = int(GraphWidth), gh = int(GraphHeight);
-    for (int32_t x : VerticalLines)
+    const int gw = int(GraphWidth_), gh = int(GraphHeight_);
+    for (int32_t x : VerticalLines_)
         g.line(x, 0, x, gh, grid);
-    for (int32_t y : HorizontalLines)
+    for (int32_t y : HorizontalLines_)
         g.line(0, y, gw, y, grid);
 
-    HalfHeight = GraphHeight / 2;
-    PixelsPerCount = HalfHeight / s.ScaleBits;
+    HalfHeight_ = GraphHeight_ / 2;
+    PixelsPerCount_ = HalfHeight_ / s.ScaleBits;
     auto point = [&](size_t i, int k) {
-        const double v = double(s.TraceBuf[i]) * PixelsPerCount;
-        const int y = s.Flipped ? rnd(v + ZeroLine) : rnd(ZeroLine - v);
-        return QPoint(rnd(double(PixelsPerSample) * k), y);
+        const double v = double(s.TraceBuf[i]) * PixelsPerCount_;
+        const int y = s.Flipped ? rnd(v + ZeroLine_) : rnd(ZeroLine_ - v);
+        return QPoint(rnd(double(PixelsPerSample_) * k), y);
     };
 
-    if (!s.ZoomOn) {
-        const double capacity = roundHalfEven(double(s.Sp_Samples) / SampleStep + 1);
+    if (!ZoomOn_) {
+        const double capacity = roundHalfEven(double(s.Sp_Samples) / SampleStep_ + 1);
         if (!fitsInt16(capacity) || capacity < 1) return; // an overflow ends the draw
-        PointCapacity = int16_t(capacity);
-        TracePoints.assign(size_t(PointCapacity), QPoint());
-        TracePointCount = 1;
+        PointCapacity_ = int16_t(capacity);
+        TracePoints_.assign(size_t(PointCapacity_), QPoint());
+        TracePointCount_ = 1;
         // The loop stops at the last sample but one, which is the polyline's end point and so
         // not painted either.
         int k = 0;
-        for (int32_t i = 0; i <= s.Sp_Samples - 2; i += SampleStep, ++k) {
-            if (size_t(i) >= s.TraceBuf.size() || TracePointCount > PointCapacity) return;
-            TracePoints[size_t(TracePointCount - 1)] = point(size_t(i), k);
-            ++TracePointCount;
+        for (int32_t i = 0; i <= s.Sp_Samples - 2; i += SampleStep_, ++k) {
+            if (size_t(i) >= s.TraceBuf.size() || TracePointCount_ > PointCapacity_) return;
+            TracePoints_[size_t(TracePointCount_ - 1)] = point(size_t(i), k);
+            ++TracePointCount_;
         }
     } else {
-        const int32_t n = ZoomLast - ZoomFirst;
+        const int32_t n = ZoomLast_ - ZoomFirst_;
         if (n < 1 || !fitsInt16(n)) return;
-        TracePoints.assign(size_t(n), QPoint());
-        TracePointCount = 1;
-        PixelsPerSample = GraphWidth / float(n);
+        TracePoints_.assign(size_t(n), QPoint());
+        TracePointCount_ = 1;
+        PixelsPerSample_ = GraphWidth_ / float(n);
         int k = 0;
-        for (int32_t i = ZoomFirst; i <= ZoomLast - 1; ++i, ++k) {
+        for (int32_t i = ZoomFirst_; i <= ZoomLast_ - 1; ++i, ++k) {
             if (i < 0 || size_t(i) >= s.TraceBuf.size()) return;
-            TracePoints[size_t(TracePointCount - 1)] = point(size_t(i), k);
-            ++TracePointCount;
+            TracePoints_[size_t(TracePointCount_ - 1)] = point(size_t(i), k);
+            ++TracePointCount_;
         }
     }
-    g.polyline(TracePoints.data(), size_t(TracePointCount - 1), line);
+    g.polyline(TracePoints_.data(), size_t(TracePointCount_ - 1), line);
 
-    if (s.AnalysOn) {
+    if (AnalysOn_) {
         MaxMin();
         ProzessingAmp();
     }
     if (s.TimeRefOn) {
-        if (s.TimeRef1On) g.polyline(TimeRef1Points, colorFromIni(s.Osc1Color));
-        if (s.TimeRef2On) g.polyline(TimeRef2Points, colorFromIni(s.Osc2Color));
+        if (s.TimeRef1On) g.polyline(TimeRef1Points_, colorFromIni(s.Osc1Color));
+        if (s.TimeRef2On) g.polyline(TimeRef2Points_, colorFromIni(s.Osc2Color));
     }
+}
+
+void OscopeView::setReferencePoints(std::vector<QPoint> ref1, std::vector<QPoint> ref2) {
+    TimeRef1Points_ = std::move(ref1);
+    TimeRef2Points_ = std::move(ref2);
 }
 
 // ---- Moving through the data --------------------------------------------------------------------
 
 void OscopeView::ScrollNu() {
     ProgramState& s = st();
-    const int value = HS.Value;
+    const int value = HS_.Value;
     const bool idle = s.Idle;
     // Moving forward again brings back a Peak-hold that a move back suspended.
     if (idle && value > s.TracePos && s.PeakHoldSuspended) s.ModeFFT = 3;
@@ -134,24 +148,17 @@ void OscopeView::ScrollNu() {
 
 void OscopeView::HS_Change() {
     if (st().Idle) ScrollNu();
-    if (st().KursorOn) KursorRefresh();
-}
-
-void OscopeView::setScrollValue(int value) {
-    value = std::clamp(value, HS.Min, std::max(HS.Min, HS.Max));
-    if (value == HS.Value) return;
-    HS.Value = value;
-    HS_Change();
+    if (KursorOn_) KursorRefresh();
 }
 
 void OscopeView::TimerDraw() {
     const ProgramState& s = st();
     if (s.TracePos == 0)
-        setScrollValue(0);
-    else if (s.TracePos > HS.Max)
-        setScrollValue(HS.Max);
+        scrolled(0);
+    else if (s.TracePos > HS_.Max)
+        scrolled(HS_.Max);
     else
-        setScrollValue(s.TracePos);
+        scrolled(s.TracePos);
     Draw();
 }
 
@@ -166,47 +173,47 @@ void OscopeView::setMenuChecks(bool zoomIn, bool zoomOut, bool noZoom) {
 }
 
 void OscopeView::zoomLabels() {
-    ProgramState& s = st();
-    const double span = double(ZoomTimeLast) - ZoomTimeFirst;
+    const double span = double(ZoomTimeLast_) - ZoomTimeFirst_;
     for (int i = 0; i <= 10; ++i)
-        setText(lblX[size_t(i)], formatPicture(f32(ZoomTimeFirst + i * span / 10), "##0.00"));
-    setText(Label1, shortestText(throughPicture(f32(span / 10), "0.##")) + TimeUnit + "/" + "div");
-    Label1.left = graphRect.left() + (graphRect.width() - Label1.width) / 2;
-    TimeSpan = f32(span);
-    s.TimeRangeText = lblX[10].text + " " + TimeUnit;
-    cmd().timeRangeText = s.TimeRangeText;
-    cmd().panel(5) = "Time Range: " + s.TimeRangeText;
+        setText(lblX_[size_t(i)], formatPicture(f32(ZoomTimeFirst_ + i * span / 10), "##0.00"));
+    setText(Label1_,
+            shortestText(throughPicture(f32(span / 10), "0.##")) + TimeUnit_ + "/" + "div");
+    Label1_.left = graphRect_.left() + (graphRect_.width() - Label1_.width) / 2;
+    TimeSpan_ = f32(span);
+    TimeRangeText_ = lblX_[10].text + " " + TimeUnit_;
+    cmd().timeRangeText = TimeRangeText_;
+    cmd().panel(5) = "Time Range: " + TimeRangeText_;
     cmd().touch();
 }
 
 void OscopeView::restoreZoomRow(size_t row) {
-    ZoomFirst = toInt32(Val(lstZoomStart[row]));
-    ZoomLast = toInt32(Val(lstZoomEnd[row]));
-    ViewSamples = ZoomLast - ZoomFirst;
-    ZoomTimeFirst = f32(Val(lstX_start[row]));
-    ZoomTimeLast = f32(Val(lstX_end[row]));
-    st().ViewStartTime = ZoomTimeFirst;
+    ZoomFirst_ = toInt32(Val(lstZoomStart_[row]));
+    ZoomLast_ = toInt32(Val(lstZoomEnd_[row]));
+    ViewSamples_ = ZoomLast_ - ZoomFirst_;
+    ZoomTimeFirst_ = f32(Val(lstX_start_[row]));
+    ZoomTimeLast_ = f32(Val(lstX_end_[row]));
+    ViewStartTime_ = ZoomTimeFirst_;
     zoomLabels();
 }
 
 void OscopeView::mnuZoomIn() {
     ProgramState& s = st();
-    s.ZoomOn = true;
+    ZoomOn_ = true;
     // A row for the whole trace; pressed again, the command adds another such row.
-    lstZoomStart.push_back("0");
-    lstZoomEnd.push_back(std::to_string(s.Sp_Samples - 1));
-    lstX_start.push_back(shortestText(s.ViewStartTime));
-    lstX_end.push_back(shortestText(Val(lblX[10].text)));
-    imgZoomVisible = true;
-    imgZoomPicture = "\\ico\\zoom_plus.ico";
-    s.MouseDrawing = true;
+    lstZoomStart_.push_back("0");
+    lstZoomEnd_.push_back(std::to_string(s.Sp_Samples - 1));
+    lstX_start_.push_back(shortestText(ViewStartTime_));
+    lstX_end_.push_back(shortestText(Val(lblX_[10].text)));
+    imgZoomVisible_ = true;
+    imgZoomPicture_ = "\\ico\\zoom_plus.ico";
+    MouseDrawing_ = true;
     setMenuChecks(true, false, false);
     cmd().enable("mnuZoomOut");
 }
 
 void OscopeView::mnuZoomOut() {
-    if (!st().ZoomOn) return;
-    imgZoomPicture = "\\ico\\zoom_minus.ico";
+    if (!ZoomOn_) return;
+    imgZoomPicture_ = "\\ico\\zoom_minus.ico";
     setMenuChecks(false, true, false);
     ZoomBack();
 }
@@ -215,56 +222,56 @@ void OscopeView::ZoomBack() {
     ProgramState& s = st();
     if (zoomDepth() <= 1) {
         NoZoom();
-        s.ZoomOn = false;
+        ZoomOn_ = false;
         CountTime();
         return;
     }
     const size_t r = zoomDepth() - 1;
     restoreZoomRow(r - 1);
-    lstZoomStart.pop_back();
-    lstZoomEnd.pop_back();
-    lstX_start.pop_back();
-    lstX_end.pop_back();
-    PixelsPerSample = GraphWidth / float(ViewSamples);
-    HalfHeight = GraphHeight / 2;
-    PixelsPerCount = HalfHeight / s.ScaleBits;
+    lstZoomStart_.pop_back();
+    lstZoomEnd_.pop_back();
+    lstX_start_.pop_back();
+    lstX_end_.pop_back();
+    PixelsPerSample_ = GraphWidth_ / float(ViewSamples_);
+    HalfHeight_ = GraphHeight_ / 2;
+    PixelsPerCount_ = HalfHeight_ / s.ScaleBits;
     Draw();
     if (zoomDepth() == 1) {
         // Back at the whole trace. NoZoom restores it from the one row left (sample step and
         // all) before the stack is emptied, so that later draws are decimated as before the
         // zoom instead of spreading the whole trace at the zoom's pixel spacing.
         NoZoom();
-        s.ZoomOn = false;
-        lstZoomStart.clear();
-        lstZoomEnd.clear();
-        lstX_start.clear();
-        lstX_end.clear();
+        ZoomOn_ = false;
+        lstZoomStart_.clear();
+        lstZoomEnd_.clear();
+        lstX_start_.clear();
+        lstX_end_.clear();
         return; // NoZoom has refreshed the cursors
     }
-    if (s.KursorOn) KursorRefresh();
+    if (KursorOn_) KursorRefresh();
 }
 
 void OscopeView::NoZoom() {
     ProgramState& s = st();
     if (zoomDepth() > 0) {
         restoreZoomRow(0);
-        lstZoomStart.clear();
-        lstZoomEnd.clear();
-        lstX_start.clear();
-        lstX_end.clear();
-        ViewSamples = s.Sp_Samples;
+        lstZoomStart_.clear();
+        lstZoomEnd_.clear();
+        lstX_start_.clear();
+        lstX_end_.clear();
+        ViewSamples_ = s.Sp_Samples;
         // The point array keeps the zoomed polyline until Draw has erased it with it, and is
-        // made afresh there for PointCapacity points.
+        // made afresh there for PointCapacity_ points.
         computeSampleStep();
         GridLines();
-        s.ZoomOn = false;
+        ZoomOn_ = false;
         Draw();
     }
-    s.ZoomOn = false;
-    imgZoomVisible = false;
-    if (HS.Max >= 2) HS.Enabled = true;
+    ZoomOn_ = false;
+    imgZoomVisible_ = false;
+    if (HS_.Max >= 2) HS_.Enabled = true;
     setMenuChecks(false, false, true);
-    if (s.KursorOn) KursorRefresh();
+    if (KursorOn_) KursorRefresh();
 }
 
 void OscopeView::mnuFlip() {
@@ -275,7 +282,7 @@ void OscopeView::mnuFlip() {
     cmd().panel(9) = s.Flipped ? "Waveform flipped." : "";
     cmd().touch();
     Draw();
-    if (s.KursorOn) Kursor();
+    if (KursorOn_) Kursor();
 }
 
 // ---- Pointer
@@ -284,92 +291,90 @@ void OscopeView::mnuFlip() {
 float OscopeView::pointerTimeFromLabel(int x) const {
     // The end of the view as the axis shows it: what the pointer says never contradicts the
     // label under it.
-    const double end = Val(lblX[10].text);
-    const float perPixel = f32((end - st().ViewStartTime) / GraphWidth);
-    return f32(double(perPixel) * x + st().ViewStartTime);
+    const double end = Val(lblX_[10].text);
+    const float perPixel = f32((end - ViewStartTime_) / GraphWidth_);
+    return f32(double(perPixel) * x + ViewStartTime_);
 }
 
 float OscopeView::amplitudeAtRow(int row, float centre) const {
-    if (float(row) > centre) return f32(-((row - double(centre)) * AmpPerPixel));
-    if (float(row) < centre) return f32((double(centre) - row) * AmpPerPixel);
+    if (float(row) > centre) return f32(-((row - double(centre)) * AmpPerPixel_));
+    if (float(row) < centre) return f32((double(centre) - row) * AmpPerPixel_);
     return 0.0f;
 }
 
 void OscopeView::pointerTexts(int y) {
     // The time as the pointer stands, and the amplitude of its row on the rounded grid.
-    setText(lblTime, formatPicture(PointerTime, "0.##"));
-    setText(lblMyTm, lblTime.text + " " + TimeUnit);
-    lblMyTm.left = graphRect.right() + 1 - lblMyTm.width;
-    AmpPerPixel = f32(double(DivValue) / (HorizontalLines[1] - HorizontalLines[0]));
-    PointerAmp = amplitudeAtRow(y, ZeroLine);
-    setText(lblAmp, amplitudeText(PointerAmp, st().ShowVertical == 2));
-    setText(lbldB, "Ampl: " + lblAmp.text + " " + lblText.text);
-    lbldB.left = lblMyTm.left - 10 - lbldB.width;
+    setText(lblTime_, formatPicture(PointerTime_, "0.##"));
+    setText(lblMyTm_, lblTime_.text + " " + TimeUnit_);
+    lblMyTm_.left = graphRect_.right() + 1 - lblMyTm_.width;
+    AmpPerPixel_ = f32(double(DivValue_) / (HorizontalLines_[1] - HorizontalLines_[0]));
+    PointerAmp_ = amplitudeAtRow(y, ZeroLine_);
+    setText(lblAmp_, amplitudeText(PointerAmp_, st().ShowVertical == 2));
+    setText(lbldB_, "Ampl: " + lblAmp_.text + " " + lblText_.text);
+    lbldB_.left = lblMyTm_.left - 10 - lbldB_.width;
 }
 
 void OscopeView::picGraph_MouseMove(int buttons, int x, int y) {
     ProgramState& s = st();
-    if (x < 0 || y < 0 || x >= graphRect.width() || y >= graphRect.height()) return;
-    pointerX = x;
-    pointerY = y;
-    GraphWidth = float(graphRect.width());
-    TimePerPixel = f32((Val(lblX[10].text) - s.ViewStartTime) / GraphWidth);
-    PointerTime = pointerTimeFromLabel(x);
-    if (s.ZoomOn && (buttons & RightButton)) {
-        if (x - shZoom.left() > 0) shZoom.setWidth(x - shZoom.left());
-        ZoomGrabLast = rnd(double(ViewSamples) / GraphWidth * x);
-        ZoomLast = std::min(ZoomFirst + ZoomGrabLast, s.Sp_Samples - 1);
-        ZoomTimeLast = f32(throughPicture(PointerTime, "0.##"));
+    if (x < 0 || y < 0 || x >= graphRect_.width() || y >= graphRect_.height()) return;
+    pointerX_ = x;
+    pointerY_ = y;
+    GraphWidth_ = float(graphRect_.width());
+    TimePerPixel_ = f32((Val(lblX_[10].text) - ViewStartTime_) / GraphWidth_);
+    PointerTime_ = pointerTimeFromLabel(x);
+    if (ZoomOn_ && (buttons & RightButton)) {
+        if (x - shZoom_.left() > 0) shZoom_.setWidth(x - shZoom_.left());
+        ZoomGrabLast_ = rnd(double(ViewSamples_) / GraphWidth_ * x);
+        ZoomLast_ = std::min(ZoomFirst_ + ZoomGrabLast_, s.Sp_Samples - 1);
+        ZoomTimeLast_ = f32(throughPicture(PointerTime_, "0.##"));
     }
-    if (!s.MouseDrawing) return;
-    lnPec_V = lnPec_G = true;
+    if (!MouseDrawing_) return;
+    lnPec_V_ = lnPec_G_ = true;
     pointerTexts(y);
 }
 
 void OscopeView::picGraph_MouseDown(int button, int x, int y) {
-    ProgramState& s = st();
-    pointerX = x;
-    pointerY = y;
-    if (button == RightButton && s.ZoomOn) {
-        ZoomGrabFirst = rnd(double(ViewSamples) / GraphWidth * x);
-        shZoom = QRect(x, 0, 0, graphRect.height());
-        shZoomVisible = true;
+    pointerX_ = x;
+    pointerY_ = y;
+    if (button == RightButton && ZoomOn_) {
+        ZoomGrabFirst_ = rnd(double(ViewSamples_) / GraphWidth_ * x);
+        shZoom_ = QRect(x, 0, 0, graphRect_.height());
+        shZoomVisible_ = true;
     }
     if (button == LeftButton) {
-        s.MouseDrawing = true;
-        lnPec_V = lnPec_G = true;
+        MouseDrawing_ = true;
+        lnPec_V_ = lnPec_G_ = true;
     }
-    if (s.ZoomOn) {
-        PointerTime = pointerTimeFromLabel(x);
+    if (ZoomOn_) {
+        PointerTime_ = pointerTimeFromLabel(x);
     } else {
-        TimePerPixel = TimeSpan / GraphWidth;
-        PointerTime = f32(double(TimePerPixel) * x + s.ViewStartTime);
+        TimePerPixel_ = TimeSpan_ / GraphWidth_;
+        PointerTime_ = f32(double(TimePerPixel_) * x + ViewStartTime_);
     }
     pointerTexts(y);
-    if (s.ZoomOn) ZoomTimeFirst = f32(throughPicture(PointerTime, "0.##"));
-    lblMyTm.visible = lbldB.visible = true;
+    if (ZoomOn_) ZoomTimeFirst_ = f32(throughPicture(PointerTime_, "0.##"));
+    lblMyTm_.visible = lbldB_.visible = true;
 }
 
 void OscopeView::picGraph_MouseUp(int button, int, int) {
-    ProgramState& s = st();
-    lbldB.visible = lblMyTm.visible = false;
-    lnPec_V = lnPec_G = false;
-    shZoomVisible = false;
-    // A drag from right to left has ZoomGrabLast below ZoomGrabFirst and makes no zoom.
-    if (s.ZoomOn && button == RightButton && ZoomGrabLast - ZoomGrabFirst >= 1) {
-        ZoomFirst += ZoomGrabFirst;
-        lstX_end.push_back(shortestText(ZoomTimeLast));
-        lstX_start.push_back(shortestText(ZoomTimeFirst));
-        lstZoomStart.push_back(std::to_string(ZoomFirst));
-        lstZoomEnd.push_back(std::to_string(ZoomLast));
-        s.ViewStartTime = ZoomTimeFirst;
-        ViewSamples = ZoomLast - ZoomFirst;
+    lbldB_.visible = lblMyTm_.visible = false;
+    lnPec_V_ = lnPec_G_ = false;
+    shZoomVisible_ = false;
+    // A drag from right to left has ZoomGrabLast_ below ZoomGrabFirst_ and makes no zoom.
+    if (ZoomOn_ && button == RightButton && ZoomGrabLast_ - ZoomGrabFirst_ >= 1) {
+        ZoomFirst_ += ZoomGrabFirst_;
+        lstX_end_.push_back(shortestText(ZoomTimeLast_));
+        lstX_start_.push_back(shortestText(ZoomTimeFirst_));
+        lstZoomStart_.push_back(std::to_string(ZoomFirst_));
+        lstZoomEnd_.push_back(std::to_string(ZoomLast_));
+        ViewStartTime_ = ZoomTimeFirst_;
+        ViewSamples_ = ZoomLast_ - ZoomFirst_;
         zoomLabels();
         Draw();
-        if (s.KursorOn) KursorRefresh();
+        if (KursorOn_) KursorRefresh();
     }
-    s.MouseDrawing = false;
-    lblTime.visible = lblAmp.visible = false;
+    MouseDrawing_ = false;
+    lblTime_.visible = lblAmp_.visible = false;
 }
 
 } // namespace kv::oscope

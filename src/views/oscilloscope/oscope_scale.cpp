@@ -8,6 +8,8 @@
 #include <QFontMetrics>
 #include <algorithm>
 #include <cmath>
+#include <string_view>
+#include <utility>
 
 namespace kv::oscope {
 
@@ -32,17 +34,17 @@ const char* const kViewMenus[] = {"mnuZoomIn", "mnuZoomOut", "mnuNoZoom", "mnuVe
 } // namespace
 
 OscopeView::OscopeView(Workbench& wb) : wb_(wb) {
-    for (size_t i = 0; i < lblK.size(); ++i) {
-        lblK[i].width = kHandleWidth;
-        lblK[i].height = kHandleHeight;
-        lblK[i].visible = false;
-        lblK[i].text = std::to_string(i + 1);
+    for (size_t i = 0; i < lblK_.size(); ++i) {
+        lblK_[i].width = kHandleWidth;
+        lblK_[i].height = kHandleHeight;
+        lblK_[i].visible = false;
+        lblK_[i].text = std::to_string(i + 1);
     }
-    for (auto& l : lblMarker1)
+    for (auto& l : lblMarker1_)
         l.visible = false;
-    for (auto& l : An)
+    for (auto& l : An_)
         l.visible = false;
-    for (Label* l : {&lblTime, &lblAmp, &lblMyTm, &lbldB})
+    for (Label* l : {&lblTime_, &lblAmp_, &lblMyTm_, &lbldB_})
         l->visible = false;
 }
 
@@ -57,58 +59,59 @@ CommandState& OscopeView::cmd() const {
 // ---- Load, resize, unload ------------------------------------------------------------------
 
 void OscopeView::placeGraph(int w, int h) {
-    formWidth = std::max(w, kMinFormWidth);
-    formHeight = std::max(h, kMinFormHeight);
-    graphRect = QRect(kGraphLeft, kGraphTop, formWidth - kWidthMargin, formHeight - kHeightMargin);
-    GraphWidth = float(graphRect.width());
-    GraphHeight = float(graphRect.height());
-    HS.rect = QRect(graphRect.left(), graphRect.top() + graphRect.height() + 2, graphRect.width(),
-                    kScrollHeight);
-    const int capH = std::min(160, graphRect.height());
-    picTextRect = QRect(6, graphRect.top() + (graphRect.height() - capH) / 2, 20, capH);
+    formWidth_ = std::max(w, kMinFormWidth);
+    formHeight_ = std::max(h, kMinFormHeight);
+    graphRect_ =
+        QRect(kGraphLeft, kGraphTop, formWidth_ - kWidthMargin, formHeight_ - kHeightMargin);
+    GraphWidth_ = float(graphRect_.width());
+    GraphHeight_ = float(graphRect_.height());
+    HS_.rect = QRect(graphRect_.left(), graphRect_.top() + graphRect_.height() + 2,
+                     graphRect_.width(), kScrollHeight);
+    const int capH = std::min(160, graphRect_.height());
+    picTextRect_ = QRect(6, graphRect_.top() + (graphRect_.height() - capH) / 2, 20, capH);
 }
 
 void OscopeView::setUnitAndAmpFactor() {
     ProgramState& s = st();
     if (s.ShowVertical == 1) {
-        if (!s.IsSht) AmpFactor = f32(double(s.ScaleVolt) / 2 / s.ScaleBits);
-        txtText = "Volt";
-        setText(lblText, "Volt");
+        if (!s.IsSht) AmpFactor_ = f32(double(s.ScaleVolt) / 2 / s.ScaleBits);
+        txtText_ = "Volt";
+        setText(lblText_, "Volt");
     } else if (s.ShowVertical == 2) {
-        AmpFactor = 1.0f;
-        txtText = "Bits";
-        setText(lblText, "Bits");
+        AmpFactor_ = 1.0f;
+        txtText_ = "Bits";
+        setText(lblText_, "Bits");
     }
     if (s.IsSht) {
-        AmpFactor = 1.0f;
-        txtText = "Volt";
-        setText(lblText, "Volt");
+        AmpFactor_ = 1.0f;
+        txtText_ = "Volt";
+        setText(lblText_, "Volt");
     }
 }
 
 void OscopeView::Form_Load(int w, int h) {
     ProgramState& s = st();
-    ZoomFirst = 0;
-    ZoomLast = s.Sp_Samples - 1;
+    ZoomFirst_ = 0;
+    ZoomLast_ = s.Sp_Samples - 1;
     s.ActiveView = 1;
     s.TimeRefOn = false;
-    s.ZoomOn = false;
-    s.AnalysOn = false;
+    ZoomOn_ = false;
+    AnalysOn_ = false;
     s.OscOpen = true;
-    ViewSamples = s.Sp_Samples;
+    ViewSamples_ = s.Sp_Samples;
     s.ScaleVolt = s.Reference;
     Invert();
     setUnitAndAmpFactor();
     placeGraph(w, h);
-    picGraph_.resize(graphRect.width(), graphRect.height(), colorFromIni(s.Time_BackColor));
+    picGraph_.resize(graphRect_.width(), graphRect_.height(), colorFromIni(s.Time_BackColor));
     ShowYText();
     GridLines();
-    HS.Min = 0;
-    HS.Max = s.LastTrace;
-    if (s.TracePos > HS.Max) s.TracePos = int16_t(HS.Max);
+    HS_.Min = 0;
+    HS_.Max = s.LastTrace;
+    if (s.TracePos > HS_.Max) s.TracePos = int16_t(HS_.Max);
     if (s.TracePos < 0) s.TracePos = 0;
-    HS.Value = s.TracePos;
-    HS.Enabled = s.TraceCount != 1;
+    HS_.Value = s.TracePos;
+    HS_.Enabled = s.TraceCount != 1;
     CountTime();
     CountAmpl();
     GridLines();
@@ -117,32 +120,59 @@ void OscopeView::Form_Load(int w, int h) {
 void OscopeView::Form_Resize(int w, int h) {
     ProgramState& s = st();
     placeGraph(w, h);
-    ZeroLine = GraphHeight / 2;
+    ZeroLine_ = GraphHeight_ / 2;
     placeKursorHandles();
-    ViewSamples = s.ZoomOn ? ZoomLast - ZoomFirst : s.Sp_Samples;
+    ViewSamples_ = ZoomOn_ ? ZoomLast_ - ZoomFirst_ : s.Sp_Samples;
     GridLines();
     HideXLabels();
     HideYLabels();
-    AmpPerPixel = f32(double(DivValue) / (HorizontalLines[1] - HorizontalLines[0]));
+    AmpPerPixel_ = f32(double(DivValue_) / (HorizontalLines_[1] - HorizontalLines_[0]));
     computeSampleStep();
-    HalfHeight = GraphHeight / 2;
-    picGraph_.resize(graphRect.width(), graphRect.height(), colorFromIni(s.Time_BackColor));
+    HalfHeight_ = GraphHeight_ / 2;
+    picGraph_.resize(graphRect_.width(), graphRect_.height(), colorFromIni(s.Time_BackColor));
     ShowYText();
     CountTime();
-    TracePoints.assign(size_t(std::max<int16_t>(PointCapacity, 0)), QPoint());
+    TracePoints_.assign(size_t(std::max<int16_t>(PointCapacity_, 0)), QPoint());
     Draw();
-    if (s.KursorOn) ReloadKursor();
+    if (KursorOn_) ReloadKursor();
 }
 
 void OscopeView::Form_Unload() {
     ProgramState& s = st();
     s.OscOpen = false;
-    s.AnalysOn = false;
+    AnalysOn_ = false;
+    // The flip is the one O-scope switch another view reads (the radargram mirrors its colours
+    // by it), so it lives in the program state and goes off here.
     s.Flipped = false;
     for (const char* m : kViewMenus)
         cmd().enable(m, false);
     cmd().check("mnuTime", false);
+    cmd().check("mnuCur", false);
+    cmd().button(83).down = false;
     cmd().touch();
+}
+
+void OscopeView::command(const std::string& name) {
+    using Command = void (OscopeView::*)();
+    static const std::pair<std::string_view, Command> kCommands[] = {
+        {"mnuZoomIn", &OscopeView::mnuZoomIn},
+        {"mnuZoomOut", &OscopeView::mnuZoomOut},
+        {"mnuNoZoom", &OscopeView::mnuNoZoom},
+        {"mnuFlip", &OscopeView::mnuFlip},
+        {"mnuMxA", &OscopeView::mnuMxA},
+        {"mnuMa", &OscopeView::mnuMa},
+        {"mnuPP", &OscopeView::mnuPP},
+        {"mnuCur", &OscopeView::mnuCur},
+        {"leaveMeasurementModes", &OscopeView::leaveMeasurementModes},
+    };
+    for (const auto& [n, run] : kCommands)
+        if (n == name) (this->*run)();
+}
+
+void OscopeView::load(int w, int h) {
+    Form_Load(w, h);
+    Form_Resize(w, h);
+    if (!st().TempPath.empty()) UpdateTime();
 }
 
 // ---- Amplitude scale -------------------------------------------------------------------------
@@ -150,37 +180,37 @@ void OscopeView::Form_Unload() {
 void OscopeView::CountAmpl() {
     ProgramState& s = st();
     if (s.IsSht) {
-        DivValue = s.ShtVoltDiv;
+        DivValue_ = s.ShtVoltDiv;
         for (int i = 0; i <= 4; ++i)
-            setText(lbly[size_t(i)], formatPicture(f32((4 - i) * double(DivValue)), "0.0"));
+            setText(lbly_[size_t(i)], formatPicture(f32((4 - i) * double(DivValue_)), "0.0"));
         for (int i = 4; i <= 8; ++i)
-            setText(lbly[size_t(i)], formatPicture(f32(-(i - 4) * double(DivValue)), "0.00"));
+            setText(lbly_[size_t(i)], formatPicture(f32(-(i - 4) * double(DivValue_)), "0.00"));
     }
     if (s.ShowVertical == 1) {
         if (s.IsSht) {
-            s.RefDel = DivValue;
+            s.RefDel = DivValue_;
         } else {
-            DivValue = s.ScaleVolt / 2 / 4;
+            DivValue_ = s.ScaleVolt / 2 / 4;
             for (int i = 0; i <= 4; ++i)
-                setText(lbly[size_t(i)], formatPicture(f32((4 - i) * double(DivValue)), "0.00"));
+                setText(lbly_[size_t(i)], formatPicture(f32((4 - i) * double(DivValue_)), "0.00"));
             for (int i = 4; i <= 8; ++i)
-                setText(lbly[size_t(i)], formatPicture(f32(-(i - 4) * double(DivValue)), "0.00"));
-            s.RefDel = DivValue;
+                setText(lbly_[size_t(i)], formatPicture(f32(-(i - 4) * double(DivValue_)), "0.00"));
+            s.RefDel = DivValue_;
         }
     }
     if (s.ShowVertical == 2) {
         // The lower half runs one count further than the upper: a 16-bit range is -32768..32767.
-        DivValue = s.ScaleBits / 4;
+        DivValue_ = s.ScaleBits / 4;
         for (int i = 0; i <= 4; ++i)
-            setText(lbly[size_t(i)], floatText(Fix(f32(s.ScaleBits - i * double(DivValue)))));
+            setText(lbly_[size_t(i)], floatText(Fix(f32(s.ScaleBits - i * double(DivValue_)))));
         for (int i = 4; i <= 8; ++i) {
             const int j = i - 4;
-            setText(lbly[size_t(i)], floatText(Fix(f32(-(j * double(DivValue)) - 1))));
+            setText(lbly_[size_t(i)], floatText(Fix(f32(-(j * double(DivValue_)) - 1))));
         }
-        setText(lbly[4], "0");
+        setText(lbly_[4], "0");
     }
-    const double d = lblText.text == "Bits" ? Fix(DivValue) : throughPicture(DivValue, "##.00");
-    txtText = shortestText(d) + " " + lblText.text + " " + "/Div";
+    const double d = lblText_.text == "Bits" ? Fix(DivValue_) : throughPicture(DivValue_, "##.00");
+    txtText_ = shortestText(d) + " " + lblText_.text + " " + "/Div";
     ShowYText();
 }
 
@@ -189,60 +219,60 @@ void OscopeView::CountNewAmp() {
     const double v = s.RefDel;
     if (s.ShowVertical == 1) {
         for (int i = 0; i <= 4; ++i)
-            setText(lbly[size_t(i)], formatPicture(f32((4 - i) * v), "0.00"));
+            setText(lbly_[size_t(i)], formatPicture(f32((4 - i) * v), "0.00"));
         for (int i = 4; i <= 8; ++i)
-            setText(lbly[size_t(i)], formatPicture(f32(-(i - 4) * v), "0.00"));
+            setText(lbly_[size_t(i)], formatPicture(f32(-(i - 4) * v), "0.00"));
     } else if (s.ShowVertical == 2) {
         for (int i = 0; i <= 4; ++i)
-            setText(lbly[size_t(i)], floatText(Fix(f32((4 - i) * v))));
+            setText(lbly_[size_t(i)], floatText(Fix(f32((4 - i) * v))));
         for (int i = 4; i <= 8; ++i)
-            setText(lbly[size_t(i)], floatText(Fix(f32(-(i - 4) * v))));
+            setText(lbly_[size_t(i)], floatText(Fix(f32(-(i - 4) * v))));
     }
     placeYLabels();
 }
 
 void OscopeView::placeYLabels() {
-    for (auto& l : lbly)
-        l.left = graphRect.left() - 2 - l.width;
+    for (auto& l : lbly_)
+        l.left = graphRect_.left() - 2 - l.width;
 }
 
 void OscopeView::ShowYText() {
-    picText_.resize(std::max(picTextRect.width(), 1), std::max(picTextRect.height(), 1),
+    picText_.resize(std::max(picTextRect_.width(), 1), std::max(picTextRect_.height(), 1),
                     kFormBackColor);
     picText_.textRotated(picText_.width() / 2, picText_.height() / 2,
-                         QString::fromStdString(txtText), qRgb(0, 0, 0), 13,
+                         QString::fromStdString(txtText_), qRgb(0, 0, 0), 13,
                          QStringLiteral("Arial"));
 }
 
 // ---- Grid ------------------------------------------------------------------------------------
 
 void OscopeView::GridLines() {
-    const float rowStep = GraphHeight / 8;
-    const float colStep = GraphWidth / 10;
-    HorizontalLines = {};
+    const float rowStep = GraphHeight_ / 8;
+    const float colStep = GraphWidth_ / 10;
+    HorizontalLines_ = {};
     for (int i = 0; i <= 6; ++i)
-        HorizontalLines[size_t(i)] = rnd(f32((i + 1) * double(rowStep)));
+        HorizontalLines_[size_t(i)] = rnd(f32((i + 1) * double(rowStep)));
     for (int i = 0; i <= 8; ++i) {
-        Label& l = lbly[size_t(i)];
-        l.left = graphRect.left() - 2 - l.width;
-        l.top = rnd(graphRect.top() + double(rowStep) * i - l.height / 2.0);
+        Label& l = lbly_[size_t(i)];
+        l.left = graphRect_.left() - 2 - l.width;
+        l.top = rnd(graphRect_.top() + double(rowStep) * i - l.height / 2.0);
     }
-    VerticalLines = {};
+    VerticalLines_ = {};
     for (int i = 0; i <= 9; ++i)
-        VerticalLines[size_t(i)] = rnd(f32((i + 1) * double(colStep)));
-    const int tickTop = graphRect.top() + int(GraphHeight) + kScrollHeight;
+        VerticalLines_[size_t(i)] = rnd(f32((i + 1) * double(colStep)));
+    const int tickTop = graphRect_.top() + int(GraphHeight_) + kScrollHeight;
     for (int i = 0; i <= 10; ++i) {
-        const int x = rnd(graphRect.left() + i * double(colStep));
-        if (i >= 1 && i <= 9) lnLV[size_t(i)] = Tick{x, tickTop, tickTop + 10, true};
-        Label& l = lblX[size_t(i)];
+        const int x = rnd(graphRect_.left() + i * double(colStep));
+        if (i >= 1 && i <= 9) lnLV_[size_t(i)] = Tick{x, tickTop, tickTop + 10, true};
+        Label& l = lblX_[size_t(i)];
         l.left = x - l.width / 2;
         l.top = tickTop + 10 + 2;
     }
-    Label1.top = tickTop + 10 + 2 + lblX[0].height + 4;
-    Label1.left = graphRect.left() + (graphRect.width() - Label1.width) / 2;
-    lblMyTm.top = lbldB.top = Label1.top;
-    lblMyTm.left = graphRect.right() + 1 - lblMyTm.width;
-    lbldB.left = lblMyTm.left - 10 - lbldB.width;
+    Label1_.top = tickTop + 10 + 2 + lblX_[0].height + 4;
+    Label1_.left = graphRect_.left() + (graphRect_.width() - Label1_.width) / 2;
+    lblMyTm_.top = lbldB_.top = Label1_.top;
+    lblMyTm_.left = graphRect_.right() + 1 - lblMyTm_.width;
+    lbldB_.left = lblMyTm_.left - 10 - lbldB_.width;
 }
 
 // ---- Time scale -------------------------------------------------------------------------------
@@ -264,39 +294,39 @@ TimeUnitChoice chooseTimeUnit(float timePerDiv) {
 }
 
 void OscopeView::TimeUnitScale() {
-    const TimeUnitChoice c = chooseTimeUnit(TimePerDiv);
-    TimePerDiv = c.timePerDiv;
+    const TimeUnitChoice c = chooseTimeUnit(TimePerDiv_);
+    TimePerDiv_ = c.timePerDiv;
     std::string unit;
     // With no unit (a second per division or more, or below a picosecond) the exponent keeps
     // its last value and the labels simply hold seconds.
     if (c.index >= 0) {
         unit = kUnitNames[c.index];
-        TimeExponent = kUnitExponents[c.index];
+        TimeExponent_ = kUnitExponents[c.index];
     }
-    UnitFactor = std::pow(10.0, TimeExponent);
-    TimeUnit = unit;
-    setText(Label1, unit);
+    UnitFactor_ = std::pow(10.0, TimeExponent_);
+    TimeUnit_ = unit;
+    setText(Label1_, unit);
 }
 
 void OscopeView::CountTime() {
     ProgramState& s = st();
-    const double samples = s.ZoomOn ? double(ZoomLast - ZoomFirst) : double(s.Sp_Samples);
-    TimePerDiv = f32((1.0 / s.SampleRate) * samples / 10);
-    s.ViewTimeSpan = double(TimePerDiv) * 10;
+    const double samples = ZoomOn_ ? double(ZoomLast_ - ZoomFirst_) : double(s.Sp_Samples);
+    TimePerDiv_ = f32((1.0 / s.SampleRate) * samples / 10);
+    s.ViewTimeSpan = double(TimePerDiv_) * 10;
     TimeUnitScale();
-    TimeSpan = f32(double(TimePerDiv) * 10);
-    const double r = throughPicture(TimePerDiv, "0.#");
-    setText(Label1, shortestText(r) + TimeUnit + "/" + "div");
-    Label1.left = graphRect.left() + (graphRect.width() - Label1.width) / 2;
-    s.TimeRangeText = shortestText(r * 10) + " " + TimeUnit;
-    cmd().timeRangeText = s.TimeRangeText; // what the status bar shows while this view is active
+    TimeSpan_ = f32(double(TimePerDiv_) * 10);
+    const double r = throughPicture(TimePerDiv_, "0.#");
+    setText(Label1_, shortestText(r) + TimeUnit_ + "/" + "div");
+    Label1_.left = graphRect_.left() + (graphRect_.width() - Label1_.width) / 2;
+    TimeRangeText_ = shortestText(r * 10) + " " + TimeUnit_;
+    cmd().timeRangeText = TimeRangeText_; // what the status bar shows while this view is active
     for (int i = 0; i <= 10; ++i)
-        setText(lblX[size_t(i)], formatPicture(f32(i * double(TimePerDiv)), "0.0"));
+        setText(lblX_[size_t(i)], formatPicture(f32(i * double(TimePerDiv_)), "0.0"));
 }
 
 // ---- Thinning the labels ----------------------------------------------------------------------
 
-void OscopeView::HideXLabels() {
+void HideXLabels(std::array<Label, 11>& lblX) {
     for (int i = 1; i <= 9; ++i)
         lblX[size_t(i)].visible = true;
     auto hide = [&](int from, int to) {
@@ -321,7 +351,7 @@ void OscopeView::HideXLabels() {
     }
 }
 
-void OscopeView::HideYLabels() {
+void HideYLabels(std::array<Label, 9>& lbly) {
     for (int i = 0; i <= 6; ++i)
         lbly[size_t(i)].visible = true;
     auto hide = [&](std::initializer_list<int> which) {
@@ -341,43 +371,38 @@ void OscopeView::HideYLabels() {
 
 // ---- Contrast colours --------------------------------------------------------------------------
 
-namespace {
-
-// The colour that stands out on the background is whatever the platform's inversion makes of
-// it, read back from a pixel.
-std::string invertedBackColor(const ProgramState& s) {
-    Surface bg(2, 2, colorFromIni(s.Time_BackColor));
+std::string contrastColor(const std::string& backColor) {
+    // Not arithmetic: whatever the picture's inversion makes of the background, read back.
+    Surface bg(2, 2, colorFromIni(backColor));
     bg.invertRect(0, 0, 2, 2);
     return std::to_string(iniFromColor(bg.pixel(0, 0)));
 }
 
-} // namespace
-
 void OscopeView::Invert() {
-    st().KursorColor = invertedBackColor(st());
+    KursorColor_ = contrastColor(st().Time_BackColor);
 }
 
 void OscopeView::InvertText() {
-    st().TextColor = invertedBackColor(st());
+    TextColor_ = contrastColor(st().Time_BackColor);
 }
 
 // ---- Full reset -------------------------------------------------------------------------------
 
 void OscopeView::UpdateTime() {
     ProgramState& s = st();
-    GraphWidth = float(graphRect.width());
-    s.ZoomOn = false;
-    ViewSamples = s.Sp_Samples;
+    GraphWidth_ = float(graphRect_.width());
+    ZoomOn_ = false;
+    ViewSamples_ = s.Sp_Samples;
     computeSampleStep();
-    HalfHeight = GraphHeight / 2;
-    PixelsPerCount = HalfHeight / s.ScaleBits;
-    HS.Max = s.LastTrace;
-    if (s.TracePos > HS.Max) s.TracePos = int16_t(HS.Max);
+    HalfHeight_ = GraphHeight_ / 2;
+    PixelsPerCount_ = HalfHeight_ / s.ScaleBits;
+    HS_.Max = s.LastTrace;
+    if (s.TracePos > HS_.Max) s.TracePos = int16_t(HS_.Max);
     if (s.TracePos < 0) s.TracePos = 0;
-    HS.Value = s.TracePos;
+    HS_.Value = s.TracePos;
     // A picture takes a new background colour by being painted in it: what was drawn goes.
     picGraph_.fill(colorFromIni(s.Time_BackColor));
-    TracePointCount = 1;
+    TracePointCount_ = 1;
     setUnitAndAmpFactor();
     CountAmpl();
     NoZoom();
@@ -388,8 +413,8 @@ void OscopeView::UpdateTime() {
     Invert();
     CountTime();
     Draw();
-    if (s.KursorOn) ReloadKursor();
-    if (s.AnalysOn) ProzessingAmp();
+    if (KursorOn_) ReloadKursor();
+    if (AnalysOn_) ProzessingAmp();
     placeYLabels();
 }
 

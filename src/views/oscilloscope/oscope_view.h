@@ -3,10 +3,11 @@
 // the rubber-band zoom with its stack of levels, the pointer cross, two measuring cursors and
 // the maximum, minimum and peak-to-peak read-outs.
 //
-// The model owns the picture of the graph (a Surface the size of the graph) and everything laid
-// over it or around it: labels with text, position and visibility, cursor bars, the pointer
-// cross, the rubber band, the scroll bar. A widget only paints what is here and forwards mouse
-// events in pixels; renderWindow() composes the same pieces into one image offscreen.
+// The model owns the picture of the graph (a Surface the size of the graph), everything laid
+// over it or around it (labels with text, position and visibility, cursor bars, the pointer
+// cross, the rubber band, the scroll bar) and the state of this view alone: the zoom, the
+// pointer, the cursors and the read-outs. A window only paints picture(), which composes these
+// pieces into one image, and forwards mouse events in pixels.
 //
 // Coordinates: the form (the view's client area) has its origin top left; the graph sits at
 // graphRect inside it. Mouse methods named picGraph_* take graph coordinates, the others form
@@ -16,6 +17,7 @@
 #include "state/view_host.h"
 #include "views/surface.h"
 #include "views/view_label.h"
+#include "views/view_model.h"
 
 #include <QFont>
 #include <QImage>
@@ -64,6 +66,25 @@ struct TimeUnitChoice {
 };
 TimeUnitChoice chooseTimeUnit(float timePerDivSeconds);
 
+/// Every SampleStep-th sample is drawn, about one a pixel: the step, the distance of two drawn
+/// points and the points of an unzoomed trace, for a graph `graphWidth` pixels wide showing
+/// `viewSamples` of a trace of `Sp_Samples`.
+struct SampleStepChoice {
+    int32_t SampleStep = 1;
+    float PixelsPerSample = 0.0f;
+    int16_t PointCapacity = 0;
+};
+SampleStepChoice chooseSampleStep(float graphWidth, int32_t viewSamples, int32_t Sp_Samples);
+
+/// Label thinning after a resize, first rule that matches wins: the time labels when they would
+/// touch, and the upper amplitude labels when they would overlap (7 and 8 are left alone).
+void HideXLabels(std::array<Label, 11>& lblX);
+void HideYLabels(std::array<Label, 9>& lbly);
+
+/// The colour that stands out on a background (settings text of 0x00BBGGRR): whatever the
+/// picture's inversion makes of it, read back from a pixel, as settings text.
+std::string contrastColor(const std::string& backColor);
+
 /// An amplitude as the read-outs print it: whole counts in Bits mode, two decimals in volts, and
 /// a plain "0" on the centre line.
 std::string amplitudeText(float amp, bool bits);
@@ -78,16 +99,35 @@ struct RateReadout {
 RateReadout rateReadout(double dV, double dt, int16_t timeExponent, const std::string& unitName,
                         bool refreshStyle);
 
-class OscopeView {
+class OscopeView : public ViewModel {
   public:
     explicit OscopeView(Workbench& wb);
+
+    // ---- ViewModel ------------------------------------------------------------------------------
+    /// Form_Load and Form_Resize at this size, then, with a data set, the whole trace.
+    void load(int width, int height) override;
+    void resize(int width, int height) override { Form_Resize(width, height); }
+    void unload() override { Form_Unload(); }
+    void redraw() override { UpdateTime(); }
+    void traceChanged() override { TimerDraw(); }
+    /// The menu commands of this view ("mnuZoomIn", "mnuZoomOut", "mnuNoZoom", "mnuFlip",
+    /// "mnuMxA", "mnuMa", "mnuPP", "mnuCur") and "leaveMeasurementModes", which the transport
+    /// buttons send: the maximum, minimum and peak-to-peak read-outs go off.
+    void command(const std::string& name) override;
+    /// The whole view as the user sees it: graph, labels, cursors, pointer, scroll bar.
+    QImage picture() const override;
+    /// Sends a press to a cursor handle when one is under it, else to the graph.
+    void mousePress(int button, int x, int y) override;
+    void mouseMove(int buttons, int x, int y) override;
+    void mouseRelease(int button, int x, int y) override;
 
     // ---- Life of the view -------------------------------------------------------------------
     /// Loads the view into a form of this size (pixels); a Form_Resize follows, as a shown
     /// window gets one.
     void Form_Load(int formWidth, int formHeight);
     void Form_Resize(int formWidth, int formHeight);
-    /// The view goes away: its flags and commands go with it.
+    /// The view goes away: the flip, the cursors and the read-outs go off with it, and so do the
+    /// commands it served.
     void Form_Unload();
 
     // ---- Scales -------------------------------------------------------------------------------
@@ -99,8 +139,10 @@ class OscopeView {
     void UpdateTime();
     void CountTime();
     void TimeUnitScale();
-    void HideXLabels();
-    void HideYLabels();
+    void HideXLabels() { oscope::HideXLabels(lblX_); }
+    void HideYLabels() { oscope::HideYLabels(lbly_); }
+    /// The contrast colour of the background for the cursors and read-outs (KursorColor) and for
+    /// text annotations (TextColor).
     void Invert();
     void InvertText();
 
@@ -110,13 +152,11 @@ class OscopeView {
     /// other open views show it.
     void ScrollNu();
     /// The scroll bar's change event.
-    void HS_Change();
-    /// Puts the scroll bar on `value`; a change fires HS_Change as a scroll bar does.
-    void setScrollValue(int value);
+    void HS_Change() override;
     /// Playback: the scroll bar follows TracePos and the trace is drawn.
     void TimerDraw();
-    /// Horizontal sample step and pixels per sample for ViewSamples.
-    void computeSampleStep();
+    /// The two reference traces in graph pixels, as the references prepare them.
+    void setReferencePoints(std::vector<QPoint> ref1, std::vector<QPoint> ref2);
 
     // ---- Zoom and flip ------------------------------------------------------------------------
     void mnuZoomIn();
@@ -125,8 +165,6 @@ class OscopeView {
     void ZoomBack();
     void NoZoom();
     void mnuFlip();
-    /// Rows in the zoom stack.
-    size_t zoomDepth() const { return lstZoomStart.size(); }
 
     // ---- Pointer (graph coordinates) ----------------------------------------------------------
     void picGraph_MouseDown(int button, int x, int y);
@@ -138,9 +176,6 @@ class OscopeView {
     void KursorMeasure();
     void ReloadKursor();
     void KursorRefresh();
-    /// First row from the top in column KursorColumn with exactly the trace colour; none leaves
-    /// KursorRow as it was.
-    void scanKursorColumn();
     /// A press on cursor handle `index` (form coordinates) starts its drag.
     void lblK_MouseDown(int index, int button, int x, int y);
     void Form_MouseMove(int buttons, int x, int y);
@@ -152,18 +187,10 @@ class OscopeView {
     void mnuMa();
     void mnuPP();
     void mnuCur();
-
-    // ---- Mouse routing for a widget (form coordinates) ----------------------------------------
-    /// Sends a press to a cursor handle when one is under it, else to the graph.
-    void mousePress(int button, int x, int y);
-    void mouseMove(int buttons, int x, int y);
-    void mouseRelease(int button, int x, int y);
     /// Index of the cursor handle under (x, y), -1 when none.
     int handleAt(int x, int y) const;
 
-    // ---- Output -----------------------------------------------------------------------------
-    /// The whole view as the user sees it: graph, labels, cursors, pointer, scroll bar.
-    QImage renderWindow() const;
+    // ---- Pictures -----------------------------------------------------------------------------
     const Surface& picGraph() const { return picGraph_; }
     Surface& picGraph() { return picGraph_; }
     const Surface& picText() const { return picText_; }
@@ -171,91 +198,88 @@ class OscopeView {
     /// Sets a label's text and sizes the label to it, keeping its left edge.
     static void setText(Label& l, const std::string& text) { setLabelText(l, text); }
 
-    // ==== View items ==========================================================================
-    // Geometry
-    int formWidth = 0, formHeight = 0;
-    QRect graphRect;   // picGraph in form pixels
-    QRect picTextRect; // the rotated caption
-    float GraphWidth = 0.0f, GraphHeight = 0.0f;
-    float ZeroLine = 0.0f, HalfHeight = 0.0f, PixelsPerCount = 0.0f;
-    float AmpFactor = 1.0f;
-    float DivValue = 0.0f;
-    std::array<int32_t, 9> HorizontalLines{};
-    std::array<int32_t, 10> VerticalLines{};
-    int32_t ViewSamples = 0;
-    float TimePerDiv = 0.0f;
-    float TimeSpan = 0.0f;
-    std::string TimeUnit;
-    int16_t TimeExponent = 0;
-    double UnitFactor = 1.0;
+    // ==== What the view shows ===================================================================
+    // Geometry and scales
+    int formWidth() const { return formWidth_; }
+    int formHeight() const { return formHeight_; }
+    const QRect& graphRect() const { return graphRect_; }
+    float GraphWidth() const { return GraphWidth_; }
+    float ZeroLine() const { return ZeroLine_; }
+    float PixelsPerCount() const { return PixelsPerCount_; }
+    float AmpFactor() const { return AmpFactor_; }
+    float DivValue() const { return DivValue_; }
+    const std::array<int32_t, 9>& HorizontalLines() const { return HorizontalLines_; }
+    const std::array<int32_t, 10>& VerticalLines() const { return VerticalLines_; }
+    int32_t ViewSamples() const { return ViewSamples_; }
+    const std::string& TimeUnit() const { return TimeUnit_; }
+    int16_t TimeExponent() const { return TimeExponent_; }
+    double UnitFactor() const { return UnitFactor_; }
+    /// Time at the graph's left edge, in the time unit on show; 0 until a zoom sets it.
+    float ViewStartTime() const { return ViewStartTime_; }
+    /// The time range for the status bar ("12 ms").
+    const std::string& TimeRangeText() const { return TimeRangeText_; }
 
-    // Labels around the graph
-    std::array<Label, 9> lbly;  // amplitude axis, top to bottom
-    std::array<Label, 11> lblX; // time axis, left to right
-    std::array<Tick, 10> lnLV;  // ticks 1..9 under the graph
-    Label Label1;               // time per division
-    Label lblText;              // the unit name, "Volt" or "Bits"
-    std::string txtText;        // the rotated caption, e.g. "0.25 Volt /Div"
-    ScrollBar HS;
+    // Labels round the graph
+    const std::array<Label, 9>& lbly() const { return lbly_; }
+    const std::array<Label, 11>& lblX() const { return lblX_; }
+    const std::array<Tick, 10>& lnLV() const { return lnLV_; }
+    const Label& Label1() const { return Label1_; }
+    const Label& lblText() const { return lblText_; }
+    const std::string& txtText() const { return txtText_; }
+    const ScrollBar& HS() const { return HS_; }
 
     // Trace drawing
-    std::vector<QPoint> TracePoints; // the polyline on screen
-    int16_t TracePointCount = 1;     // points + 1
-    int16_t PointCapacity = 0;
-    int32_t SampleStep = 1;
-    float PixelsPerSample = 0.0f;
-    /// The two reference traces, prepared in graph pixels by the references.
-    std::vector<QPoint> TimeRef1Points, TimeRef2Points;
+    const std::vector<QPoint>& TracePoints() const { return TracePoints_; }
+    int16_t TracePointCount() const { return TracePointCount_; }
+    int16_t PointCapacity() const { return PointCapacity_; }
+    int32_t SampleStep() const { return SampleStep_; }
+    float PixelsPerSample() const { return PixelsPerSample_; }
 
     // Zoom
-    int32_t ZoomFirst = 0, ZoomLast = 0;
-    int32_t ZoomGrabFirst = 0, ZoomGrabLast = 0;
-    float ZoomTimeFirst = 0.0f, ZoomTimeLast = 0.0f;
-    std::vector<std::string> lstZoomStart, lstZoomEnd, lstX_start, lstX_end;
-    bool imgZoomVisible = false;
-    std::string imgZoomPicture; // "\ico\zoom_plus.ico" or "\ico\zoom_minus.ico"
-    QRect shZoom;               // rubber band, graph pixels
-    bool shZoomVisible = false;
+    bool ZoomOn() const { return ZoomOn_; }
+    int32_t ZoomFirst() const { return ZoomFirst_; }
+    int32_t ZoomLast() const { return ZoomLast_; }
+    /// Rows in the zoom stack; the sample numbers of each row's ends.
+    size_t zoomDepth() const { return lstZoomStart_.size(); }
+    const std::vector<std::string>& lstZoomStart() const { return lstZoomStart_; }
+    const std::vector<std::string>& lstZoomEnd() const { return lstZoomEnd_; }
+    bool shZoomVisible() const { return shZoomVisible_; }
 
     // Pointer
-    float PointerTime = 0.0f, PointerAmp = 0.0f;
-    float TimePerPixel = 0.0f, AmpPerPixel = 0.0f;
-    int pointerX = 0, pointerY = 0;
-    bool lnPec_V = false, lnPec_G = false; // cross lines at pointerX / pointerY
-    Label lblTime, lblAmp, lblMyTm, lbldB;
+    /// The pointer cross follows the mouse.
+    bool MouseDrawing() const { return MouseDrawing_; }
+    bool lnPec_V() const { return lnPec_V_; }
+    const Label& lblMyTm() const { return lblMyTm_; }
+    const Label& lbldB() const { return lbldB_; }
 
-    // Cursors
-    int16_t KursorIndex = 0;
-    float KursorX = 0.0f;
-    int32_t KursorColumn = 0;
-    int32_t KursorRow = 0;
-    float KursorTime = 0.0f;
-    float KursorAmp = 0.0f;
-    std::array<int, 2> picKLeft{};      // bar columns, graph pixels
-    std::array<bool, 2> picKVisible{};  //
-    std::array<Label, 2> lblK;          // grab handles, form pixels
-    std::array<QLine, 2> lnKG;          // cross lines through the trace, graph pixels
-    std::array<bool, 2> lnKGVisible{};  //
-    std::array<std::string, 2> lblYk;   // exact cursor time
-    std::array<std::string, 2> KurTime; // cursor time in "0.00"
-    std::array<std::string, 2> lblKAmp; // cursor amplitude
-    std::array<Label, 3> lblMarker1;    // the three read-out lines
-    int16_t DragMode = 0;
-    bool DraggingKursor = false, DraggingText = false;
-    QRect dragFrame; // graph pixels; its left edge - 2 is where the bar lands
-    bool dragFrameVisible = false;
-    QPoint dragStart; // form pixels of the press
-
-    // Amplitude read-outs
-    float MaxAmp = 0.0f, MinAmp = 0.0f;
-    int32_t MaxPos = 0, MinPos = 0;
-    float PeakPeak = 0.0f;
-    std::array<Label, 10> An;
-    std::array<bool, 10> anSwitch{}; // only 0..2 are ever on
+    // Cursors and read-outs
+    bool KursorOn() const { return KursorOn_; }
+    const std::string& KursorColor() const { return KursorColor_; }
+    const std::string& TextColor() const { return TextColor_; }
+    const std::array<int, 2>& picKLeft() const { return picKLeft_; }
+    const std::array<bool, 2>& picKVisible() const { return picKVisible_; }
+    const std::array<Label, 2>& lblK() const { return lblK_; }
+    const std::array<QLine, 2>& lnKG() const { return lnKG_; }
+    const std::array<Label, 3>& lblMarker1() const { return lblMarker1_; }
+    /// Any amplitude read-out is on; which ones.
+    bool AnalysOn() const { return AnalysOn_; }
+    bool ShowMaxAmp() const { return ShowMaxAmp_; }
+    bool ShowMinAmp() const { return ShowMinAmp_; }
+    bool ShowPeakPeak() const { return ShowPeakPeak_; }
+    float MaxAmp() const { return MaxAmp_; }
+    float MinAmp() const { return MinAmp_; }
+    int32_t MaxPos() const { return MaxPos_; }
+    int32_t MinPos() const { return MinPos_; }
+    const std::array<Label, 10>& An() const { return An_; }
 
   private:
     ProgramState& st() const;
     CommandState& cmd() const;
+    /// Horizontal sample step and pixels per sample for ViewSamples.
+    void computeSampleStep();
+    /// First row from the top in column KursorColumn with exactly the trace colour; none leaves
+    /// KursorRow as it was.
+    void scanKursorColumn();
     void placeGraph(int formWidth, int formHeight);
     void setUnitAndAmpFactor();
     void placeYLabels();
@@ -274,10 +298,102 @@ class OscopeView {
     void markerLine(size_t i);
     /// The pointer's time and amplitude texts for row y.
     void pointerTexts(int y);
+    /// A read-out switch from its menu entry and tool button.
+    void toggleReadout(const char* menu, bool& flag, int button);
+    /// The transport buttons leave the read-outs: all three go off.
+    void leaveMeasurementModes();
 
     Workbench& wb_;
     Surface picGraph_;
     Surface picText_;
+
+    // Geometry and scales
+    int formWidth_ = 0, formHeight_ = 0;
+    QRect graphRect_;   // picGraph in form pixels
+    QRect picTextRect_; // the rotated caption
+    float GraphWidth_ = 0.0f, GraphHeight_ = 0.0f;
+    float ZeroLine_ = 0.0f, HalfHeight_ = 0.0f, PixelsPerCount_ = 0.0f;
+    float AmpFactor_ = 1.0f;
+    float DivValue_ = 0.0f;
+    std::array<int32_t, 9> HorizontalLines_{};
+    std::array<int32_t, 10> VerticalLines_{};
+    int32_t ViewSamples_ = 0;
+    float TimePerDiv_ = 0.0f;
+    float TimeSpan_ = 0.0f;
+    std::string TimeUnit_;
+    int16_t TimeExponent_ = 0;
+    double UnitFactor_ = 1.0;
+    float ViewStartTime_ = 0.0f;
+    std::string TimeRangeText_;
+
+    // Labels round the graph
+    std::array<Label, 9> lbly_;  // amplitude axis, top to bottom
+    std::array<Label, 11> lblX_; // time axis, left to right
+    std::array<Tick, 10> lnLV_;  // ticks 1..9 under the graph
+    Label Label1_;               // time per division
+    Label lblText_;              // the unit name, "Volt" or "Bits"
+    std::string txtText_;        // the rotated caption, e.g. "0.25 Volt /Div"
+
+    // Trace drawing
+    std::vector<QPoint> TracePoints_; // the polyline on screen
+    int16_t TracePointCount_ = 1;     // points + 1
+    int16_t PointCapacity_ = 0;
+    int32_t SampleStep_ = 1;
+    float PixelsPerSample_ = 0.0f;
+    std::vector<QPoint> TimeRef1Points_, TimeRef2Points_;
+
+    // Zoom
+    bool ZoomOn_ = false;
+    int32_t ZoomFirst_ = 0, ZoomLast_ = 0;
+    int32_t ZoomGrabFirst_ = 0, ZoomGrabLast_ = 0;
+    float ZoomTimeFirst_ = 0.0f, ZoomTimeLast_ = 0.0f;
+    std::vector<std::string> lstZoomStart_, lstZoomEnd_, lstX_start_, lstX_end_;
+    bool imgZoomVisible_ = false;
+    std::string imgZoomPicture_; // "\ico\zoom_plus.ico" or "\ico\zoom_minus.ico"
+    QRect shZoom_;               // rubber band, graph pixels
+    bool shZoomVisible_ = false;
+
+    // Pointer
+    bool MouseDrawing_ = false;
+    float PointerTime_ = 0.0f, PointerAmp_ = 0.0f;
+    float TimePerPixel_ = 0.0f, AmpPerPixel_ = 0.0f;
+    int pointerX_ = 0, pointerY_ = 0;
+    bool lnPec_V_ = false, lnPec_G_ = false; // cross lines at pointerX / pointerY
+    Label lblTime_, lblAmp_, lblMyTm_, lbldB_;
+
+    // Cursors
+    bool KursorOn_ = false;
+    std::string KursorColor_; // contrast colour of Time_BackColor (cursors, read-outs)
+    std::string TextColor_;   // the same, for text annotations
+    int16_t KursorIndex_ = 0;
+    float KursorX_ = 0.0f;
+    int32_t KursorColumn_ = 0;
+    int32_t KursorRow_ = 0;
+    float KursorTime_ = 0.0f;
+    float KursorAmp_ = 0.0f;
+    std::array<int, 2> picKLeft_{};      // bar columns, graph pixels
+    std::array<bool, 2> picKVisible_{};  //
+    std::array<Label, 2> lblK_;          // grab handles, form pixels
+    std::array<QLine, 2> lnKG_;          // cross lines through the trace, graph pixels
+    std::array<bool, 2> lnKGVisible_{};  //
+    std::array<std::string, 2> lblYk_;   // exact cursor time
+    std::array<std::string, 2> KurTime_; // cursor time in "0.00"
+    std::array<std::string, 2> lblKAmp_; // cursor amplitude
+    std::array<Label, 3> lblMarker1_;    // the three read-out lines
+    int16_t DragMode_ = 0;
+    bool DraggingKursor_ = false, DraggingText_ = false;
+    QRect dragFrame_; // graph pixels; its left edge - 2 is where the bar lands
+    bool dragFrameVisible_ = false;
+    QPoint dragStart_; // form pixels of the press
+
+    // Amplitude read-outs
+    bool AnalysOn_ = false;
+    bool ShowMaxAmp_ = false, ShowMinAmp_ = false, ShowPeakPeak_ = false;
+    float MaxAmp_ = 0.0f, MinAmp_ = 0.0f;
+    int32_t MaxPos_ = 0, MinPos_ = 0;
+    float PeakPeak_ = 0.0f;
+    std::array<Label, 10> An_;
+    std::array<bool, 10> anSwitch_{}; // only 0..2 are ever on
 };
 
 } // namespace oscope

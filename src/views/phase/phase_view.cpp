@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <cmath>
 #include <exception>
+#include <utility>
 
 namespace kv::phase {
 
@@ -65,10 +66,10 @@ std::string degreesText(int y, int height) {
 PhaseView::PhaseView(Workbench& wb) : wb_(wb) {
     // The degree axis is fixed text: 180 at the top in steps of 45 down to -180.
     for (int i = 0; i <= 8; ++i)
-        setLabelText(lbly[size_t(i)], std::to_string(180 - 45 * i));
-    for (auto& l : lblX)
+        setLabelText(lbly_[size_t(i)], std::to_string(180 - 45 * i));
+    for (auto& l : lblX_)
         l.visible = false;
-    lblHz.visible = lblDeg.visible = false;
+    lblHz_.visible = lblDeg_.visible = false;
 }
 
 ProgramState& PhaseView::st() const {
@@ -78,12 +79,13 @@ ProgramState& PhaseView::st() const {
 // ---- Life of the view ------------------------------------------------------------------------
 
 void PhaseView::placeGraph(int w, int h) {
-    formWidth = std::max(w, kMinWidth);
-    formHeight = std::max(h, kMinHeight);
-    graphRect = QRect(kGraphLeft, kGraphTop, formWidth - kWidthMargin, formHeight - kHeightMargin);
-    PhaseWidth = graphRect.width();
-    PhaseHeight = graphRect.height();
-    HS.rect = QRect(graphRect.left(), graphRect.bottom() + 3, graphRect.width(), kScrollHeight);
+    formWidth_ = std::max(w, kMinWidth);
+    formHeight_ = std::max(h, kMinHeight);
+    graphRect_ =
+        QRect(kGraphLeft, kGraphTop, formWidth_ - kWidthMargin, formHeight_ - kHeightMargin);
+    PhaseWidth_ = graphRect_.width();
+    PhaseHeight_ = graphRect_.height();
+    HS_.rect = QRect(graphRect_.left(), graphRect_.bottom() + 3, graphRect_.width(), kScrollHeight);
 }
 
 void PhaseView::Form_Load(int w, int h) {
@@ -92,17 +94,17 @@ void PhaseView::Form_Load(int w, int h) {
     s.ActiveView = 3;
     s.PhaseRefOn = false;
     s.PhaseBins = s.Fft_Samples / 2;
-    HS.Min = 0;
-    HS.Max = std::max<int>(0, s.LastTrace);
-    HS.Value = std::clamp<int>(s.TracePos, HS.Min, HS.Max);
-    HS.Enabled = s.TraceCount != 1;
+    HS_.Min = 0;
+    HS_.Max = std::max<int>(0, s.LastTrace);
+    HS_.Value = std::clamp<int>(s.TracePos, HS_.Min, HS_.Max);
+    HS_.Enabled = s.TraceCount != 1;
     Form_Resize(w, h);
 }
 
 void PhaseView::Form_Resize(int w, int h) {
     placeGraph(w, h);
-    picF_.resize(PhaseWidth, PhaseHeight, colorFromIni(st().F_BackColor));
-    PhasePointCount = 1;
+    picF_.resize(PhaseWidth_, PhaseHeight_, colorFromIni(st().F_BackColor));
+    PhasePointCount_ = 1;
     UpdateFasa();
     Draw_s();
 }
@@ -117,52 +119,52 @@ void PhaseView::Form_Unload() {
 
 void PhaseView::UpdateFasa() {
     const ProgramState& s = st();
-    PhaseHalf = rnd(PhaseHeight / 2.0);
-    DegreesPerPixel = f32(180.0 / PhaseHalf);
-    PixelsPerBin = f32(double(PhaseWidth) / s.PhaseBins);
-    if (s.PhaseBins >= PhaseWidth) {
+    PhaseHalf_ = rnd(PhaseHeight_ / 2.0);
+    DegreesPerPixel_ = f32(180.0 / PhaseHalf_);
+    PixelsPerBin_ = f32(double(PhaseWidth_) / s.PhaseBins);
+    if (s.PhaseBins >= PhaseWidth_) {
         // About one plotted bin per pixel.
-        BinStep = std::max(1, rnd(double(s.PhaseBins) / PhaseWidth));
-        PixelsPerBin = f32(PhaseWidth / (double(s.PhaseBins) / BinStep));
+        BinStep_ = std::max(1, rnd(double(s.PhaseBins) / PhaseWidth_));
+        PixelsPerBin_ = f32(PhaseWidth_ / (double(s.PhaseBins) / BinStep_));
     } else {
-        BinStep = 1;
+        BinStep_ = 1;
     }
-    LogPixelsPerDecade = f32(PhaseWidth / spectrum::Log10(s.Sp_Samples / 2.0, s.FullScalePos));
-    PhasePoints.assign(size_t(std::max(1, s.Sp_Samples / BinStep)), QPoint());
-    PhasePointCount = 1;
+    LogPixelsPerDecade_ = f32(PhaseWidth_ / spectrum::Log10(s.Sp_Samples / 2.0, s.FullScalePos));
+    PhasePoints_.assign(size_t(std::max(1, s.Sp_Samples / BinStep_)), QPoint());
+    PhasePointCount_ = 1;
     DrawGrid();
 }
 
 void PhaseView::DrawGrid() {
     const ProgramState& s = st();
     for (int i = 0; i <= 8; ++i) {
-        PhaseGridY[size_t(i)] = rnd(double(i) * PhaseHeight / 8);
-        Label& l = lbly[size_t(i)];
-        l.left = graphRect.left() - 2 - l.width;
-        l.top = graphRect.top() + PhaseGridY[size_t(i)] - l.height / 2;
+        PhaseGridY_[size_t(i)] = rnd(double(i) * PhaseHeight_ / 8);
+        Label& l = lbly_[size_t(i)];
+        l.left = graphRect_.left() - 2 - l.width;
+        l.top = graphRect_.top() + PhaseGridY_[size_t(i)] - l.height / 2;
     }
-    for (auto& l : lblX)
+    for (auto& l : lblX_)
         l.visible = false;
-    const int labelTop = HS.rect.bottom() + 4;
+    const int labelTop = HS_.rect.bottom() + 4;
     if (s.DrSet == 2) {
         spectrum::XAxis a =
-            spectrum::DrawXLog(PhaseWidth, s.Sp_Samples, s.MaxFreq, s.BinWidth, s.FullScalePos);
-        PhaseGridX = std::move(a.GridXs);
-        for (size_t i = 0; i < a.labels.size() && i < lblX.size(); ++i) {
-            Label& l = lblX[i];
+            spectrum::DrawXLog(PhaseWidth_, s.Sp_Samples, s.MaxFreq, s.BinWidth, s.FullScalePos);
+        PhaseGridX_ = std::move(a.GridXs);
+        for (size_t i = 0; i < a.labels.size() && i < lblX_.size(); ++i) {
+            Label& l = lblX_[i];
             setLabelText(l, a.labels[i].text);
-            l.left = graphRect.left() + a.labels[i].left - l.width / 2;
+            l.left = graphRect_.left() + a.labels[i].left - l.width / 2;
             l.top = labelTop;
             l.visible = true;
         }
-        setLabelText(lblSX, a.unitText);
-        axisText = "Hz";
+        setLabelText(lblSX_, a.unitText);
+        axisText_ = "Hz";
     } else {
-        PhaseGridX = spectrum::ShowX_lab(PhaseWidth, s.MaxFreq, 1.0).GridXs;
+        PhaseGridX_ = spectrum::ShowX_lab(PhaseWidth_, s.MaxFreq, 1.0).GridXs;
         ShowX_lab();
     }
-    lblSX.left = graphRect.left() + (graphRect.width() - lblSX.width) / 2;
-    lblSX.top = labelTop + lblX[0].height + 4;
+    lblSX_.left = graphRect_.left() + (graphRect_.width() - lblSX_.width) / 2;
+    lblSX_.top = labelTop + lblX_[0].height + 4;
 }
 
 void PhaseView::ShowX_lab() {
@@ -170,33 +172,33 @@ void PhaseView::ShowX_lab() {
     const double step = double(s.MaxFreq) / 10;
     const Prefix p = prefixFor(step);
     for (int i = 0; i <= 10; ++i) {
-        Label& l = lblX[size_t(i)];
+        Label& l = lblX_[size_t(i)];
         setLabelText(l, formatPicture(i * step * p.scale, "###0.0"));
-        l.left = graphRect.left() + rnd(i * PhaseWidth / 10.0) - l.width / 2;
-        l.top = HS.rect.bottom() + 4;
+        l.left = graphRect_.left() + rnd(i * PhaseWidth_ / 10.0) - l.width / 2;
+        l.top = HS_.rect.bottom() + 4;
         l.visible = true;
     }
     // With the band zoomed, the caption names the zoomed band instead of one tenth.
-    const double caption = s.FreqZoom > 1 ? double(s.MaxFreq) / s.FreqZoom : step;
+    const double caption = FreqZoom_ > 1 ? double(s.MaxFreq) / FreqZoom_ : step;
     const Prefix c = prefixFor(caption);
     const std::string number = shortestText(throughPicture(caption * c.scale, "###0.00"));
-    setLabelText(lblSX, number + c.text + "Hz/" + "div");
-    axisText = number + c.text + "Hz";
+    setLabelText(lblSX_, number + c.text + "Hz/" + "div");
+    axisText_ = number + c.text + "Hz";
 }
 
 // ---- Painting --------------------------------------------------------------------------------
 
 int PhaseView::phaseRow(float degrees) const {
-    return rnd(PhaseHalf - double(degrees) * PhaseHalf / 180);
+    return rnd(PhaseHalf_ - double(degrees) * PhaseHalf_ / 180);
 }
 
 void PhaseView::paintGrid(QRgb back) {
     const ProgramState& s = st();
     const QRgb grid = s.F_ShowGrid == 1 ? colorFromIni(s.F_GridColor) : back;
-    for (int32_t x : PhaseGridX)
-        picF_.line(x, 0, x, PhaseHeight, grid);
-    for (int32_t y : PhaseGridY)
-        picF_.line(0, y, PhaseWidth, y, grid);
+    for (int32_t x : PhaseGridX_)
+        picF_.line(x, 0, x, PhaseHeight_, grid);
+    for (int32_t y : PhaseGridY_)
+        picF_.line(0, y, PhaseWidth_, y, grid);
 }
 
 void PhaseView::Draw_s() {
@@ -209,25 +211,25 @@ void PhaseView::Draw_s() {
 void PhaseView::drawLinear() {
     const ProgramState& s = st();
     const QRgb back = colorFromIni(s.F_BackColor);
-    const size_t capacity = size_t(std::max(1, s.Sp_Samples / BinStep));
+    const size_t capacity = size_t(std::max(1, s.Sp_Samples / BinStep_));
     // Erase by drawing the old curve again in the background colour.
-    if (PhasePointCount > 1)
-        picF_.polyline(PhasePoints.data(),
-                       std::min(size_t(PhasePointCount - 1), PhasePoints.size()), back);
+    if (PhasePointCount_ > 1)
+        picF_.polyline(PhasePoints_.data(),
+                       std::min(size_t(PhasePointCount_ - 1), PhasePoints_.size()), back);
     paintGrid(back);
-    PhasePoints.assign(capacity, QPoint());
-    PhasePointCount = 1;
+    PhasePoints_.assign(capacity, QPoint());
+    PhasePointCount_ = 1;
     int k = 0;
-    for (int32_t b = 1; b <= s.PhaseBins; b += BinStep, ++k) {
-        if (size_t(b) >= s.SpPhase.size() || size_t(PhasePointCount) > capacity) break;
-        PhasePoints[size_t(PhasePointCount - 1)] =
-            QPoint(rnd(double(PixelsPerBin) * k), phaseRow(s.SpPhase[size_t(b)]));
-        ++PhasePointCount;
+    for (int32_t b = 1; b <= s.PhaseBins; b += BinStep_, ++k) {
+        if (size_t(b) >= s.SpPhase.size() || size_t(PhasePointCount_) > capacity) break;
+        PhasePoints_[size_t(PhasePointCount_ - 1)] =
+            QPoint(rnd(double(PixelsPerBin_) * k), phaseRow(s.SpPhase[size_t(b)]));
+        ++PhasePointCount_;
     }
-    picF_.polyline(PhasePoints.data(), size_t(PhasePointCount - 1), colorFromIni(s.F_LineColor));
+    picF_.polyline(PhasePoints_.data(), size_t(PhasePointCount_ - 1), colorFromIni(s.F_LineColor));
     if (s.PhaseRefOn) {
-        if (s.PhaseRef1On) picF_.polyline(PhaseRef1Points, colorFromIni(s.Ph1Color));
-        if (s.PhaseRef2On) picF_.polyline(PhaseRef2Points, colorFromIni(s.Ph2Color));
+        if (s.PhaseRef1On) picF_.polyline(PhaseRef1Points_, colorFromIni(s.Ph1Color));
+        if (s.PhaseRef2On) picF_.polyline(PhaseRef2Points_, colorFromIni(s.Ph2Color));
     }
 }
 
@@ -235,41 +237,45 @@ void PhaseView::drawLog() {
     const ProgramState& s = st();
     const QRgb back = colorFromIni(s.F_BackColor);
     picF_.fill(back);
-    PhasePointCount = 1;
+    PhasePointCount_ = 1;
     if (s.F_ShowGrid == 1) paintGrid(back);
     // The points are not evenly spaced: one stroke from each point to the next.
     const QRgb line = colorFromIni(s.F_LineColor);
     QPoint prev;
     for (int32_t b = 1; b <= s.PhaseBins && size_t(b) < s.SpPhase.size(); ++b) {
-        const QPoint p(rnd(double(LogPixelsPerDecade) * spectrum::Log10(b, s.FullScalePos)),
+        const QPoint p(rnd(double(LogPixelsPerDecade_) * spectrum::Log10(b, s.FullScalePos)),
                        phaseRow(s.SpPhase[size_t(b)]));
         if (b > 1) picF_.line(prev.x(), prev.y(), p.x(), p.y(), line);
         prev = p;
     }
     if (s.PhaseRefOn) {
-        if (s.PhaseRef1On) picF_.polyline(PhaseRef1Points, colorFromIni(s.Ph1Color));
-        if (s.PhaseRef2On) picF_.polyline(PhaseRef2Points, colorFromIni(s.Ph2Color));
+        if (s.PhaseRef1On) picF_.polyline(PhaseRef1Points_, colorFromIni(s.Ph1Color));
+        if (s.PhaseRef2On) picF_.polyline(PhaseRef2Points_, colorFromIni(s.Ph2Color));
     }
+}
+
+void PhaseView::redraw() {
+    Cls(); // the colours may have changed
+    UpdateFasa();
+    Draw_s();
+}
+
+void PhaseView::setReferencePoints(std::vector<QPoint> ref1, std::vector<QPoint> ref2) {
+    PhaseRef1Points_ = std::move(ref1);
+    PhaseRef2Points_ = std::move(ref2);
 }
 
 void PhaseView::Cls() {
     picF_.fill(colorFromIni(st().F_BackColor));
-    PhasePointCount = 1;
+    PhasePointCount_ = 1;
 }
 
 // ---- Moving through the data -------------------------------------------------------------------
 
-void PhaseView::setScrollValue(int value) {
-    value = std::clamp(value, HS.Min, std::max(HS.Min, HS.Max));
-    if (value == HS.Value) return;
-    HS.Value = value;
-    HS_Change();
-}
-
 void PhaseView::HS_Change() {
     ProgramState& s = st();
     if (!s.Idle) return;
-    s.TracePos = int16_t(HS.Value);
+    s.TracePos = int16_t(HS_.Value);
     setCurrentTracePos(s);
     try {
         FyllSpData(s);
@@ -281,8 +287,8 @@ void PhaseView::HS_Change() {
 }
 
 void PhaseView::traceChanged() {
-    HS.Max = std::max<int>(0, st().LastTrace);
-    HS.Value = std::clamp<int>(st().TracePos, HS.Min, HS.Max);
+    HS_.Max = std::max<int>(0, st().LastTrace);
+    HS_.Value = std::clamp<int>(st().TracePos, HS_.Min, HS_.Max);
     Draw_s();
 }
 
@@ -290,60 +296,74 @@ void PhaseView::traceChanged() {
 
 void PhaseView::readout(int x, int y) {
     const ProgramState& s = st();
-    pointerX = x;
-    pointerY = y;
-    lnPec_V = lnPec_G = true;
+    pointerX_ = x;
+    pointerY_ = y;
+    lnPec_V_ = lnPec_G_ = true;
     double hz;
     if (s.DrSet == 2)
-        hz = double(s.BinWidth) * std::pow(10.0, x / double(LogPixelsPerDecade));
+        hz = double(s.BinWidth) * std::pow(10.0, x / double(LogPixelsPerDecade_));
     else
-        hz = double(s.MaxFreq) * x / PhaseWidth;
-    setLabelText(lblHz, frequencyText(hz));
-    setLabelText(lblDeg, degreesText(y, PhaseHeight));
-    lblHz.left = graphRect.right() + 1 - lblHz.width;
-    lblHz.top = lblDeg.top = graphRect.top() - lblHz.height - 2;
-    lblDeg.left = lblHz.left - 5 - lblDeg.width;
-    lblHz.visible = lblDeg.visible = true;
+        hz = double(s.MaxFreq) * x / PhaseWidth_;
+    setLabelText(lblHz_, frequencyText(hz));
+    setLabelText(lblDeg_, degreesText(y, PhaseHeight_));
+    lblHz_.left = graphRect_.right() + 1 - lblHz_.width;
+    lblHz_.top = lblDeg_.top = graphRect_.top() - lblHz_.height - 2;
+    lblDeg_.left = lblHz_.left - 5 - lblDeg_.width;
+    lblHz_.visible = lblDeg_.visible = true;
+}
+
+bool PhaseView::inGraph(int x, int y) const {
+    return x >= 0 && y >= 0 && x < PhaseWidth_ && y < PhaseHeight_;
 }
 
 void PhaseView::picF_MouseDown(int button, int x, int y) {
-    if (button == LeftButton) readout(x, y);
+    if (button == LeftButton && inGraph(x, y)) readout(x, y);
 }
 
 void PhaseView::picF_MouseMove(int buttons, int x, int y) {
-    if (!(buttons & LeftButton)) return;
-    if (x < 0 || y < 0 || x >= PhaseWidth || y >= PhaseHeight) return;
-    readout(x, y);
+    if ((buttons & LeftButton) && inGraph(x, y)) readout(x, y);
 }
 
 void PhaseView::picF_MouseUp(int, int, int) {
-    lnPec_V = lnPec_G = false;
-    lblHz.visible = lblDeg.visible = false;
+    lnPec_V_ = lnPec_G_ = false;
+    lblHz_.visible = lblDeg_.visible = false;
+}
+
+void PhaseView::mousePress(int button, int x, int y) {
+    picF_MouseDown(button, x - graphRect_.left(), y - graphRect_.top());
+}
+
+void PhaseView::mouseMove(int buttons, int x, int y) {
+    picF_MouseMove(buttons, x - graphRect_.left(), y - graphRect_.top());
+}
+
+void PhaseView::mouseRelease(int button, int x, int y) {
+    picF_MouseUp(button, x - graphRect_.left(), y - graphRect_.top());
 }
 
 // ---- The window as one image ------------------------------------------------------------------
 
-QImage PhaseView::renderWindow() const {
-    QImage img(std::max(formWidth, 1), std::max(formHeight, 1), QImage::Format_RGB32);
+QImage PhaseView::picture() const {
+    QImage img(std::max(formWidth_, 1), std::max(formHeight_, 1), QImage::Format_RGB32);
     img.fill(kFormBackColor);
     QPainter p(&img);
     p.setRenderHint(QPainter::Antialiasing, false);
     p.setFont(labelFont());
-    const QPoint g = graphRect.topLeft();
+    const QPoint g = graphRect_.topLeft();
     p.drawImage(g, picF_.image());
     const QColor ink(Qt::black);
-    for (const auto& l : lbly)
+    for (const auto& l : lbly_)
         paintLabel(p, l, ink);
-    for (const auto& l : lblX)
+    for (const auto& l : lblX_)
         paintLabel(p, l, ink);
-    for (const Label* l : {&lblSX, &lblHz, &lblDeg})
+    for (const Label* l : {&lblSX_, &lblHz_, &lblDeg_})
         paintLabel(p, *l, ink);
-    paintScrollBar(p, HS);
-    if (lnPec_V || lnPec_G) {
-        p.setClipRect(graphRect);
+    paintScrollBar(p, HS_);
+    if (lnPec_V_ || lnPec_G_) {
+        p.setClipRect(graphRect_);
         p.setPen(QColor(0xFF, 0xFF, 0xFF));
-        if (lnPec_V) p.drawLine(g.x() + pointerX, g.y(), g.x() + pointerX, graphRect.bottom());
-        if (lnPec_G) p.drawLine(g.x(), g.y() + pointerY, graphRect.right(), g.y() + pointerY);
+        if (lnPec_V_) p.drawLine(g.x() + pointerX_, g.y(), g.x() + pointerX_, graphRect_.bottom());
+        if (lnPec_G_) p.drawLine(g.x(), g.y() + pointerY_, graphRect_.right(), g.y() + pointerY_);
     }
     return img;
 }

@@ -2,14 +2,15 @@
 // degrees, on the Spectrum view's linear or logarithmic frequency axis, with a pointer that
 // reads frequency and degrees and the trace scroll bar that moves through the data.
 //
-// The model owns the picture of the graph and the labels around it; a widget only paints what
-// is here and forwards the mouse. Coordinates: the window's origin is top left, the graph sits
-// at graphRect inside it; the picF_* mouse methods take graph pixels.
+// The model owns the picture of the graph, the labels round it and its own band zoom; a window
+// only paints what is here and forwards the mouse. Coordinates: the window's origin is top left,
+// the graph sits at graphRect inside it; the picF_* mouse methods take graph pixels.
 #pragma once
 
 #include "state/view_host.h"
 #include "views/surface.h"
 #include "views/view_label.h"
+#include "views/view_model.h"
 
 #include <QImage>
 #include <QPoint>
@@ -41,9 +42,24 @@ std::string frequencyText(double hz);
 /// "degrees".
 std::string degreesText(int y, int height);
 
-class PhaseView {
+class PhaseView : public ViewModel {
   public:
     explicit PhaseView(Workbench& wb);
+
+    // ---- ViewModel ------------------------------------------------------------------------------
+    void load(int width, int height) override { Form_Load(width, height); }
+    void resize(int width, int height) override { Form_Resize(width, height); }
+    void unload() override { Form_Unload(); }
+    /// New settings: the colours may have changed, so the picture starts afresh.
+    void redraw() override;
+    /// The trace on show changed elsewhere: the scroll bar follows and the phase is repainted.
+    void traceChanged() override;
+    /// Empties the picture (the First button does this).
+    void clearPicture() override { Cls(); }
+    QImage picture() const override;
+    void mousePress(int button, int x, int y) override;
+    void mouseMove(int buttons, int x, int y) override;
+    void mouseRelease(int button, int x, int y) override;
 
     // ---- Life of the view -------------------------------------------------------------------
     void Form_Load(int width, int height);
@@ -54,66 +70,85 @@ class PhaseView {
     void UpdateFasa();
     void DrawGrid();
     void ShowX_lab();
+    /// The band zoom of the frequency caption: 1, 2, 4, 6 or 8; the caption names the band
+    /// MaxFreq / FreqZoom instead of one tenth of it.
+    void setFreqZoom(int16_t zoom) { FreqZoom_ = zoom; }
 
     // ---- Painting -----------------------------------------------------------------------------
     /// Paints the phase of the trace on show with the linear or the logarithmic painter.
     void Draw_s();
     void drawLinear();
     void drawLog();
-    /// Empties the picture (the First button does this).
     void Cls();
+    /// The two reference curves in graph pixels, as the references prepare them.
+    void setReferencePoints(std::vector<QPoint> ref1, std::vector<QPoint> ref2);
 
     // ---- Moving through the data ----------------------------------------------------------------
-    /// Puts the scroll bar on `value`; a change moves through the data when Idle is on.
-    void setScrollValue(int value);
-    void HS_Change();
-    /// The trace on show changed elsewhere: the scroll bar follows and the phase is repainted.
-    void traceChanged();
+    /// The scroll bar's change event: when Idle is on, the trace at its value is read and shown
+    /// here and in the other open views.
+    void HS_Change() override;
 
     // ---- Pointer (graph pixels) -----------------------------------------------------------------
+    /// The read-out is for the graph only: a press or a move outside it shows nothing new.
     void picF_MouseDown(int button, int x, int y);
     void picF_MouseMove(int buttons, int x, int y);
     void picF_MouseUp(int button, int x, int y);
 
-    // ---- Output -------------------------------------------------------------------------------
-    QImage renderWindow() const;
     const Surface& picF() const { return picF_; }
-    Surface& picF() { return picF_; }
 
-    // ==== View items ==========================================================================
-    int formWidth = 0, formHeight = 0;
-    QRect graphRect;
-    int32_t PhaseWidth = 0, PhaseHeight = 0;
-    int32_t PhaseHalf = 0;
-    float DegreesPerPixel = 0.0f;
-    float PixelsPerBin = 0.0f;
-    int32_t BinStep = 1;
-    std::vector<int32_t> PhaseGridX;
-    std::array<int32_t, 9> PhaseGridY{};
-    std::vector<QPoint> PhasePoints;
-    int32_t PhasePointCount = 1;
-    float LogPixelsPerDecade = 0.0f;
-    /// The two reference curves, prepared in graph pixels by the references.
-    std::vector<QPoint> PhaseRef1Points, PhaseRef2Points;
-
-    std::array<Label, 9> lbly;  // 180 at the top to -180 at the bottom
-    std::array<Label, 51> lblX; // frequency labels under the graph
-    Label lblSX;                // "2.4 kHz/div"
-    std::string axisText;       // the status bar's unit of the frequency axis
-    Label lblHz, lblDeg;        // pointer read-outs
-    bool lnPec_V = false, lnPec_G = false;
-    int pointerX = 0, pointerY = 0;
-    ScrollBar HS;
+    // ==== What the view shows ===================================================================
+    const QRect& graphRect() const { return graphRect_; }
+    int32_t PhaseHalf() const { return PhaseHalf_; }
+    float DegreesPerPixel() const { return DegreesPerPixel_; }
+    float PixelsPerBin() const { return PixelsPerBin_; }
+    int32_t BinStep() const { return BinStep_; }
+    const std::vector<int32_t>& PhaseGridX() const { return PhaseGridX_; }
+    const std::array<int32_t, 9>& PhaseGridY() const { return PhaseGridY_; }
+    const std::vector<QPoint>& PhasePoints() const { return PhasePoints_; }
+    int32_t PhasePointCount() const { return PhasePointCount_; }
+    float LogPixelsPerDecade() const { return LogPixelsPerDecade_; }
+    const std::array<Label, 9>& lbly() const { return lbly_; }
+    const std::array<Label, 51>& lblX() const { return lblX_; }
+    const Label& lblSX() const { return lblSX_; }
+    /// The status bar's unit of the frequency axis.
+    const std::string& axisText() const { return axisText_; }
+    const Label& lblHz() const { return lblHz_; }
+    const Label& lblDeg() const { return lblDeg_; }
+    bool lnPec_V() const { return lnPec_V_; }
+    const ScrollBar& HS() const { return HS_; }
 
   private:
     ProgramState& st() const;
     void placeGraph(int width, int height);
     void paintGrid(QRgb back);
     void readout(int x, int y);
+    bool inGraph(int x, int y) const;
     int phaseRow(float degrees) const;
 
     Workbench& wb_;
     Surface picF_;
+    int formWidth_ = 0, formHeight_ = 0;
+    QRect graphRect_;
+    int32_t PhaseWidth_ = 0, PhaseHeight_ = 0;
+    int32_t PhaseHalf_ = 0;
+    float DegreesPerPixel_ = 0.0f;
+    float PixelsPerBin_ = 0.0f;
+    int32_t BinStep_ = 1;
+    int16_t FreqZoom_ = 1;
+    std::vector<int32_t> PhaseGridX_;
+    std::array<int32_t, 9> PhaseGridY_{};
+    std::vector<QPoint> PhasePoints_;
+    int32_t PhasePointCount_ = 1;
+    float LogPixelsPerDecade_ = 0.0f;
+    std::vector<QPoint> PhaseRef1Points_, PhaseRef2Points_;
+
+    std::array<Label, 9> lbly_;  // 180 at the top to -180 at the bottom
+    std::array<Label, 51> lblX_; // frequency labels under the graph
+    Label lblSX_;                // "2.4 kHz/div"
+    std::string axisText_;
+    Label lblHz_, lblDeg_; // pointer read-outs
+    bool lnPec_V_ = false, lnPec_G_ = false;
+    int pointerX_ = 0, pointerY_ = 0;
 };
 
 } // namespace phase

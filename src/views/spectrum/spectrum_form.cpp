@@ -1,12 +1,14 @@
 // The Spectrum view's scroll bar, playback timer and redraw chain.
 #include "views/spectrum/spectrum_form.h"
 
+#include "commands/commands.h"
 #include "commands/lifecycle.h"
 #include "commands/transport.h"
 #include "engine/engine.h"
 #include "engine/metrics.h"
 #include "state/workbench.h"
 
+#include <QPainter>
 #include <algorithm>
 
 namespace kv::spectrum {
@@ -40,7 +42,6 @@ void setLaidOut(ProgramState& st) {
 void SpectrumForm::showPeak() {
     wb_.cmd.panel(6) = view_.peakStatus();
     wb_.cmd.touch();
-    if (onDrawn) onDrawn();
 }
 
 void SpectrumForm::layOutIfNeeded(const SpectrumFeed& f) {
@@ -68,7 +69,7 @@ void SpectrumForm::resizePlot(int w, int h) {
 void SpectrumForm::firstDraw() {
     ProgramState& st = wb_.st;
     HSMaxCh();
-    hs_.Value = st.TracePos;
+    HS_.Value = st.TracePos;
     st.PlotColumns = view_.PlotColumns();
     FyllSpData(st);
     view_.Resized(st, feedFrom(st));
@@ -84,8 +85,8 @@ void SpectrumForm::relayout() {
     FyllSpData(wb_.st);
     wb_.st.Idle = idle;
     // A re-read data set may have another trace count; the scroll bar keeps up with it.
-    hs_.Max = std::max<int>(0, wb_.st.LastTrace);
-    hs_.Value = std::clamp<int>(wb_.st.TracePos, hs_.Min, hs_.Max);
+    HS_.Max = std::max<int>(0, wb_.st.LastTrace);
+    HS_.Value = std::clamp<int>(wb_.st.TracePos, HS_.Min, HS_.Max);
     view_.Resized(wb_.st, feedFrom(wb_.st));
     setLaidOut(wb_.st);
     showPeak();
@@ -94,13 +95,13 @@ void SpectrumForm::relayout() {
 void SpectrumForm::HSMaxCh() {
     ProgramState& st = wb_.st;
     BigFile(st);
-    hs_.Min = 0;
-    hs_.Max = std::max<int>(0, st.LastTrace);
-    if (st.ModeFFT == 4) hs_.Value = 0;
+    HS_.Min = 0;
+    HS_.Max = std::max<int>(0, st.LastTrace);
+    if (st.ModeFFT == 4) HS_.Value = 0;
 }
 
 void SpectrumForm::HS_Change(int value) {
-    hs_.Value = std::clamp(value, hs_.Min, hs_.Max);
+    HS_.Value = std::clamp(value, HS_.Min, HS_.Max);
     if (wb_.st.Idle) ScrollNu();
     view_.ShowMax(wb_.st, feedFrom(wb_.st));
     showPeak();
@@ -109,8 +110,8 @@ void SpectrumForm::HS_Change(int value) {
 void SpectrumForm::ScrollNu() {
     ProgramState& st = wb_.st;
     if (!st.Idle) return;
-    peakHoldOnMove(st, hs_.Value);
-    st.TracePos = static_cast<int16_t>(hs_.Value);
+    peakHoldOnMove(st, HS_.Value);
+    st.TracePos = static_cast<int16_t>(HS_.Value);
     setCurrentTracePos(st);
     FyllSpData(st);
     if (st.AnalysOnFFT) NewValue(st, st.An);
@@ -126,8 +127,8 @@ void SpectrumForm::ScrollNu() {
 
 void SpectrumForm::DrawTimer() {
     ProgramState& st = wb_.st;
-    st.TracePos = static_cast<int16_t>(std::clamp<int>(st.TracePos, hs_.Min, hs_.Max));
-    hs_.Value = st.TracePos;
+    st.TracePos = static_cast<int16_t>(std::clamp<int>(st.TracePos, HS_.Min, HS_.Max));
+    HS_.Value = st.TracePos;
     const SpectrumFeed f = feedFrom(st);
     layOutIfNeeded(f);
     view_.Draw_s(st, f);
@@ -136,7 +137,7 @@ void SpectrumForm::DrawTimer() {
 }
 
 void SpectrumForm::LastPart() {
-    HS_Change(hs_.Max);
+    HS_Change(HS_.Max);
 }
 
 bool tmrFFT_Tick(const ProgramState& st, ScrollBar& hs, PlayTimer& timer) {
@@ -153,7 +154,7 @@ bool tmrFFT_Tick(const ProgramState& st, ScrollBar& hs, PlayTimer& timer) {
 }
 
 void SpectrumForm::tmrFFT_Timer() {
-    if (tmrFFT_Tick(wb_.st, hs_, tmrFFT_)) HS_Change(hs_.Value);
+    if (tmrFFT_Tick(wb_.st, HS_, tmrFFT_)) HS_Change(HS_.Value);
 }
 
 void SpectrumForm::finalDraw() {
@@ -169,7 +170,67 @@ void SpectrumForm::finalDraw() {
 
 void SpectrumForm::clearPicture() {
     view_.Cls(wb_.st);
-    if (onDrawn) onDrawn();
+}
+
+// ---- In a window ----------------------------------------------------------------------------
+
+void SpectrumForm::load(int w, int h) {
+    const ProgramState& st = wb_.st;
+    HS_.Min = 0;
+    HS_.Max = std::max<int>(0, st.LastTrace);
+    HS_.Value = std::clamp<int>(st.TracePos, HS_.Min, HS_.Max);
+    resize(w, h);
+}
+
+void SpectrumForm::resize(int w, int h) {
+    window_ = QSize(std::max(w, 1), std::max(h, kScrollHeight + 1));
+    HS_.rect = QRect(0, window_.height() - kScrollHeight, window_.width(), kScrollHeight);
+    const QSize plot = plotSizeFor({window_.width(), window_.height() - kScrollHeight});
+    resizePlot(plot.width(), plot.height());
+}
+
+void SpectrumForm::unload() {
+    switchMetricsOff(wb_);
+}
+
+QImage SpectrumForm::picture() const {
+    QImage plot(window_.width(), window_.height() - kScrollHeight, QImage::Format_RGB32);
+    {
+        QPainter p(&plot);
+        paintSpectrumView(p, view_, wb_.st);
+    }
+    QImage img(window_, QImage::Format_RGB32);
+    img.fill(kFormBackColor);
+    QPainter p(&img);
+    p.drawImage(0, 0, plot);
+    paintScrollBar(p, HS_);
+    return img;
+}
+
+QPointF SpectrumForm::onPlot(int x, int y) const {
+    const PlotMargins m;
+    return {double(x - m.left), double(y - m.top)};
+}
+
+void SpectrumForm::mousePress(int button, int x, int y) {
+    if (wb_.st.TempPath.empty()) return;
+    const QPointF p = onPlot(x, y);
+    view_.MouseDown(wb_.st, feedFrom(wb_.st), button, float(p.x()), float(p.y()));
+}
+
+void SpectrumForm::mouseMove(int buttons, int x, int y) {
+    if (wb_.st.TempPath.empty()) return;
+    // The cross follows the left button; with several held, the left one counts.
+    const int button = buttons & LeftButton    ? LeftButton
+                       : buttons & RightButton ? RightButton
+                                               : buttons & MiddleButton;
+    const QPointF p = onPlot(x, y);
+    view_.MouseMove(wb_.st, feedFrom(wb_.st), button, float(p.x()), float(p.y()));
+}
+
+void SpectrumForm::mouseRelease(int, int, int) {
+    if (wb_.st.TempPath.empty()) return;
+    view_.MouseUp();
 }
 
 } // namespace kv::spectrum

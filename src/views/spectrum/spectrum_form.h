@@ -1,13 +1,13 @@
 // The Spectrum view as a form of the workbench: its plot, its trace scroll bar `HS` and the
 // playback timer `tmrFFT`, and the chain a move of the scroll bar runs (the trace read, the
 // spectrum, the other open views, the drawing). Windows and the command-line renderer both
-// drive the view through this one object.
+// drive the view through this one object. In a window the plot with its labels fills the
+// window above the scroll bar.
 #pragma once
 
 #include "views/spectrum/spectrum_view.h"
 #include "views/view_label.h"
-
-#include <functional>
+#include "views/view_model.h"
 
 namespace kv {
 struct Workbench;
@@ -29,21 +29,43 @@ struct PlayTimer {
 /// caller runs the scroll bar's change handler, as a moved scroll bar would.
 bool tmrFFT_Tick(const ProgramState& st, ScrollBar& hs, PlayTimer& timer);
 
-class SpectrumForm {
+/// Height of the trace scroll bar under the plot, in window pixels.
+inline constexpr int kScrollHeight = 17;
+
+class SpectrumForm : public ViewModel {
   public:
     explicit SpectrumForm(Workbench& wb) : wb_(wb) {}
 
+    // ---- ViewModel ------------------------------------------------------------------------------
+    /// The scroll bar takes the data set's range however the view comes up (after an open, from
+    /// the menu, beside other views), then the plot is laid out for the window.
+    void load(int width, int height) override;
+    void resize(int width, int height) override;
+    /// The metric read-outs are this view's: they go off with it, flags, buttons and ticks
+    /// together, so that the next press switches one on again.
+    void unload() override;
+    void redraw() override { relayout(); }
+    void traceChanged() override { DrawTimer(); }
+    QImage picture() const override;
+    /// The Spectrum view runs its chain for every move of its scroll bar, also to where it is.
+    void scrolled(int value) override { HS_Change(value); }
+    void mousePress(int button, int x, int y) override;
+    void mouseMove(int buttons, int x, int y) override;
+    void mouseRelease(int button, int x, int y) override;
+    /// After a right press once markers have been used: the markers' pop-up menu.
+    bool takePopupRequest() override { return view_.takePopupRequest(); }
+
     SpectrumView& view() { return view_; }
     const SpectrumView& view() const { return view_; }
-    ScrollBar& HS() { return hs_; }
-    const ScrollBar& HS() const { return hs_; }
+    ScrollBar& HS() { return HS_; }
+    const ScrollBar& HS() const { return HS_; }
     PlayTimer& tmrFFT() { return tmrFFT_; }
 
     /// The plot got a new size: the fold is made for the new width, the view laid out again,
     /// and a Stacked plot starts empty.
     void resizePlot(int w, int h);
     /// The first drawing after an open: the scroll range, the fold for this plot, the layout.
-    void firstDraw();
+    void firstDraw() override;
     /// The scroll bar moved to `value` (by the user, the timer or LastPart).
     void HS_Change(int value);
     /// Moves to the scroll bar's position: the whole chain for one trace.
@@ -59,20 +81,19 @@ class SpectrumForm {
     /// Lays the view out again when a display setting or the data changed.
     void relayout();
     /// Pause: the final state, the peak text and, unless Stacked, the curve.
-    void finalDraw();
+    void finalDraw() override;
     /// Empties the plot (First in Stacked mode).
-    void clearPicture();
-
-    /// Runs after the view drew (the window repaints and mirrors the status panel).
-    std::function<void()> onDrawn;
+    void clearPicture() override;
 
   private:
     void showPeak();
+    /// The pointer's place on the plot, from window pixels.
+    QPointF onPlot(int x, int y) const;
     void layOutIfNeeded(const SpectrumFeed& f);
 
     Workbench& wb_;
     SpectrumView view_;
-    ScrollBar hs_;
+    QSize window_; // the window the view fills
     PlayTimer tmrFFT_;
 };
 

@@ -215,7 +215,8 @@ void SpectrumView::drawBars(Surface& pic, const std::vector<QPoint>& pts, QRgb c
     lines.reserve(pts.size() * 3);
     int prevX = 0, prevY = PlotH_;
     for (const QPoint& pt : pts) {
-        const int hw = (pt.x() - prevX) / 2;
+        // Half the distance to the point before, rounded half to even as every pixel here is.
+        const int hw = toInt32((pt.x() - prevX) / 2.0);
         const int left = prevX - hw, right = pt.x() - hw;
         lines.emplace_back(left, prevY, left, PlotH_);
         lines.emplace_back(left, prevY, right, prevY);

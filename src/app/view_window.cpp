@@ -1,0 +1,102 @@
+// The view window.
+#include "app/view_window.h"
+
+#include "views/view_model.h"
+
+#include <QCloseEvent>
+#include <QMenu>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QScrollBar>
+
+namespace kv {
+
+namespace {
+
+int buttonsOf(Qt::MouseButtons b) {
+    int n = NoButton;
+    if (b & Qt::LeftButton) n |= LeftButton;
+    if (b & Qt::RightButton) n |= RightButton;
+    if (b & Qt::MiddleButton) n |= MiddleButton;
+    return n;
+}
+
+} // namespace
+
+ViewWindow::ViewWindow(ViewModel& model, QWidget* parent)
+    : QWidget(parent), model_(model), hs_(new QScrollBar(Qt::Horizontal, this)) {
+    hs_->setObjectName(QStringLiteral("HS"));
+    hs_->setSingleStep(1);
+    setAttribute(Qt::WA_OpaquePaintEvent);
+    setMinimumSize(209, 216);
+    setMouseTracking(true);
+    connect(hs_, &QScrollBar::valueChanged, this, [this](int v) {
+        if (mirroring_ || !loaded_) return;
+        model_.scrolled(v);
+        refresh();
+    });
+}
+
+QImage ViewWindow::picture() const {
+    return model_.picture();
+}
+
+void ViewWindow::mirrorScrollBar() {
+    mirroring_ = true;
+    const ScrollBar& s = model_.scrollBar();
+    hs_->setGeometry(s.rect);
+    hs_->setVisible(!s.rect.isEmpty());
+    hs_->setRange(s.Min, s.Max);
+    hs_->setValue(s.Value);
+    hs_->setEnabled(s.Enabled);
+    mirroring_ = false;
+}
+
+void ViewWindow::refresh() {
+    mirrorScrollBar();
+    update();
+}
+
+void ViewWindow::paintEvent(QPaintEvent*) {
+    QPainter p(this);
+    if (loaded_)
+        p.drawImage(0, 0, model_.picture());
+    else
+        p.fillRect(rect(), QColor(kFormBackColor));
+}
+
+void ViewWindow::resizeEvent(QResizeEvent*) {
+    if (loaded_) {
+        model_.resize(width(), height());
+    } else {
+        model_.load(width(), height());
+        loaded_ = true;
+    }
+    refresh();
+}
+
+void ViewWindow::mousePressEvent(QMouseEvent* e) {
+    if (!loaded_) return;
+    model_.mousePress(buttonsOf(e->button()), int(e->position().x()), int(e->position().y()));
+    if (model_.takePopupRequest() && popup_) popup_->popup(e->globalPosition().toPoint());
+    refresh();
+}
+
+void ViewWindow::mouseMoveEvent(QMouseEvent* e) {
+    if (!loaded_) return;
+    model_.mouseMove(buttonsOf(e->buttons()), int(e->position().x()), int(e->position().y()));
+    refresh();
+}
+
+void ViewWindow::mouseReleaseEvent(QMouseEvent* e) {
+    if (!loaded_) return;
+    model_.mouseRelease(buttonsOf(e->button()), int(e->position().x()), int(e->position().y()));
+    refresh();
+}
+
+void ViewWindow::closeEvent(QCloseEvent* e) {
+    if (loaded_) model_.unload();
+    e->accept();
+}
+
+} // namespace kv
