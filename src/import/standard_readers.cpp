@@ -21,6 +21,7 @@ void runStandardRead(ImportContext& ctx, const std::function<void()>& body) {
     } catch (const std::bad_alloc&) {
     }
     ctx.dialogFileName.clear();
+    ctx.st.SourceInfoLines.clear(); // no header lines of a file that did not open
     ctx.wb.host.message(text, kMessageTitle, icon);
     if (ctx.cleanSet) ctx.cleanSet();
     ctx.wb.cmd.button(2).visible = true;

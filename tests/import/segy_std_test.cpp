@@ -307,6 +307,7 @@ TEST(SegyStd, FilesThatDoNotHoldWhatTheirHeadersPromise) {
         EXPECT_TRUE(r.st.TempPath.empty());
         EXPECT_EQ(r.onlyMessage(), c.message);
         EXPECT_TRUE(r.cmd.button(2).visible);
+        EXPECT_TRUE(r.st.SourceInfoLines.empty());
     }
 }
 
