@@ -2,12 +2,29 @@
 // its own loop (a template instance), so decoding a trace costs no branch per sample.
 #include "import/standard_samples.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstring>
 
 namespace kv {
 
 namespace {
+
+/// The value of an IBM float: sign, a base-16 exponent biased by 64, and a 24-bit fraction
+/// below the hexadecimal point, value = fraction * 2^(4 * exponent - 280). The fraction has at
+/// most 24 significant bits, so it converts to a float exactly; the power of two then only
+/// moves that float's exponent. Written without branches so that a trace of them decodes as
+/// one vector loop.
+inline float ibmValue(uint32_t bits) {
+    const uint32_t fraction = bits & 0x00FFFFFFu;
+    const uint32_t f = std::bit_cast<uint32_t>(float(int32_t(fraction)));
+    const int32_t biased = int32_t(f >> 23) + 4 * int32_t((bits >> 24) & 0x7F) - 280;
+    const uint32_t sign = bits & 0x80000000u;
+    uint32_t out = sign | (uint32_t(biased) << 23) | (f & 0x007FFFFFu);
+    out = biased >= 255 ? (sign | 0x7F7FFFFFu) : out; // beyond a float: its largest value
+    out = biased <= 0 || fraction == 0 ? 0u : out;    // below a normal float, or zero: 0
+    return std::bit_cast<float>(out);
+}
 
 template <int N, bool Big> inline uint64_t loadUnsigned(const uint8_t* p) {
     uint64_t v = 0;
@@ -37,7 +54,7 @@ template <SampleType T, bool Big> inline float decodeOne(const uint8_t* p) {
     if constexpr (T == SampleType::UInt32) return float(uint32_t(loadUnsigned<4, Big>(p)));
     if constexpr (T == SampleType::Int64) return float(loadSigned<8, Big>(p));
     if constexpr (T == SampleType::UInt64) return float(loadUnsigned<8, Big>(p));
-    if constexpr (T == SampleType::IbmFloat) return ibmToFloat(uint32_t(loadUnsigned<4, Big>(p)));
+    if constexpr (T == SampleType::IbmFloat) return ibmValue(uint32_t(loadUnsigned<4, Big>(p)));
     if constexpr (T == SampleType::Float32) {
         return std::bit_cast<float>(uint32_t(loadUnsigned<4, Big>(p)));
     }
@@ -203,23 +220,7 @@ std::string describeSampleType(SampleType t) {
 }
 
 float ibmToFloat(uint32_t bits) {
-    // Sign, a base-16 exponent biased by 64, and a 24-bit fraction below the hexadecimal point:
-    // value = fraction * 2^-24 * 16^(exponent - 64). The fraction has at most 24 significant
-    // bits, so inside a float's range the value is held exactly.
-    const uint32_t fraction = bits & 0x00FFFFFFu;
-    if (fraction == 0) return 0.0f;
-    const uint32_t sign = bits & 0x80000000u;
-    const int shift = std::countl_zero(fraction) - 8; // brings the leading 1 to bit 23
-    const int exponent2 = 4 * (int((bits >> 24) & 0x7F) - 64) - 1 - shift;
-    const int biased = exponent2 + 127;
-    uint32_t out;
-    if (biased <= 0)
-        return 0.0f;
-    else if (biased >= 255)
-        out = sign | 0x7F7FFFFFu;
-    else
-        out = sign | (uint32_t(biased) << 23) | ((fraction << shift) & 0x007FFFFFu);
-    return std::bit_cast<float>(out);
+    return ibmValue(bits);
 }
 
 void decodeSamples(SampleType t, bool bigEndian, const uint8_t* in, size_t n, float* out) {
@@ -227,6 +228,17 @@ void decodeSamples(SampleType t, bool bigEndian, const uint8_t* in, size_t n, fl
         decodeIn<true>(t, in, n, out);
     else
         decodeIn<false>(t, in, n, out);
+}
+
+void SamplePeak::take(const float* v, size_t n) {
+    // A magnitude's bits order as the magnitude does, so the search runs on integers (a vector
+    // loop); NaNs and infinities, whose bits lie above every finite value, are passed over.
+    int32_t best = std::bit_cast<int32_t>(peak);
+    for (size_t i = 0; i < n; ++i) {
+        const int32_t a = std::bit_cast<int32_t>(v[i]) & 0x7FFFFFFF;
+        best = std::max(best, a < 0x7F800000 ? a : 0);
+    }
+    peak = std::bit_cast<float>(best);
 }
 
 float fullScaleFor(bool integerSamples, double integerScale, const SamplePeak& peak) {

@@ -50,15 +50,7 @@ void decodeSamples(SampleType t, bool bigEndian, const uint8_t* in, size_t n, fl
 /// The largest magnitude among finite samples seen so far.
 struct SamplePeak {
     float peak = 0.0f;
-    void take(const float* v, size_t n) {
-        float p = peak;
-        for (size_t i = 0; i < n; ++i) {
-            const float a = v[i] < 0 ? -v[i] : v[i];
-            // NaN fails the test, an infinity is not a level anything can be scaled to.
-            if (a > p && a <= 3.402823466e38f) p = a;
-        }
-        peak = p;
-    }
+    void take(const float* v, size_t n);
 };
 
 /// FullScalePos of a file: the type's full scale for integers, else the largest magnitude of
