@@ -4,25 +4,24 @@
 #include "platform/message_title.h"
 
 #include <limits>
-#include <new>
+#include <optional>
 
 namespace kv {
 
 void runStandardRead(ImportContext& ctx, const std::function<void()>& body) {
-    std::string text = "File corrupted!";
-    MsgIcon icon = MsgIcon::Critical;
-    try {
-        body();
-        return;
-    } catch (const ReadRefused& e) {
-        text = e.what();
-        icon = e.icon;
-    } catch (const ReadError&) {
-    } catch (const std::bad_alloc&) {
-    }
+    std::optional<ReadRefused> refused;
+    const Failure how = catchInputFailure([&] {
+        try {
+            body();
+        } catch (const ReadRefused& e) {
+            refused = e;
+        }
+    });
+    if (how == Failure::None && !refused) return;
     ctx.dialogFileName.clear();
     ctx.st.SourceInfoLines.clear(); // no header lines of a file that did not open
-    ctx.wb.host.message(text, kMessageTitle, icon);
+    if (!refused) return reportFailedRead(ctx, how, "File corrupted!");
+    ctx.wb.host.message(refused->what(), kMessageTitle, refused->icon);
     if (ctx.cleanSet) ctx.cleanSet();
     ctx.wb.cmd.button(2).visible = true;
     ctx.st.TempPath.clear();

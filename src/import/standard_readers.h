@@ -22,10 +22,10 @@ struct ReadRefused : ReadError {
     MsgIcon icon;
 };
 
-/// Runs a standard reader's body. When the file fails the read (ReadError, or no memory for
-/// what its header asks): the dialog's file name is emptied so that the open stops, the
-/// message box shows a ReadRefused's own text or "File corrupted!", the file information is
-/// emptied, the views go (CleanSet), toolbar button 2 shows, and TempPath is emptied.
+/// Runs a standard reader's body. When the file fails the read (see catchInputFailure): the
+/// dialog's file name and the file information are emptied so that the open stops, and the
+/// message box shows a ReadRefused's own text or "File corrupted!" (the out-of-memory text when
+/// memory ran out), the views go (CleanSet), toolbar button 2 shows, and TempPath is emptied.
 void runStandardRead(ImportContext& ctx, const std::function<void()>& body);
 
 /// SourceLength from the size of the source.

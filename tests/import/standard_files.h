@@ -23,7 +23,7 @@ struct StdReader : Bench {
     void run(ReaderFn read, const std::string& path) {
         setWorkingPaths(st);
         st.SourceInfoLines.clear();
-        ImportContext ctx(wb, path, 1);
+        ImportContext ctx(wb, path);
         ctx.cleanSet = [this] { CleanSet(wb); };
         read(ctx);
         dialogFileName = ctx.dialogFileName;
