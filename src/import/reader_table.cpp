@@ -17,6 +17,8 @@ void ReadDt1(ImportContext& ctx);     // dt1.cpp: .DT1 with its .HD header
 void ReadZon(ImportContext& ctx);     // zon.cpp
 void ReadCsv(ImportContext& ctx);     // csv.cpp: time/value pairs into one trace
 void ReadDat(ImportContext& ctx);     // dat.cpp: .dat with its .hdr, into one trace
+void ReadSegyStd(ImportContext& ctx); // segy_std.cpp: SEG-Y of any revision
+void ReadSeg2Std(ImportContext& ctx); // seg2_std.cpp: SEG-2 of any variant
 
 namespace {
 
@@ -109,6 +111,20 @@ std::vector<ImportEntry> entries() {
          .read = ReadDat,
          .showVerticalBefore = 1,
          .rereadAfterOptions = true},
+        // Beside the twelve: the standards as published, one working trace per trace of the
+        // file. Their first extensions name them in reports apart from the fixed-rule entries.
+        {.name = "SEGY-STD",
+         .dialogText = "SEG-Y, all revisions (*.sgy;*.segy)|*.sgy;*.segy|",
+         .extensions = {"SEGY", "SGY"},
+         .flag = &S::IsSegyStd,
+         .read = ReadSegyStd,
+         .showVerticalBefore = 2},
+        {.name = "SEG2-STD",
+         .dialogText = "SEG-2, all variants (*.sg2;*.seg2;*.dat)|*.sg2;*.seg2;*.dat|",
+         .extensions = {"SEG2", "SG2", "DAT"},
+         .flag = &S::IsSeg2Std,
+         .read = ReadSeg2Std,
+         .showVerticalBefore = 2},
     };
 }
 

@@ -64,6 +64,7 @@ struct ProgramState {
     // Which format is open: exactly one is true after an open.
     bool IsWav = false, IsSht = false, IsDzt = false, IsRd3 = false, IsSgy = false, IsSg2 = false,
          IsDt1 = false, IsDt = false, IsCsv = false, IsDat = false;
+    bool IsSegyStd = false, IsSeg2Std = false; // SEG-Y of all revisions, SEG-2 of all variants
     bool IsProject = false;
     bool IsSprScan = false;
     bool IsRadsys = false; // the .sgy entry the import dialog's filter index chose

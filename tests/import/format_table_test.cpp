@@ -12,9 +12,9 @@ namespace {
 /// The entry the next format would add: several extensions, one of them shared with an
 /// existing entry, and a flag of its own (IsProject stands in for it here).
 ImportEntry appendedEntry() {
-    return {.name = "SEGY-STD",
-            .dialogText = "SEG-Y, all revisions (*.sgy;*.segy)|*.sgy;*.segy|",
-            .extensions = {"SGY", "SEGY"},
+    return {.name = "NEXT",
+            .dialogText = "Next format (*.sgy;*.nxt)|*.sgy;*.nxt|",
+            .extensions = {"SGY", "NXT"},
             .flag = &ProgramState::IsProject,
             .showVerticalBefore = 2};
 }
@@ -36,7 +36,8 @@ TEST(FormatTable, EachDefaultTypeListsItsOwnEntryFirstAndEveryEntryOnce) {
     }
     EXPECT_EQ(t.order(0), t.order(1)) << "a default type out of range takes the first order";
     EXPECT_EQ(t.order(13), t.order(1));
-    EXPECT_EQ(t.names(), "WAV SHT DZT RD3 SEISMIC RADSYS SEG2 SPRSCAN DT1 ZON CSV DAT");
+    EXPECT_EQ(t.names(),
+              "WAV SHT DZT RD3 SEISMIC RADSYS SEG2 SPRSCAN DT1 ZON CSV DAT SEGY-STD SEG2-STD");
 }
 
 TEST(FormatTable, TheChosenEntryDecidesBetweenEntriesOfOneExtension) {
@@ -63,27 +64,30 @@ TEST(FormatTable, AnAppendedEntryComesAfterTheTwelveEverywhereAndMovesNoneOfThem
     FormatTable t = formatTable();
     t.append(appendedEntry());
     const size_t added = t.rows().size() - 1;
+    const int position = int(t.rows().size());
     const std::string text = appendedEntry().dialogText;
     for (int fil = 1; fil <= 12; ++fil) {
         SCOPED_TRACE(fil);
         EXPECT_EQ(t.dialogFilter(fil), importFilter(fil) + text);
-        EXPECT_EQ(t.filterIndexOf(fil, added), 13);
-        EXPECT_EQ(t.rowAt(fil, 13), added);
+        EXPECT_EQ(t.filterIndexOf(fil, added), position);
+        EXPECT_EQ(t.rowAt(fil, position), added);
+        for (int k = 1; k <= 12; ++k)
+            EXPECT_EQ(t.rowAt(fil, k), formatTable().rowAt(fil, k));
         EXPECT_EQ(t.filterIndexOf(fil, *t.find("RADSYS")), RadsysIndex(fil));
         EXPECT_EQ(t.filterIndexOf(fil, *t.find("SPRSCAN")), SprScanIndex(fil));
     }
     // --filter names, the command-line help and the tests' extension list.
-    EXPECT_EQ(t.find("segy-std"), added);
-    EXPECT_TRUE(t.names().ends_with(" DAT SEGY-STD"));
-    EXPECT_EQ(t.extensions().back(), "segy");
+    EXPECT_EQ(t.find("next"), added);
+    EXPECT_TRUE(t.names().ends_with(" SEG2-STD NEXT"));
+    EXPECT_EQ(t.extensions().back(), "nxt");
     EXPECT_EQ(t.extensions().size(), formatTable().extensions().size() + 1) << "sgy once";
 
     // Extension detection: its own extension finds it; the shared one keeps finding the Seismic
     // entry unless the dialog's choice was the new entry.
-    EXPECT_EQ(t.filterIndexForFile(1, "dir/line.SEGY"), 13);
+    EXPECT_EQ(t.filterIndexForFile(1, "dir/line.NXT"), position);
     EXPECT_EQ(t.filterIndexForFile(1, "dir/line.sgy"), 5);
     ProgramState st;
-    t.detect(st, "line.segy", t.rowAt(1, 1));
+    t.detect(st, "line.nxt", t.rowAt(1, 1));
     EXPECT_TRUE(st.IsProject);
     EXPECT_EQ(t.active(st), &t.row(added));
     t.detect(st, "line.sgy", t.rowAt(1, 1));
@@ -96,7 +100,7 @@ TEST(FormatTable, AnAppendedEntryComesAfterTheTwelveEverywhereAndMovesNoneOfThem
 
 TEST(FormatTable, ADialogOrderNamingAnUnknownOrRepeatedEntryIsRefused) {
     std::vector<ImportEntry> rows = {appendedEntry()};
-    EXPECT_THROW(FormatTable(rows, {"SEGY-STD NOPE"}), std::logic_error);
-    EXPECT_THROW(FormatTable(rows, {"SEGY-STD SEGY-STD"}), std::logic_error);
-    EXPECT_NO_THROW(FormatTable(rows, {"segy-std"}));
+    EXPECT_THROW(FormatTable(rows, {"NEXT NOPE"}), std::logic_error);
+    EXPECT_THROW(FormatTable(rows, {"NEXT NEXT"}), std::logic_error);
+    EXPECT_NO_THROW(FormatTable(rows, {"next"}));
 }

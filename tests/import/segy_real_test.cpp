@@ -1,57 +1,22 @@
 // Real SEG-Y recordings: what each one gives through our rules, and how the working traces
 // compare with the samples segyio reads from the same file, where the rules read the samples as
 // stored and where they deliberately read them otherwise.
+#include "segyio_reference.h"
 #include "seismic_files.h"
 #include "support/test_home.h"
 
 #include <gtest/gtest.h>
 
-#include <segyio/segy.h>
-
 #include <cstring>
 #include <fstream>
 
 using namespace kv;
+using test::segyioTraces;
 
 namespace {
 
 constexpr int kSeismic = 5;
 constexpr int kRadsys = 6;
-
-/// The traces of a file as segyio reads them (IBM floats converted, integers widened).
-std::vector<std::vector<float>> segyioTraces(const std::string& path, bool lsb) {
-    std::vector<std::vector<float>> out;
-    segy_file* fp = segy_open(path.c_str(), "rb");
-    if (!fp) return out;
-    if (lsb) segy_set_format(fp, SEGY_LSB);
-    std::vector<char> bin(static_cast<size_t>(segy_binheader_size()));
-    segy_binheader(fp, bin.data());
-    const int format = segy_format(bin.data());
-    const int samples = segy_samples(bin.data());
-    segy_set_format(fp, format | (lsb ? SEGY_LSB : SEGY_MSB));
-    const long trace0 = segy_trace0(bin.data());
-    const int bsize = segy_trsize(format, samples);
-    int traces = 0;
-    segy_traces(fp, &traces, trace0, bsize);
-    std::vector<char> buf(static_cast<size_t>(bsize));
-    for (int t = 0; t < traces; ++t) {
-        segy_readtrace(fp, t, buf.data(), trace0, bsize);
-        segy_to_native(format, samples, buf.data());
-        std::vector<float> v(static_cast<size_t>(samples));
-        for (int i = 0; i < samples; ++i) {
-            if (format == SEGY_SIGNED_SHORT_2_BYTE) {
-                int16_t x;
-                std::memcpy(&x, buf.data() + 2 * i, 2);
-                v[size_t(i)] = x;
-            } else {
-                std::memcpy(&v[size_t(i)], buf.data() + 4 * i, 4);
-            }
-        }
-        out.push_back(std::move(v));
-    }
-    segy_close(fp);
-    return out;
-}
 
 std::vector<uint8_t> bytesOf(const std::string& path) {
     std::ifstream f(path, std::ios::binary);

@@ -1,0 +1,35 @@
+// What the standards-conformant seismic readers share: their failure handler.
+#include "import/standard_readers.h"
+
+#include "platform/message_title.h"
+
+#include <limits>
+#include <optional>
+
+namespace kv {
+
+void runStandardRead(ImportContext& ctx, const std::function<void()>& body) {
+    std::optional<ReadRefused> refused;
+    const Failure how = catchInputFailure([&] {
+        try {
+            body();
+        } catch (const ReadRefused& e) {
+            refused = e;
+        }
+    });
+    if (how == Failure::None && !refused) return;
+    ctx.dialogFileName.clear();
+    ctx.st.SourceInfoLines.clear(); // no header lines of a file that did not open
+    if (!refused) return reportFailedRead(ctx, how, "File corrupted!");
+    ctx.wb.host.message(refused->what(), kMessageTitle, refused->icon);
+    if (ctx.cleanSet) ctx.cleanSet();
+    ctx.wb.cmd.button(2).visible = true;
+    ctx.st.TempPath.clear();
+}
+
+void setSourceLength(ProgramState& st, uint64_t size) {
+    st.SourceLength =
+        int32_t(std::min<uint64_t>(size, uint64_t(std::numeric_limits<int32_t>::max())));
+}
+
+} // namespace kv
