@@ -64,6 +64,8 @@ struct ProgramState {
     // Which format is open: exactly one is true after an open.
     bool IsWav = false, IsSht = false, IsDzt = false, IsRd3 = false, IsSgy = false, IsSg2 = false,
          IsDt1 = false, IsDt = false, IsCsv = false, IsDat = false;
+    // The entries that read every variant of a format beside the fixed-layout ones.
+    bool IsDztStd = false, IsWavStd = false, IsCsvStd = false;
     bool IsProject = false;
     bool IsSprScan = false;
     bool IsRadsys = false; // the .sgy entry the import dialog's filter index chose
@@ -95,6 +97,9 @@ struct ProgramState {
     int16_t Padding_Int = 1;
     int16_t BscanShow = 0;
     int16_t StSp = 1, StPh = 0, StOs = 0, StWat = 0;
+    /// The channel (1-based) the "all variants" readers take from a source with several. A
+    /// settings file without the key means the first.
+    int16_t ImportChannel = 1;
 
     // ---- Settings file: [TimeWindow] --------------------------------------------------------
     std::string Time_LineColor, Time_BackColor, Time_GridColor;

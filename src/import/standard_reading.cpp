@@ -1,0 +1,132 @@
+// The failure report, channel choice, sample decoding, full scale and trace loop of the readers
+// of the "all variants" entries.
+#include "import/standard_reading.h"
+
+#include "platform/message_title.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <new>
+
+namespace kv {
+
+void readOrReport(ImportContext& ctx, const std::function<void()>& body) {
+    std::string text;
+    try {
+        body();
+        return;
+    } catch (const UnreadableFile& e) {
+        text = e.what();
+    } catch (const ReadError&) {
+        // The working file could not be written, or a read the reader did not foresee failed.
+        text = "File corrupted!";
+    } catch (const std::bad_alloc&) {
+        text = "Not enough memory to read this file.";
+    }
+    ctx.dialogFileName.clear();
+    ctx.wb.host.message(text, kMessageTitle, MsgIcon::Critical);
+    if (ctx.cleanSet) ctx.cleanSet();
+    ctx.wb.cmd.button(2).visible = true;
+    ctx.st.TempPath.clear();
+}
+
+int chosenChannel(const ProgramState& st, int channels) {
+    const int c = std::max<int>(st.ImportChannel, 1);
+    if (c > channels)
+        throw UnreadableFile(
+            "Channel " + std::to_string(c) + " is chosen in the options, but the file has only " +
+            std::to_string(channels) + (channels == 1 ? " channel." : " channels."));
+    return c - 1;
+}
+
+int sampleBytes(SampleCoding c) {
+    switch (c) {
+    case SampleCoding::U8:
+        return 1;
+    case SampleCoding::S16:
+    case SampleCoding::U16:
+        return 2;
+    case SampleCoding::S24:
+        return 3;
+    case SampleCoding::S32:
+    case SampleCoding::F32:
+        return 4;
+    case SampleCoding::F64:
+        return 8;
+    }
+    return 1;
+}
+
+double decodeSample(const uint8_t* p, SampleCoding c) {
+    switch (c) {
+    case SampleCoding::U8:
+        return double(int(p[0]) - 128);
+    case SampleCoding::S16:
+        return double(int16_t(uint16_t(p[0] | (p[1] << 8))));
+    case SampleCoding::U16:
+        return double(int(p[0] | (p[1] << 8)) - 32768);
+    case SampleCoding::S24: {
+        // The top byte carries the sign: shift it into the top of 32 bits and back.
+        const uint32_t u = uint32_t(p[0]) << 8 | uint32_t(p[1]) << 16 | uint32_t(p[2]) << 24;
+        return double(int32_t(u) >> 8);
+    }
+    case SampleCoding::S32: {
+        const uint32_t u =
+            uint32_t(p[0]) | uint32_t(p[1]) << 8 | uint32_t(p[2]) << 16 | uint32_t(p[3]) << 24;
+        return double(int32_t(u));
+    }
+    case SampleCoding::F32: {
+        float f;
+        std::memcpy(&f, p, 4);
+        return double(f);
+    }
+    case SampleCoding::F64: {
+        double d;
+        std::memcpy(&d, p, 8);
+        return d;
+    }
+    }
+    return 0.0;
+}
+
+void setIntegerFullScale(ProgramState& st, int bits) {
+    const double half = std::ldexp(1.0, bits - 1);
+    st.FullScalePos = float(half - 1.0);
+    st.FullScaleNeg = float(half);
+}
+
+void setFloatFullScale(ProgramState& st, double largestAbs) {
+    float v = float(largestAbs);
+    // A silent recording still needs a scale to draw against.
+    if (!(v > 0.0f) || !std::isfinite(v)) v = 1.0f;
+    st.FullScalePos = v;
+    st.FullScaleNeg = v;
+}
+
+void writeThinnedTraces(ImportContext& ctx, int64_t rawPerTrace,
+                        const std::function<void(int32_t k, std::vector<float>& raw)>& fill) {
+    ProgramState& st = ctx.st;
+    const int ds = std::max<int>(st.NewDS, 1);
+    const ThinMode mode = st.DownsampleMode == 0 ? ThinMode::Average : ThinMode::Decimate;
+    TraceOutput out(ctx, st.TempPath);
+    std::vector<float> raw(static_cast<size_t>(rawPerTrace));
+    std::vector<float> thinned, trace(static_cast<size_t>(st.Sp_Samples));
+    for (int32_t k = 0; k < st.TraceCount; ++k) {
+        if (!out.next(k)) break;
+        std::fill(raw.begin(), raw.end(), 0.0f);
+        fill(k, raw);
+        thinTrace(raw.data(), raw.size(), ds, mode, thinned);
+        const size_t n = std::min(thinned.size(), trace.size());
+        std::copy_n(thinned.begin(), n, trace.begin());
+        std::fill(trace.begin() + long(n), trace.end(), 0.0f);
+        out.write(trace);
+    }
+    out.finish();
+}
+
+std::string infoLine(const std::string& label, const std::string& value) {
+    return label + " : " + value;
+}
+
+} // namespace kv
