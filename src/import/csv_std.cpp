@@ -311,7 +311,7 @@ void readCsv(ImportContext& ctx) {
         info.push_back(infoLine("Row " + std::to_string(i + 1), c.preambleText[i]));
     if (c.preambleText.size() > kPreambleRowsShown)
         info.push_back(infoLine("Preamble", std::to_string(c.preambleText.size()) + " rows"));
-    info.push_back(infoLine("Numbers begin at row", std::to_string(c.firstDataRow)));
+    info.push_back(infoLine("First row of numbers", std::to_string(c.firstDataRow)));
     info.push_back(infoLine("Channels", std::to_string(c.channels) + ", channel " +
                                             std::to_string(c.channel + 1) + " shown"));
     std::string samples = std::to_string(c.rows);
