@@ -87,16 +87,22 @@ inline std::vector<uint8_t> dztFile(const DztSpec& s) {
     return b;
 }
 
+/// A four-character code, appended.
+inline void appendId(std::vector<uint8_t>& b, const char* id) {
+    for (int i = 0; i < 4; ++i)
+        b.push_back(uint8_t(id[i]));
+}
+
 /// A RIFF file built chunk by chunk: sizes are filled in, odd chunks get their pad byte.
 struct RiffBuilder {
     std::vector<uint8_t> bytes;
     explicit RiffBuilder(const char* container = "RIFF") {
-        bytes.insert(bytes.end(), container, container + 4);
+        appendId(bytes, container);
         appendLe<uint32_t>(bytes, 0);
-        bytes.insert(bytes.end(), {'W', 'A', 'V', 'E'});
+        appendId(bytes, "WAVE");
     }
     RiffBuilder& chunk(const char* id, const std::vector<uint8_t>& body, bool pad = true) {
-        bytes.insert(bytes.end(), id, id + 4);
+        appendId(bytes, id);
         appendLe<uint32_t>(bytes, uint32_t(body.size()));
         bytes.insert(bytes.end(), body.begin(), body.end());
         if (pad && (body.size() & 1)) bytes.push_back(0);
@@ -121,9 +127,10 @@ inline std::vector<uint8_t> fmtChunk(uint16_t tag, uint16_t channels, uint32_t r
         appendLe<uint16_t>(b, bits);
         appendLe<uint32_t>(b, 0x3);
         appendLe<uint16_t>(b, tag);
-        const uint8_t rest[14] = {0x00, 0x00, 0x00, 0x00, 0x10, 0x00, 0x80,
-                                  0x00, 0x00, 0xAA, 0x00, 0x38, 0x9B, 0x71};
-        b.insert(b.end(), rest, rest + 14);
+        // The rest of the sub-format GUID, the same for every tag.
+        for (uint8_t x :
+             {0x00, 0x00, 0x00, 0x00, 0x10, 0x00, 0x80, 0x00, 0x00, 0xAA, 0x00, 0x38, 0x9B, 0x71})
+            b.push_back(x);
     }
     return b;
 }
