@@ -25,6 +25,7 @@ void readOrReport(ImportContext& ctx, const std::function<void()>& body) {
         text = "Not enough memory to read this file.";
     }
     ctx.dialogFileName.clear();
+    ctx.st.SourceInfoLines.clear();
     ctx.wb.host.message(text, kMessageTitle, MsgIcon::Critical);
     if (ctx.cleanSet) ctx.cleanSet();
     ctx.wb.cmd.button(2).visible = true;

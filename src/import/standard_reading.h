@@ -31,7 +31,8 @@ struct UnreadableFile : ReadError {
 /// Runs a whole reader, header and traces. When the file fails the read, the user is told why
 /// in one critical message (an UnreadableFile's own text, "File corrupted!" for any other
 /// failed read, or that memory ran out), the dialog's file name is emptied so the open does not
-/// finish, CleanSet runs, toolbar button 2 shows, and TempPath is emptied. Faults in the program
+/// finish, the header lines found so far are dropped, CleanSet runs, toolbar button 2 shows, and
+/// TempPath is emptied. Faults in the program
 /// itself are not caught.
 void readOrReport(ImportContext& ctx, const std::function<void()>& body);
 

@@ -32,6 +32,7 @@ void endsCleanly(const Reader& r, const std::vector<uint8_t>& bytes, const std::
         EXPECT_EQ(b.host.messages[0].title, "Kelvorandine®");
         EXPECT_FALSE(b.host.messages[0].text.empty());
         EXPECT_TRUE(b.st.TempPath.empty());
+        EXPECT_TRUE(b.st.SourceInfoLines.empty());
     }
 }
 
