@@ -35,10 +35,7 @@ inline int importOnce(const std::string& home, const std::string& file, const st
     Workbench wb{st, cmd, host, views};
     st.AppPath = home;
     MDIForm_Load(wb);
-    int index = filterIndexForFile(st.Fil, file);
-    FilterName f;
-    if (!filter.empty() && parseFilterName(filter, f)) index = filterIndexOf(st.Fil, f);
-    host.queueFile(file, index < 1 ? 1 : index);
+    host.queueFile(file, chosenFilterIndex(st.Fil, file, filter).value_or(1));
     mnuOpen_Click(wb);
     return st.TempPath.empty() ? -1 : st.TraceCount;
 }

@@ -75,11 +75,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     st.AppPath = home();
     kv::MDIForm_Load(wb);
     gSource = home() + "/input." KV_FUZZ_EXT;
-    int index = kv::filterIndexForFile(st.Fil, gSource);
-    kv::FilterName f;
-    if (std::strlen(KV_FUZZ_FILTER) && kv::parseFilterName(KV_FUZZ_FILTER, f))
-        index = kv::filterIndexOf(st.Fil, f);
-    host.queueFile(gSource, index < 1 ? 1 : index);
+    host.queueFile(gSource, kv::chosenFilterIndex(st.Fil, gSource, KV_FUZZ_FILTER).value_or(1));
     // A header may promise tens of thousands of long traces of zeros past the end of a small
     // input: the first 64 show whether the reader holds up, the rest would only fill the disk.
     host.cancelProgressAt(64);

@@ -6,7 +6,7 @@
 #include "commands/open.h"
 #include "engine/engine.h"
 #include "import/file_filters.h"
-#include "import/readers.h"
+#include "import/format_table.h"
 #include "platform/files.h"
 
 #include <charconv>
@@ -55,14 +55,6 @@ std::string resolveHome(const CommonOptions& o, const std::string& exeDir) {
     return exeDir;
 }
 
-/// Moves the data set to scroll position `trace`, as a move of the scroll bar does.
-void moveTo(ProgramState& st, int trace) {
-    if (trace < 0 || trace > st.LastTrace)
-        throw UsageError("--trace must lie between 0 and " + std::to_string(st.LastTrace));
-    st.TracePos = int16_t(trace);
-    st.CurrentTracePos = st.FirstTracePos + st.ScrollStride * trace;
-}
-
 /// A spectrum figure as JSON: a number, or null where it is not finite.
 nlohmann::json number(double x) {
     return std::isfinite(x) ? nlohmann::json(x) : nlohmann::json(nullptr);
@@ -91,6 +83,17 @@ template <typename T> void appendCell(std::string& line, T x) {
 
 } // namespace
 
+void moveTo(ProgramState& st, int trace) {
+    if (trace < 0 || trace > st.LastTrace)
+        throw UsageError("--trace must lie between 0 and " + std::to_string(st.LastTrace));
+    st.TracePos = int16_t(trace);
+    setCurrentTracePos(st);
+}
+
+std::string filterHelp() {
+    return "Import dialog entry: " + formatTable().names();
+}
+
 void printJson(const nlohmann::json& j) {
     std::cout << j.dump(2) << "\n";
 }
@@ -114,16 +117,9 @@ bool openSession(Session& s, const CommonOptions& o, const std::string& exeDir) 
     s.host.echo = [](const ShownMessage& m) { std::cerr << m.title << ": " << m.text << "\n"; };
     MDIForm_Load(s.wb);
 
-    int index = 0;
-    if (!o.filter.empty()) {
-        FilterName f;
-        if (!parseFilterName(o.filter, f)) throw UsageError("unknown filter: " + o.filter);
-        index = filterIndexOf(s.st.Fil, f);
-    } else {
-        index = filterIndexForFile(s.st.Fil, o.file);
-    }
-    if (index == 0) index = 1;
-    s.host.queueFile(path, index);
+    const std::optional<int> index = chosenFilterIndex(s.st.Fil, o.file, o.filter);
+    if (!index) throw UsageError("unknown filter: " + o.filter);
+    s.host.queueFile(path, *index);
     // A project file is opened the way "Open Kelvorandine File" opens it.
     if (upperAscii(fileTitleOf(path)).ends_with(".KVD"))
         mnuOimp_Click(s.wb);
@@ -138,7 +134,7 @@ nlohmann::json describe(const Session& s) {
     j["SourcePath"] = st.SourcePath;
     j["FileTitle"] = st.FileTitle;
     j["loaded"] = !st.TempPath.empty();
-    if (const auto* row = activeFormat(st)) j["format"] = row->name;
+    if (const ImportEntry* row = formatTable().active(st)) j["format"] = row->extensions.front();
     j["Sp_Samples"] = st.Sp_Samples;
     j["TraceCount"] = st.TraceCount;
     j["TraceLength"] = st.TraceLength;
@@ -198,11 +194,8 @@ int runConvert(const CommonOptions& o, const std::string& out, const std::string
                                    std::filesystem::copy_options::overwrite_existing, ec);
     } else if (ext == "KVD") {
         // The Export command's writers, as the workbench runs them.
-        try {
-            ProjectWrite(s.wb, out);
-        } catch (const std::exception&) {
+        if (catchInputFailure([&] { ProjectWrite(s.wb, out); }) != Failure::None)
             ec = std::make_error_code(std::errc::io_error);
-        }
     } else {
         DztWrite(s.wb, out); // passes over every failure, as in the workbench
         if (!fileExists(out)) ec = std::make_error_code(std::errc::io_error);

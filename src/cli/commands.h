@@ -55,6 +55,13 @@ nlohmann::json describe(const Session& s);
 /// Prints a JSON document on stdout.
 void printJson(const nlohmann::json& j);
 
+/// Moves the data set to scroll position `trace` (0 to LastTrace, else a UsageError), placing
+/// CurrentTracePos by the workbench's own rule.
+void moveTo(ProgramState& st, int trace);
+
+/// The help text of --filter: the import dialog's entries by name.
+std::string filterHelp();
+
 int runInfo(const CommonOptions& o, const std::string& exeDir);
 int runConvert(const CommonOptions& o, const std::string& out, const std::string& exeDir);
 

@@ -1,5 +1,7 @@
 // kelvorandine-cli: the workbench's readers and engine from the command line, JSON on stdout.
 #include "cli/commands.h"
+#include "platform/message_title.h"
+#include "platform/read_error.h"
 
 #include <CLI/CLI.hpp>
 #include <filesystem>
@@ -17,9 +19,7 @@ std::string exeDirOf(const char* argv0) {
 void addCommon(CLI::App* sub, kv::cli::CommonOptions& o) {
     sub->add_option("FILE", o.file, "Recording to open")->required();
     sub->add_option("--home", o.home, "Home folder (SP.ini, working files)");
-    sub->add_option("--filter", o.filter,
-                    "Import dialog entry: WAV SHT DZT RD3 SEISMIC RADSYS SEG2 SPRSCAN DT1 ZON "
-                    "CSV DAT");
+    sub->add_option("--filter", o.filter, kv::cli::filterHelp());
     sub->add_option("--set", o.sets, "Section.Key=Value overriding SP.ini for this run");
 }
 
@@ -77,21 +77,30 @@ int main(int argc, char** argv) {
     }
 
     const std::string exeDir = exeDirOf(argv[0]);
+    int code = kv::cli::kExitUsage;
+    std::string why;
     try {
-        if (*infoCmd) return kv::cli::runInfo(info, exeDir);
-        if (*convertCmd) return kv::cli::runConvert(convert, convertOut, exeDir);
+        // A file that cannot be read or written ends the run with no data; a fault in the
+        // program is not caught and ends it abnormally.
+        const kv::Failure how = kv::catchInputFailure(
+            [&] {
+                if (*infoCmd) code = kv::cli::runInfo(info, exeDir);
+                if (*convertCmd) code = kv::cli::runConvert(convert, convertOut, exeDir);
 #ifdef KV_CLI_RENDER
-        if (*renderCmd) return kv::cli::runRender(render, exeDir);
+                if (*renderCmd) code = kv::cli::runRender(render, exeDir);
 #endif
-        if (*spectrumCmd)
-            return kv::cli::runSpectrum(spectrum, spectrumTrace, spectrumColumns, exeDir);
-        if (*metricsCmd) return kv::cli::runMetrics(metrics, metricsTrace, allTraces, exeDir);
+                if (*spectrumCmd)
+                    code = kv::cli::runSpectrum(spectrum, spectrumTrace, spectrumColumns, exeDir);
+                if (*metricsCmd)
+                    code = kv::cli::runMetrics(metrics, metricsTrace, allTraces, exeDir);
+            },
+            &why);
+        if (how == kv::Failure::None) return code;
+        if (how == kv::Failure::Memory) why = kv::kOutOfMemoryText;
     } catch (const kv::cli::UsageError& e) {
         std::cerr << "kelvorandine-cli: " << e.what() << "\n";
         return kv::cli::kExitUsage;
-    } catch (const std::exception& e) {
-        std::cerr << "kelvorandine-cli: " << e.what() << "\n";
-        return kv::cli::kExitNoData;
     }
-    return kv::cli::kExitUsage;
+    std::cerr << "kelvorandine-cli: " << why << "\n";
+    return kv::cli::kExitNoData;
 }

@@ -10,6 +10,8 @@
 #include "state/workbench.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstdlib>
 #include <initializer_list>
 #include <string_view>
 #include <utility>
@@ -63,12 +65,13 @@ void setIniColor(std::string& item, uint32_t value) {
     item = std::to_string(value);
 }
 
+/// A colour's decimal text as a number; text that is not a number, or one too large, gives 0.
 uint32_t iniColorValue(const std::string& text) {
-    try {
-        return static_cast<uint32_t>(std::stoul(text));
-    } catch (...) {
-        return 0;
-    }
+    errno = 0;
+    char* end = nullptr;
+    const unsigned long v = std::strtoul(text.c_str(), &end, 10);
+    if (end == text.c_str() || errno == ERANGE) return 0;
+    return static_cast<uint32_t>(v);
 }
 
 /// A colour button: the colour dialog with its title; a chosen colour goes into the settings

@@ -4,6 +4,7 @@
 #include "commands/export.h"
 
 #include "platform/numeric.h"
+#include "platform/read_error.h"
 #include "platform/trace_store.h"
 #include "state/workbench.h"
 
@@ -32,14 +33,14 @@ struct QuietFile {
         try {
             f.open(path, true);
             ok = true;
-        } catch (const std::exception&) {
+        } catch (const ReadError&) {
         }
     }
     void put(int64_t pos1, const void* data, size_t n) {
         if (!ok) return;
         try {
             f.writeBytes(pos1, data, n);
-        } catch (const std::exception&) {
+        } catch (const ReadError&) {
         }
     }
     void i16(int64_t pos1, double v) {
@@ -85,7 +86,7 @@ void DztWrite(Workbench& wb, const std::string& target) {
     for (int32_t k = 0; k < st.TraceCount; ++k) {
         try {
             readTrace(st.TempPath, 1 + int64_t(k) * n * 4, in);
-        } catch (const std::exception&) {
+        } catch (const ReadError&) {
             // A failed read leaves the buffer as it was.
         }
         std::fill(bytes.begin(), bytes.end(), 0);

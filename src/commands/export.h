@@ -17,7 +17,7 @@ inline constexpr int kExportDialogFlags = 2054;
 inline constexpr const char* kProjectFilter = "Kelvorandine File(*.kvd)|*.kvd|";
 
 /// The Export command (menu "Export to ..", toolbar "Export"): asks for a target and runs the
-/// writer its extension names. Cancel or any failure simply ends the command.
+/// writer its extension names. Cancel or a failed read or write simply ends the command.
 void ExportFile(Workbench& wb);
 
 /// Writes TempPath as a GSSI-compatible 16-bit file. The target is not truncated, and every

@@ -1,12 +1,12 @@
 // The native project file (.kvd): the working traces with a small header, written by the
 // Export command and read back by "Open Kelvorandine File". Reading one needs no reader of the
-// original format: the traces are copied as they are into temp.sp.
+// recording's own format: the traces are copied as they are into temp.sp.
 #include "commands/export.h"
 
 #include "commands/lifecycle.h"
 #include "commands/open.h"
 #include "engine/engine.h"
-#include "import/readers.h"
+#include "import/reader.h"
 #include "platform/byte_source.h"
 #include "platform/files.h"
 #include "platform/trace_store.h"
@@ -19,16 +19,13 @@ namespace kv {
 namespace {
 
 // The header's text value: type tag 8 (text), its length, and the name in the 8-bit code page
-// the files have always used ("®" is byte 0xAE there).
+// project files are written in ("®" is byte 0xAE there).
 constexpr char kProjectName[] = "Kelvorandine\xAE";
 constexpr int64_t kTracesPos = 60; // 1-based position of the first trace
-constexpr int32_t kMaxProjectTrace = 1 << 24;
 
 template <typename T> void putAt(TraceFileWriter& f, int64_t pos1, T value) {
     f.writeBytes(pos1, &value, sizeof value);
 }
-
-struct ProjectCancelled {};
 
 } // namespace
 
@@ -79,7 +76,7 @@ void openProjectFile(Workbench& wb, const std::string& path, const std::string& 
     st.FullScalePos = src.f32le(49);
     // The views keep several arrays of a trace's length: an empty trace cannot be shown, and
     // one of more than 16 M samples would not fit in memory, which ends the open here.
-    if (st.Sp_Samples < 1 || st.Sp_Samples > kMaxProjectTrace) throw ReadError("Out of memory");
+    if (st.Sp_Samples < 1 || st.Sp_Samples > kLargestArray) throw ReadError("Out of memory");
     st.TraceLength = st.Sp_Samples;
     st.SourceLength = checkedInt32(double(st.TraceCount) * st.Sp_Samples * 4);
     // WorkingFileLength, FullScaleNeg, Channels and StereoFlag keep the values of the last
@@ -125,17 +122,10 @@ void openProjectFile(Workbench& wb, const std::string& path, const std::string& 
 }
 
 void mnuOimp_Click(Workbench& wb) {
-    CommandState& cmd = wb.cmd;
     closeBeforeOpen(wb, true);
-    try {
-        FileChoice choice = wb.host.openFile(kProjectFilter, "Open Kelvorandine File", 1);
-        if (choice.cancelled) throw ProjectCancelled{};
+    openFromDialog(wb, kProjectFilter, "Open Kelvorandine File", [&](const FileChoice& choice) {
         openProjectFile(wb, choice.path, choice.title);
-    } catch (...) {
-        // Cancel or a file that cannot be read: no message, no data set.
-        abandonDataSet(wb);
-    }
-    cmd.touch();
+    });
 }
 
 } // namespace kv

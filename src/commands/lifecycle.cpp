@@ -5,6 +5,7 @@
 #include "engine/engine.h"
 #include "platform/files.h"
 #include "platform/numeric.h"
+#include "platform/read_error.h"
 #include "platform/trace_store.h"
 #include "state/settings.h"
 #include "state/workbench.h"
@@ -220,8 +221,8 @@ void InitStatusPanels(Workbench& wb) {
 
 void ReloadForms(Workbench& wb) {
     ProgramState& st = wb.st;
-    st.TraceBuf.assign(size_t(st.Sp_Samples) + 1, 0.0f);
-    st.TraceBufR.assign(size_t(st.Sp_Samples) + 1, 0.0f);
+    st.TraceBuf.assign(checkedCount(st.Sp_Samples) + 1, 0.0f);
+    st.TraceBufR.assign(st.TraceBuf.size(), 0.0f);
     FyllSpData(st);
     resetPeakHold(st);
     if (st.SpectrumOpen) {
@@ -249,14 +250,8 @@ void ChNewDS(Workbench& wb) {
     st.SourcePath = st.SourcePathKeep;
     deleteWorkingFiles(st);
     setWorkingPaths(st);
-    try {
-        rereadDataSet(wb);
-    } catch (const std::exception&) {
-        // A re-read that fails leaves no data set rather than a half-written one.
-        abandonDataSet(wb);
-        return;
-    }
-    if (!st.IsWav) st.ActiveTracePath = st.TempPath;
+    // A re-read that fails leaves no data set rather than a half-written one.
+    if (!abandonOnFailure(wb, [&] { rereadDataSet(wb); })) return;
     cmd.caption = "Kelvorandine   " + st.FileTitle;
     cmd.panel(3) = "FFT Bins: " + std::to_string(st.Sp_Samples / 2);
     BigFile(st);
@@ -266,12 +261,11 @@ void ChNewDS(Workbench& wb) {
     cmd.showButtons(2, 3, true);
     st.Fft_Samples = st.Sp_Samples;
     InitFftState(st);
-    try {
+    const bool read = abandonOnFailure(wb, [&] {
+        checkTraceLength(st);
         FyllSpData(st);
-    } catch (const std::exception&) {
-        abandonDataSet(wb);
-        return;
-    }
+    });
+    if (!read) return;
     wb.views.loadView(wb, ViewId::Spectrum);
     cmd.showButtons(2, CommandState::kButtons, true);
     wb.views.spectrumFirstDraw(wb);

@@ -3,57 +3,45 @@
 
 #include "commands/lifecycle.h"
 #include "engine/engine.h"
+#include "engine/fft.h"
 #include "import/file_filters.h"
-#include "import/readers.h"
+#include "import/format_table.h"
 #include "platform/files.h"
+#include "platform/message_title.h"
+#include "platform/read_error.h"
 #include "state/workbench.h"
 
 namespace kv {
 
 namespace {
 
-struct DialogCancelled {};
-
 /// A reader's context as the open step hands it over: the source, the workbench's opener, and
 /// the clean-up a reader's failure handler runs.
-ImportContext importContext(Workbench& wb, const std::string& source, int filterIndex) {
-    ImportContext ctx(wb, source, filterIndex);
+ImportContext importContext(Workbench& wb, const std::string& source) {
+    ImportContext ctx(wb, source);
     ctx.cleanSet = [&wb] { CleanSet(wb); };
     return ctx;
 }
 
-/// Runs the reader of the flag that is set, with the settings the open command puts around it.
-/// Returns false when the open must stop here without a message (the scope reader gave up).
-bool runReader(ImportContext& ctx) {
+/// Runs the reader of the entry the format flags name, with the settings its row puts around
+/// it. Returns the row, or nullptr when the open must stop here without a message (a reader
+/// that gave up through ImportFailed has told the user why).
+const ImportEntry* runReader(ImportContext& ctx) {
     ProgramState& st = ctx.st;
-    const FormatRow* row = activeFormat(st);
+    const ImportEntry* row = formatTable().active(st);
     if (!row) throw ReadError("no format");
-    if (st.IsWav) {
-        st.StereoFlag = 1;
-        if (!WavCheck(ctx))
-            ctx.wb.host.message(ctx.reread ? "Corrupted file!" : "File corrupted!", kMessageTitle,
-                                MsgIcon::Critical);
-        ReadWav(ctx);
-        st.YUnitName = row->yUnitAfter;
-        if (st.Channels > 1) {
-            ctx.wb.cmd.panel(9) = "Stereo/left ch.";
-            st.ActiveTracePath = st.TempLeftPath;
-        } else {
-            ctx.wb.cmd.panel(9) = "Mono";
-            st.ActiveTracePath = st.TempPath;
-        }
-        return true;
-    }
-    if (row->showVerticalBefore) st.ShowVertical = row->showVerticalBefore;
-    if (row->stereoOff) st.StereoFlag = 0;
-    if (st.IsSgy) st.IsRadsys = ctx.filterIndex == RadsysIndex(st.Fil);
-    if (st.IsSg2) st.IsSprScan = ctx.filterIndex == SprScanIndex(st.Fil);
+    if (row->showVerticalBefore) st.ShowVertical = *row->showVerticalBefore;
+    if (row->stereoFlagBefore) st.StereoFlag = *row->stereoFlagBefore;
     if (!row->read) throw ReadError("no reader for this format");
     row->read(ctx);
-    // The scope reader clears its own flag when it gives up, so ask the row, not the flag.
-    if (row->flag == &ProgramState::IsSht && st.ImportFailed) return false;
+    if (st.ImportFailed) return nullptr;
     if (row->yUnitAfter) st.YUnitName = row->yUnitAfter;
-    return true;
+    if (row->perChannelFiles) {
+        const bool stereo = st.Channels > 1;
+        ctx.wb.cmd.panel(9) = stereo ? "Stereo/left ch." : "Mono";
+        st.ActiveTracePath = stereo ? st.TempLeftPath : st.TempPath;
+    }
+    return row;
 }
 
 ViewId waterfallOf(const ProgramState& st) {
@@ -86,7 +74,8 @@ void bringUpViews(Workbench& wb) {
     }
 }
 
-/// Steps 5 to 15 of the open, after the dialog gave a file.
+/// The open after the dialog gave a file: the working files, the format, the reader, and the
+/// data set shown.
 void openChosenFile(Workbench& wb, const FileChoice& choice) {
     ProgramState& st = wb.st;
     CommandState& cmd = wb.cmd;
@@ -97,12 +86,15 @@ void openChosenFile(Workbench& wb, const FileChoice& choice) {
     st.SourceDisplayPath = choice.path;
     st.SourceInfoLines.clear();
     st.FileTitle = choice.title;
-    detectFormat(st, st.FileTitle);
+    formatTable().detect(st, st.FileTitle, formatTable().rowAt(st.Fil, choice.filterIndex));
 
-    ImportContext ctx = importContext(wb, choice.path, choice.filterIndex);
-    if (!runReader(ctx)) return;
+    ImportContext ctx = importContext(wb, choice.path);
+    const ImportEntry* row = runReader(ctx);
+    if (!row) return;
 
-    if (!st.IsWav) {
+    // Every source without per-channel files ends with the Bits scale, whatever its row set
+    // before the reader.
+    if (!row->perChannelFiles) {
         st.ShowVertical = 2;
         st.ActiveTracePath = st.TempPath;
     }
@@ -132,15 +124,21 @@ void announceDataSet(Workbench& wb) {
         cmd.enable(m);
 }
 
+void checkTraceLength(const ProgramState& st) {
+    if (st.Sp_Samples < 1 || st.Sp_Samples > fft::kMaxLength)
+        throw ReadError("no trace length the spectrum can take");
+}
+
 void showDataSet(Workbench& wb) {
     ProgramState& st = wb.st;
     CommandState& cmd = wb.cmd;
+    checkTraceLength(st);
     st.Fft_Samples = st.Sp_Samples;
     cmd.panel(3) = "FFT Bins: " + std::to_string(st.Sp_Samples / 2);
     InitFftState(st);
     if (st.ModeFFT == 4 && st.TraceCount <= st.AverVal) st.AverVal = int16_t(st.TraceCount);
     st.TraceBuf.assign(size_t(st.Sp_Samples) + 1, 0.0f);
-    st.TraceBufR.assign(size_t(st.Sp_Samples) + 1, 0.0f);
+    st.TraceBufR.assign(st.TraceBuf.size(), 0.0f);
     st.CurrentTracePos = st.FirstTracePos;
     FyllSpData(st);
     st.NewDataSet = true;
@@ -163,7 +161,7 @@ void closeBeforeOpen(Workbench& wb, bool project) {
     ProgramState& st = wb.st;
     CommandState& cmd = wb.cmd;
     st.IsProject = project;
-    if (project) clearFormatFlags(st);
+    if (project) formatTable().clearFlags(st);
     st.ImportFailed = false;
     st.SpanActive = false;
     st.CurrentTracePos = 1;
@@ -178,25 +176,35 @@ void closeBeforeOpen(Workbench& wb, bool project) {
     CloseDataSet(wb);
 }
 
-/// The Import command; `given` answers the file dialog without showing it.
-static void importChosenFile(Workbench& wb, const FileChoice* given) {
-    ProgramState& st = wb.st;
-    CommandState& cmd = wb.cmd;
-    closeBeforeOpen(wb, false);
-    try {
-        FileChoice choice =
-            given ? *given : wb.host.openFile(importFilter(st.Fil), "Import data files", 1);
-        if (choice.cancelled) throw DialogCancelled{};
-        openChosenFile(wb, choice);
-    } catch (...) {
-        // Cancel, or a reader that failed without a handler of its own: no message, no data.
+bool abandonOnFailure(Workbench& wb, const std::function<void()>& body) {
+    const Failure how = catchInputFailure(body);
+    if (how == Failure::None) return true;
+    // A failed read has no message of its own here; memory that ran out has.
+    if (how == Failure::Memory) wb.host.message(kOutOfMemoryText, kMessageTitle, MsgIcon::Critical);
+    abandonDataSet(wb);
+    return false;
+}
+
+/// Opens what the dialog gave; a cancelled dialog leaves no data set and shows nothing (the old
+/// data set is gone already).
+static void openChoice(Workbench& wb, const FileChoice& choice,
+                       const std::function<void(const FileChoice&)>& open) {
+    if (choice.cancelled)
         abandonDataSet(wb);
-    }
-    cmd.touch();
+    else
+        abandonOnFailure(wb, [&] { open(choice); });
+    wb.cmd.touch();
+}
+
+void openFromDialog(Workbench& wb, const std::string& filter, const std::string& title,
+                    const std::function<void(const FileChoice&)>& open) {
+    openChoice(wb, wb.host.openFile(filter, title, 1), open);
 }
 
 void mnuOpen_Click(Workbench& wb) {
-    importChosenFile(wb, nullptr);
+    closeBeforeOpen(wb, false);
+    openFromDialog(wb, importFilter(wb.st.Fil), "Import data files",
+                   [&](const FileChoice& choice) { openChosenFile(wb, choice); });
 }
 
 void importFile(Workbench& wb, const std::string& path, int filterIndex) {
@@ -205,16 +213,19 @@ void importFile(Workbench& wb, const std::string& path, int filterIndex) {
     choice.path = path;
     choice.title = fileTitleOf(path);
     choice.filterIndex = filterIndex;
-    importChosenFile(wb, &choice);
+    closeBeforeOpen(wb, false);
+    openChoice(wb, choice, [&](const FileChoice& c) { openChosenFile(wb, c); });
 }
 
 void rereadDataSet(Workbench& wb) {
     ProgramState& st = wb.st;
-    const FormatRow* row = activeFormat(st);
-    if (!row || !row->rereadAfterOptions) return;
-    ImportContext ctx = importContext(wb, st.SourcePath, 1);
-    ctx.reread = true;
-    runReader(ctx);
+    const ImportEntry* row = formatTable().active(st);
+    if (row && row->rereadAfterOptions) {
+        ImportContext ctx = importContext(wb, st.SourcePath);
+        ctx.reread = true;
+        row = runReader(ctx);
+    }
+    if (!row || !row->perChannelFiles) st.ActiveTracePath = st.TempPath;
 }
 
 } // namespace kv

@@ -2,6 +2,7 @@
 // and bring the views up.
 #pragma once
 
+#include <functional>
 #include <string>
 
 namespace kv {
@@ -11,29 +12,43 @@ struct ProgramState;
 struct ImportContext;
 struct FileChoice;
 
-/// The whole Import command, driven through the host's open dialog. Never throws: every
-/// failure ends in the messages and clean-up the formats define, with no data set.
+/// The whole Import command, driven through the host's open dialog. A file that cannot be read
+/// ends in the messages and clean-up its format defines, with no data set; only a fault in the
+/// program throws.
 void mnuOpen_Click(Workbench& wb);
 /// The Import command with the dialog's answer already known: a file named on the command line
 /// or dropped on the window, opened as if the user had picked it with the entry `filterIndex`.
 void importFile(Workbench& wb, const std::string& path, int filterIndex);
 
-/// The first steps of an open, before the file dialog: the open's flags reset (IsProject as
-/// given; a project also clears the format flags), and the old data set closed.
+/// Runs an open or a re-read. When the file fails the read (see catchInputFailure) the data set
+/// is abandoned without a message, or with kOutOfMemoryText when memory ran out; the result is
+/// then false. A fault in the program passes through.
+bool abandonOnFailure(Workbench& wb, const std::function<void()>& body);
+/// Shows the open dialog with `filter` and `title` and runs `open` on the chosen file under
+/// abandonOnFailure. Cancel leaves no data set and shows nothing.
+void openFromDialog(Workbench& wb, const std::string& filter, const std::string& title,
+                    const std::function<void(const FileChoice&)>& open);
+
+/// What an open does before its file dialog: the open's flags reset (IsProject as given; a
+/// project also clears the format flags), and the old data set closed.
 void closeBeforeOpen(Workbench& wb, bool project);
-/// Step 12 of an open, shared with "Open Kelvorandine File": status panels, caption, the
+/// The data set announced, shared with "Open Kelvorandine File": status panels, caption, the
 /// scroll mapping, and the menu entries a data set enables.
 void announceDataSet(Workbench& wb);
-/// Steps 13 to 15 of an open, shared with "Open Kelvorandine File": the FFT for Sp_Samples, the
-/// first spectrum, and the start views brought up and arranged. Throws when the working file
-/// cannot be read.
+/// Fails the read when Sp_Samples is no length the spectrum can take: none at all (a header
+/// whose trace length no power of two fits), or more than the transform is made for.
+void checkTraceLength(const ProgramState& st);
+/// The data set shown, shared with "Open Kelvorandine File": the FFT for Sp_Samples, the first
+/// spectrum, and the start views brought up and arranged. Throws ReadError when the working
+/// file cannot be read or the trace length cannot be taken.
 void showDataSet(Workbench& wb);
 
 /// Deletes temp.sp, temp_l.sp, temp_r.sp, test.bmp and span.sp in the home folder.
 void deleteWorkingFiles(const ProgramState& st);
 /// Sets TempPath, TempLeftPath, TempRightPath to their files in the home folder.
 void setWorkingPaths(ProgramState& st);
-/// ChNewDS's re-read of the open format (WAV, SHT, DAT, CSV, DZT only). Throws ReadError.
+/// ChNewDS's re-read of the open format (the rows marked for it: WAV, SHT, DAT, CSV, DZT), after
+/// which the views read temp.sp unless the format keeps a file per channel. Throws ReadError.
 void rereadDataSet(Workbench& wb);
 
 } // namespace kv

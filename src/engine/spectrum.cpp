@@ -74,7 +74,7 @@ void filterPasses(ProgramState& st, std::vector<float>& re, std::vector<float>& 
     if (amp) amplitudesOf(st, re, im, *amp, n);
 }
 
-/// Steps 10 and 11 of a trace: amplitudes, through the FFT filter when it is on.
+/// The amplitudes of the transformed trace, through the FFT filter when it is on.
 void formAmplitudes(ProgramState& st, bool withBack) {
     const int32_t n = st.Fft_Samples;
     const bool backScroll = withBack && st.PlayRew && st.BackTraceTop > 0;
@@ -110,8 +110,8 @@ void applyGain(ProgramState& st) {
 }
 
 /// Average mode's group: traces k = from..to (AverVal+1 of them) summed into arr[0..N-1] and
-/// divided by AverVal, not by their count; arr[N] stays as the last trace left it. Both are how
-/// the Average levels have always been calibrated. Positions before the file are skipped, and
+/// divided by AverVal, not by their count; arr[N] stays as the last trace left it. The Average
+/// levels are calibrated on both. Positions before the file are skipped, and
 /// CurrentTracePos ends on the last trace of the group.
 void averageGroup(ProgramState& st, int64_t from, int64_t to, std::vector<float>& arr) {
     const int32_t n = st.Fft_Samples;
@@ -220,8 +220,9 @@ void FyllSpData(ProgramState& st) {
     }
     redim(st.FftRe, int64_t(n) + 1);
     redim(st.FftIm, int64_t(n) + 1);
-    // SpPhase keeps the previous trace's phases until step 14: the columns folded in between
-    // carry them, which is how a Single Trace display has always shown its phase column.
+    // SpPhase keeps the previous trace's phases until the phases are taken, last of all: the
+    // columns folded in between carry them, so a Single Trace display's phase column belongs to
+    // the trace before.
     ensure(st.SpPhase, int64_t(n) + 1);
     st.Sp_Bins = n / 2;
     st.PhaseBins = n / 2;

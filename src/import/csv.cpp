@@ -1,7 +1,7 @@
 // Comma-separated tables (.csv) of time and value pairs, such as oscilloscope exports, read
 // into one trace. The first row is a title row; several pairs on one row become consecutive
 // points. How many lines are read is a per-user setting.
-#include "import/readers.h"
+#include "import/reader.h"
 #include "import/text_lines.h"
 
 #include "platform/numeric.h"
@@ -45,9 +45,8 @@ void ReadCsv(ImportContext& ctx) {
     st.SourceLength = static_cast<int32_t>(src->size());
     const int32_t limit =
         checkedInt32(Val(ctx.wb.host.userSetting("Settings", "MaximumLinesToRead", "1000")));
-    if (limit < 0) throw ReadError("Subscript out of range");
     // Two lists of that many texts: a limit in the tens of millions is more than memory holds.
-    if (limit > (1 << 24)) throw ReadError("Out of memory");
+    checkedCount(limit);
 
     // Columns 1, 3, 5 ... of every row go to the times and 2, 4, 6 ... to the values, in
     // order; both lists hold CsvLineLimit + 1 texts, and a row that does not fit fails the read.
@@ -94,7 +93,7 @@ void ReadCsv(ImportContext& ctx) {
     checkIndex(5, slots);
     st.SampleRate = checkedDiv(1.0, cellNumber(times[5]) - cellNumber(times[4]));
 
-    std::vector<float> trace(size_t(std::max(st.Sp_Samples, 0)), 0.0f);
+    std::vector<float> trace(checkedCount(std::max(st.Sp_Samples, 0)), 0.0f);
     float csvMax = -10.0f, csvMin = -10.0f;
     const int64_t last = st.PadWithZero ? int64_t(checkedInt32(double(points) / st.NewDS - 1))
                                         : int64_t(st.Sp_Samples) - 1;

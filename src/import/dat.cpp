@@ -1,6 +1,6 @@
 // Pairs of text files: .dat with one sample per line and .hdr with the point count and the
 // sample interval in seconds, read into one trace.
-#include "import/readers.h"
+#include "import/reader.h"
 #include "import/text_lines.h"
 
 #include "platform/files.h"
@@ -46,7 +46,7 @@ void ReadDat(ImportContext& ctx) {
     // The header: line 1 the point count, line 2 the interval. A missing header, or one whose
     // interval is 0, ends the open here.
     std::string countText;
-    try {
+    const Failure headerRead = catchInputFailure([&] {
         auto hdr = ctx.open(hdrPath(st));
         LineReader lines(*hdr);
         std::vector<std::string> header;
@@ -56,13 +56,8 @@ void ReadDat(ImportContext& ctx) {
         header.resize(2);
         countText = header[0];
         st.SampleRate = checkedDiv(1.0, Val(header[1]));
-    } catch (const std::exception&) {
-        ctx.wb.host.message("Header Not Found!", kMessageTitle, MsgIcon::Critical);
-        if (ctx.cleanSet) ctx.cleanSet();
-        ctx.wb.cmd.button(2).visible = true;
-        st.TempPath.clear();
-        return;
-    }
+    });
+    if (headerRead != Failure::None) return reportFailedRead(ctx, headerRead, "Header Not Found!");
 
     const double n = Val(countText) / st.NewDS;
     fitToPointCount(st, n);
@@ -73,7 +68,7 @@ void ReadDat(ImportContext& ctx) {
     auto src = ctx.openSource();
     if (src->size() > uint64_t(INT32_MAX)) throw ReadError("Overflow");
     st.SourceLength = static_cast<int32_t>(src->size());
-    std::vector<float> trace(size_t(std::max(st.Sp_Samples, 0)), 0.0f);
+    std::vector<float> trace(checkedCount(std::max(st.Sp_Samples, 0)), 0.0f);
     if (sp >= int64_t(trace.size())) throw ReadError("Subscript out of range");
     const size_t want = sp < 0 ? 0 : size_t(sp + 1);
     LineReader lines(*src);

@@ -1,7 +1,7 @@
 // Sensors & Software radar recordings: 16-bit traces in the .DT1 file, each behind a 128-byte
 // trace header, described by the text header of the same name with the extension .HD. Three
 // values are taken from the header by scanning for a few letters of their keys, in any case.
-#include "import/readers.h"
+#include "import/reader.h"
 
 #include "platform/files.h"
 #include "platform/numeric.h"
@@ -75,9 +75,8 @@ void Dt1Traces(ImportContext& ctx) {
     ProgramState& st = ctx.st;
     auto src = openSourceSized(ctx);
     st.Dt1DataPos = 129;
-    if (st.Dt1Samples < 0) throw ReadError("Subscript out of range");
-    std::vector<int16_t> raw(size_t(st.Dt1Samples) + 1);
-    std::vector<float> trace(size_t(std::max<int32_t>(st.Sp_Samples, 0)));
+    std::vector<int16_t> raw(checkedCount(st.Dt1Samples) + 1);
+    std::vector<float> trace(checkedCount(std::max<int32_t>(st.Sp_Samples, 0)));
     // Each trace has a 128-byte trace header in front of it, skipped.
     const int64_t stride = int64_t(st.Dt1Samples) * 2 + 128;
     const int64_t upto = st.PadWithZero ? st.Dt1Samples : st.Sp_Samples;

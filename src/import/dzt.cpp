@@ -2,7 +2,7 @@
 // fields are used (samples per scan, bits, scans per second, range, channels); the scans follow
 // the 1024-byte header. A 16-bit scan is taken from two bytes further on and its last sample is
 // left at zero, so a file written by our own DZT export reads back in place.
-#include "import/readers.h"
+#include "import/reader.h"
 
 #include "platform/numeric.h"
 

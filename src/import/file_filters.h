@@ -1,23 +1,24 @@
-// The import dialog's list of file types. The default type (`Fil`) decides the order, and with
-// it which list positions mean the Radsys .sgy entry and the SPRScan ERA .sg2 entry.
+// The import dialog's list of file types, as the open command, the command line and the
+// workbench's own command line ask for it. The default type (`Fil`) decides the order, and with
+// it which list positions mean the Radsys .sgy entry and the SPRScan ERA .sg2 entry. All of it
+// comes from the format table.
 #pragma once
 
-#include <array>
+#include <cstddef>
+#include <optional>
 #include <string>
 
 namespace kv {
 
-enum class FilterName { WAV, SHT, DZT, RD3, SEISMIC, RADSYS, SEG2, DT1, ZON, CSV, DAT, SPRSCAN };
+/// An entry of the import dialog as --filter names it: its row in the format table.
+struct FilterName {
+    size_t row = 0;
+    bool operator==(const FilterName&) const = default;
+};
 
-/// "WAV", "SHT" ... as the command line names them.
-const char* filterName(FilterName f);
-/// Parses a name (case-blind); false when unknown.
+/// Parses a name such as "WAV" or "seismic" (case-blind); false when unknown.
 bool parseFilterName(const std::string& text, FilterName& out);
-/// The dialog text of one entry, e.g. "WAVE Files(*.wav)|*.wav|".
-const char* filterText(FilterName f);
-/// The twelve entries in the order `Fil` (1..12) gives them. A `Fil` out of range gives 1's.
-std::array<FilterName, 12> filterOrder(int fil);
-/// The joined filter string for the dialog.
+/// The joined filter string for the dialog, in the order of `fil`.
 std::string importFilter(int fil);
 /// 1-based positions of the Radsys and SPRScan ERA entries in that order.
 int RadsysIndex(int fil);
@@ -26,5 +27,9 @@ int SprScanIndex(int fil);
 int filterIndexOf(int fil, FilterName f);
 /// The first entry in the order of `fil` whose extension matches the file name's, or 0.
 int filterIndexForFile(int fil, const std::string& fileName);
+/// The dialog position a user picks for `fileName`: the entry named `filter` when one is given,
+/// else the first whose extension matches, else the first. Nothing when `filter` names no entry.
+std::optional<int> chosenFilterIndex(int fil, const std::string& fileName,
+                                     const std::string& filter);
 
 } // namespace kv

@@ -2,7 +2,7 @@
 // text header of the same name with the extension .rad. Only two header values are used: the
 // time window, found by a short scan for its key, and the trace length, which stands at a
 // fixed place at the head of the header.
-#include "import/readers.h"
+#include "import/reader.h"
 
 #include "platform/files.h"
 #include "platform/numeric.h"
@@ -48,8 +48,8 @@ void Rd3Traces(ImportContext& ctx) {
 
     const int32_t ds = st.NewDS;
     const int64_t n = st.TraceLength;
-    std::vector<int16_t> rd3Trace(size_t(n) + 1), rd3Wide;
-    std::vector<float> trace(size_t(std::max<int32_t>(st.Sp_Samples, 0)));
+    std::vector<int16_t> rd3Trace(checkedCount(n) + 1), rd3Wide;
+    std::vector<float> trace(checkedCount(std::max<int32_t>(st.Sp_Samples, 0)));
     TraceOutput out(ctx, st.TempPath);
     for (int32_t t = 0; t < st.TraceCount; ++t) {
         if (!out.next(t)) break;

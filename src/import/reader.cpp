@@ -9,9 +9,8 @@
 
 namespace kv {
 
-ImportContext::ImportContext(Workbench& w, const std::string& source, int index)
-    : wb(w), st(w.st), dialogFileName(source), filterIndex(index), sourcePath(source),
-      open(w.openSource) {}
+ImportContext::ImportContext(Workbench& w, const std::string& source)
+    : wb(w), st(w.st), dialogFileName(source), sourcePath(source), open(w.openSource) {}
 
 TraceOutput::TraceOutput(ImportContext& ctx, const std::string& path, bool yieldEachTrace)
     : ctx_(ctx), yield_(yieldEachTrace) {
@@ -41,16 +40,19 @@ void TraceOutput::finish() {
     file_.close();
 }
 
+void reportFailedRead(ImportContext& ctx, Failure how, const char* text) {
+    ctx.wb.host.message(how == Failure::Memory ? kOutOfMemoryText : text, kMessageTitle,
+                        MsgIcon::Critical);
+    if (ctx.cleanSet) ctx.cleanSet();
+    ctx.wb.cmd.button(2).visible = true;
+    ctx.st.TempPath.clear();
+}
+
 void withCorruptedFileHandler(ImportContext& ctx, const std::function<void()>& body) {
-    try {
-        body();
-    } catch (const std::exception&) {
-        ctx.dialogFileName.clear();
-        ctx.wb.host.message("File corrupted!", kMessageTitle, MsgIcon::Critical);
-        if (ctx.cleanSet) ctx.cleanSet();
-        ctx.wb.cmd.button(2).visible = true;
-        ctx.st.TempPath.clear();
-    }
+    const Failure how = catchInputFailure(body);
+    if (how == Failure::None) return;
+    ctx.dialogFileName.clear();
+    reportFailedRead(ctx, how, "File corrupted!");
 }
 
 std::unique_ptr<ByteSource> openSourceSized(ImportContext& ctx) {

@@ -24,8 +24,6 @@ struct ImportContext {
     /// The dialog's file name. A reader's "File corrupted!" handler empties it, which tells the
     /// open command not to finish the open.
     std::string dialogFileName;
-    /// The 1-based filter index the user chose in the import dialog.
-    int filterIndex = 1;
     /// True when the data set is being re-read after a settings change (not an Import).
     bool reread = false;
     /// The recording the open step chose; companion headers are found beside it.
@@ -36,7 +34,7 @@ struct ImportContext {
     /// fills it; readers sit below the commands and cannot call them by name.
     std::function<void()> cleanSet;
 
-    ImportContext(Workbench& w, const std::string& source, int index);
+    ImportContext(Workbench& w, const std::string& source);
     std::unique_ptr<ByteSource> openSource() { return open(sourcePath); }
 };
 
@@ -68,13 +66,19 @@ class TraceOutput {
     bool yield_;
 };
 
+/// What a reader's own failure handler does after a failed read: `text` (or, when memory ran
+/// out, kOutOfMemoryText) in a critical message box, CleanSet, toolbar button 2 shown, and
+/// TempPath emptied.
+void reportFailedRead(ImportContext& ctx, Failure how, const char* text);
+
 /// Runs a reader's trace-writing routine under the handler the radar, seismic and scope
-/// readers share: on any failure the dialog's file name is emptied, "File corrupted!" is shown,
-/// CleanSet runs, toolbar button 2 shows, and TempPath is emptied.
+/// readers share: when the file fails the read (see catchInputFailure) the dialog's file name
+/// is emptied, so the open does not finish, and reportFailedRead shows "File corrupted!".
+/// A fault in the program passes through.
 void withCorruptedFileHandler(ImportContext& ctx, const std::function<void()>& body);
 
 /// Checked conversions for header arithmetic: a division by zero or a value that does not fit
-/// fails the read, as the arithmetic of the original readers did.
+/// its type fails the read instead of giving a meaningless number.
 double checkedDiv(double a, double b);
 int32_t checkedInt32(double x); // rounds half to even
 int16_t checkedInt16(double x); // rounds half to even

@@ -1,51 +1,140 @@
-// The list of formats the Import command knows, in one place.
-#include "import/readers.h"
-
-#include "platform/files.h"
+// The import dialog's entries, one row each, in the order the dialog lists them for the first
+// default type. Adding a format means adding its reader file and one row here; a new row goes
+// after the last one, and every dialog lists it after the entries named in the orders below.
+#include "import/format_table.h"
 
 namespace kv {
 
-const std::vector<FormatRow>& formatTable() {
-    static const std::vector<FormatRow> rows = {
-        {&ProgramState::IsWav, "WAV", 0, false, "Percent Full Scale", ReadWav, true},
-        {&ProgramState::IsSht, "SHT", 1, true, "Volt", ReadSht, true},
-        {&ProgramState::IsDzt, "DZT", 2, true, "Ampl.(bits)", DztRead, true},
-        {&ProgramState::IsRd3, "RD3", 2, false, nullptr, ReadRd3, false},
-        {&ProgramState::IsSgy, "SGY", 2, false, nullptr, ReadSgy, false},
-        {&ProgramState::IsSg2, "SG2", 2, false, nullptr, ReadSg2, false},
-        {&ProgramState::IsDt1, "DT1", 2, false, nullptr, ReadDt1, false},
-        {&ProgramState::IsDt, "DT", 2, false, nullptr, ReadZon, false},
-        {&ProgramState::IsCsv, "CSV", 1, false, nullptr, ReadCsv, true},
-        {&ProgramState::IsDat, "DAT", 1, false, nullptr, ReadDat, true},
+// The readers' entry points, each defined in the reader file of its format.
+void ReadWav(ImportContext& ctx);     // wav.cpp: RIFF check, header, samples
+void ReadSht(ImportContext& ctx);     // sht.cpp: Wavestar scope record, one trace in volts
+void DztRead(ImportContext& ctx);     // dzt.cpp
+void ReadRd3(ImportContext& ctx);     // rd3.cpp: .rd3 with its .rad header
+void ReadSeismic(ImportContext& ctx); // segy.cpp: the seismic layout
+void ReadRadsys(ImportContext& ctx);  // segy.cpp: counts in the first trace header
+void ReadSg2(ImportContext& ctx);     // seg2.cpp: IsSprScan picks the interval's unit
+void ReadDt1(ImportContext& ctx);     // dt1.cpp: .DT1 with its .HD header
+void ReadZon(ImportContext& ctx);     // zon.cpp
+void ReadCsv(ImportContext& ctx);     // csv.cpp: time/value pairs into one trace
+void ReadDat(ImportContext& ctx);     // dat.cpp: .dat with its .hdr, into one trace
+
+namespace {
+
+using S = ProgramState;
+
+std::vector<ImportEntry> entries() {
+    return {
+        {.name = "WAV",
+         .dialogText = "WAVE Files(*.wav)|*.wav|",
+         .extensions = {"WAV"},
+         .flag = &S::IsWav,
+         .read = ReadWav,
+         .stereoFlagBefore = 1,
+         .yUnitAfter = "Percent Full Scale",
+         .perChannelFiles = true,
+         .rereadAfterOptions = true},
+        {.name = "SHT",
+         .dialogText = "Wavestar\xC2\xAE Files(*.SHT)|*.SHT|",
+         .extensions = {"SHT"},
+         .flag = &S::IsSht,
+         .read = ReadSht,
+         .showVerticalBefore = 1,
+         .stereoFlagBefore = 0,
+         .yUnitAfter = "Volt",
+         .rereadAfterOptions = true},
+        {.name = "DZT",
+         .dialogText = "GSSI Files(*.dzt)|*.dzt|",
+         .extensions = {"DZT"},
+         .flag = &S::IsDzt,
+         .read = DztRead,
+         .showVerticalBefore = 2,
+         .stereoFlagBefore = 0,
+         .yUnitAfter = "Ampl.(bits)",
+         .rereadAfterOptions = true},
+        {.name = "RD3",
+         .dialogText = "Mal\xC3\xA5 files(*.rd3)|*.rd3|",
+         .extensions = {"RD3"},
+         .flag = &S::IsRd3,
+         .read = ReadRd3,
+         .showVerticalBefore = 2},
+        {.name = "SEISMIC",
+         .dialogText = "Seismic files(*.sgy)|*.sgy|",
+         .extensions = {"SGY"},
+         .flag = &S::IsSgy,
+         .read = ReadSeismic,
+         .showVerticalBefore = 2},
+        {.name = "RADSYS",
+         .dialogText = "Radsys files(*.sgy)|*.sgy|",
+         .extensions = {"SGY"},
+         .flag = &S::IsSgy,
+         .chosenFlag = &S::IsRadsys,
+         .read = ReadRadsys,
+         .showVerticalBefore = 2},
+        {.name = "SEG2",
+         .dialogText = "Seismic files SEG-2(*sg2)|*.sg2|",
+         .extensions = {"SG2"},
+         .flag = &S::IsSg2,
+         .read = ReadSg2,
+         .showVerticalBefore = 2},
+        {.name = "SPRSCAN",
+         .dialogText = "SPRScan ERA SEG-2(*sg2)|*.sg2|",
+         .extensions = {"SG2"},
+         .flag = &S::IsSg2,
+         .chosenFlag = &S::IsSprScan,
+         .read = ReadSg2,
+         .showVerticalBefore = 2},
+        {.name = "DT1",
+         .dialogText = "SensorsSoftware DT1(*dt1)|*.dt1|",
+         .extensions = {"DT1"},
+         .flag = &S::IsDt1,
+         .read = ReadDt1,
+         .showVerticalBefore = 2},
+        {.name = "ZON",
+         .dialogText = "Zon Files(*.dt)|*.dt|",
+         .extensions = {"DT"},
+         .flag = &S::IsDt,
+         .read = ReadZon,
+         .showVerticalBefore = 2},
+        {.name = "CSV",
+         .dialogText = "Comma Separated Value (*.CSV)|*.CSV|",
+         .extensions = {"CSV"},
+         .flag = &S::IsCsv,
+         .read = ReadCsv,
+         .showVerticalBefore = 1,
+         .rereadAfterOptions = true},
+        {.name = "DAT",
+         .dialogText = "Dat Files (*.dat)|*.dat|",
+         .extensions = {"DAT"},
+         .flag = &S::IsDat,
+         .read = ReadDat,
+         .showVerticalBefore = 1,
+         .rereadAfterOptions = true},
     };
-    return rows;
 }
 
-void clearFormatFlags(ProgramState& st) {
-    for (const auto& row : formatTable())
-        st.*row.flag = false;
-}
+// The dialog order for each default type Fil 1 to 12. The type itself comes first (SEG-2 and
+// SPRScan ERA keep each other company); the rest follow one of three fixed sequences that no
+// shorter rule gives, so the orders are kept here as data.
+const std::vector<std::string> kDialogOrders = {
+    "WAV SHT DZT RD3 SEISMIC RADSYS SEG2 SPRSCAN DT1 ZON CSV DAT",
+    "SHT WAV DZT RD3 SEISMIC RADSYS SEG2 SPRSCAN DT1 ZON CSV DAT",
+    "DZT RD3 SEISMIC RADSYS SEG2 SPRSCAN DT1 ZON CSV DAT WAV SHT",
+    "RD3 DZT SEISMIC RADSYS SEG2 SPRSCAN DT1 ZON CSV DAT WAV SHT",
+    "SEISMIC DZT RD3 RADSYS SEG2 SPRSCAN DT1 ZON CSV DAT WAV SHT",
+    "RADSYS RD3 SEISMIC DZT SEG2 SPRSCAN DT1 ZON CSV DAT WAV SHT",
+    "SEG2 SPRSCAN RD3 SEISMIC DZT RADSYS DT1 ZON CSV DAT WAV SHT",
+    "DT1 RD3 SEISMIC DZT RADSYS SEG2 SPRSCAN ZON CSV DAT WAV SHT",
+    "ZON RD3 SEISMIC DZT RADSYS SEG2 SPRSCAN DT1 CSV DAT WAV SHT",
+    "CSV RD3 SEISMIC DZT RADSYS SEG2 SPRSCAN DT1 ZON DAT WAV SHT",
+    "DAT RD3 SEISMIC DZT RADSYS SEG2 SPRSCAN DT1 ZON CSV WAV SHT",
+    "SPRSCAN SEG2 RD3 SEISMIC DZT RADSYS DT1 ZON CSV DAT WAV SHT",
+};
 
-void detectFormat(ProgramState& st, const std::string& fileTitle) {
-    std::string up = upperAscii(fileTitle);
-    auto endsWith = [&](const std::string& tail) {
-        return up.size() >= tail.size() &&
-               up.compare(up.size() - tail.size(), tail.size(), tail) == 0;
-    };
-    // The tests run in this order and the last match wins; only a name without a dot can
-    // match two of them.
-    for (const auto& row : formatTable()) {
-        if (endsWith(row.name)) {
-            clearFormatFlags(st);
-            st.*row.flag = true;
-        }
-    }
-}
+} // namespace
 
-const FormatRow* activeFormat(const ProgramState& st) {
-    for (const auto& row : formatTable())
-        if (st.*row.flag) return &row;
-    return nullptr;
+const FormatTable& formatTable() {
+    static const FormatTable table(entries(), kDialogOrders);
+    return table;
 }
 
 } // namespace kv

@@ -1,7 +1,7 @@
 // SEG-2 recordings (.sg2), through two entries of the import dialog that differ only in the unit
 // of the sample interval: SEG-2 (seconds) and SPRScan ERA (picoseconds). The headers are read in
 // the byte order the file announces; the samples are always taken low byte first.
-#include "import/readers.h"
+#include "import/reader.h"
 #include "import/seismic_samples.h"
 
 #include "platform/numeric.h"

@@ -3,7 +3,7 @@
 // the first trace header, interval in picoseconds). Only three numbers are taken from fixed
 // places; the text header and all other trace-header fields are ignored, and the byte order is
 // decided by the format code alone.
-#include "import/readers.h"
+#include "import/reader.h"
 #include "import/seismic_samples.h"
 
 #include "platform/message_title.h"
@@ -81,21 +81,21 @@ void ReadHighFloat(ImportContext& ctx, const ByteSource& src, int32_t samples, E
     setFullScale(st, ext, true, false);
 }
 
-/// Runs the header step under its handler; the trace readers' own failures pass through to
-/// the Import command, which ends the open without a message.
-template <class Body> void underHeaderHandler(ImportContext& ctx, Body body) {
-    bool inTraces = false;
-    try {
-        body(inTraces);
-    } catch (const std::exception&) {
-        if (inTraces) throw;
-        withCorruptedFileHandler(ctx, [] { throw ReadError("header"); });
-    }
+/// What a header step hands on: the trace reader it chose, or nothing when it refused the file.
+using TraceStep = std::function<void()>;
+
+/// Runs the header step under the corrupted-file handler and then, outside it, the trace reader
+/// the header chose: a failure among the traces passes through to the Import command, which
+/// ends the open without a message.
+void headerThenTraces(ImportContext& ctx, const std::function<TraceStep()>& header) {
+    TraceStep traces;
+    withCorruptedFileHandler(ctx, [&] { traces = header(); });
+    if (traces) traces();
 }
 
 void HeaderSeismic(ImportContext& ctx, const ByteSource& src, Extremes& ext) {
     ProgramState& st = ctx.st;
-    underHeaderHandler(ctx, [&](bool& inTraces) {
+    headerThenTraces(ctx, [&]() -> TraceStep {
         const int16_t format = checkedInt16(field16(src, 3225, true));
         const bool lowFirst = format < 9;
         int32_t samples = 0;
@@ -110,12 +110,8 @@ void HeaderSeismic(ImportContext& ctx, const ByteSource& src, Extremes& ext) {
             if (format == 3 || format == 1 || format == 5) {
                 fitTraceLength(st, samples);
                 st.TraceLength = samples;
-                inTraces = true;
-                if (format == 3)
-                    ReadLow16(ctx, src, samples, ext);
-                else
-                    ReadLow32Float(ctx, src, samples, ext);
-                return;
+                if (format == 3) return [&, samples] { ReadLow16(ctx, src, samples, ext); };
+                return [&, samples] { ReadLow32Float(ctx, src, samples, ext); };
             }
         } else {
             const int16_t high = checkedInt16(field16(src, 3225, false));
@@ -129,21 +125,18 @@ void HeaderSeismic(ImportContext& ctx, const ByteSource& src, Extremes& ext) {
             st.TraceCount = traceCountFrom(st, kDataPos, st.Sp_Samples);
             if (high == 3 || high == 1) {
                 fitTraceLength(st, samples);
-                inTraces = true;
-                if (high == 3)
-                    ReadHigh16(ctx, src, samples, ext);
-                else
-                    ReadHighFloat(ctx, src, samples, ext);
-                return;
+                if (high == 3) return [&, samples] { ReadHigh16(ctx, src, samples, ext); };
+                return [&, samples] { ReadHighFloat(ctx, src, samples, ext); };
             }
         }
         notSupported(ctx);
+        return {};
     });
 }
 
 void HeaderRadsys(ImportContext& ctx, const ByteSource& src, Extremes& ext) {
     ProgramState& st = ctx.st;
-    underHeaderHandler(ctx, [&](bool& inTraces) {
+    headerThenTraces(ctx, [&]() -> TraceStep {
         // Always 16-bit: the format code only tells the byte order, and nothing is refused.
         const bool lowFirst = checkedInt16(field16(src, 3225, true)) < 9;
         const int32_t samples = checkedInt32(field16(src, 3715, lowFirst));
@@ -153,11 +146,8 @@ void HeaderRadsys(ImportContext& ctx, const ByteSource& src, Extremes& ext) {
         st.TraceCount = traceCountFrom(st, 3840, st.Sp_Samples);
         fitTraceLength(st, samples);
         st.TraceLength = samples;
-        inTraces = true;
-        if (lowFirst)
-            ReadLow16(ctx, src, samples, ext);
-        else
-            ReadHigh16(ctx, src, samples, ext);
+        if (lowFirst) return [&, samples] { ReadLow16(ctx, src, samples, ext); };
+        return [&, samples] { ReadHigh16(ctx, src, samples, ext); };
     });
 }
 
@@ -189,13 +179,6 @@ void ReadRadsys(ImportContext& ctx) {
     ext.min = st.SgyMin; // kept from the previous Radsys import, deliberately
     KeepMinimum keep{st, ext};
     HeaderRadsys(ctx, *src, ext);
-}
-
-void ReadSgy(ImportContext& ctx) {
-    if (ctx.st.IsRadsys)
-        ReadRadsys(ctx);
-    else
-        ReadSeismic(ctx);
 }
 
 } // namespace kv

@@ -9,7 +9,7 @@
 //                                    s / sec seconds and us microseconds per division
 //   Samples 2500                     ends the block; the record length; the floats follow the
 //                                    end of this line
-#include "import/readers.h"
+#include "import/reader.h"
 
 #include "import/text_lines.h"
 #include "platform/message_title.h"
@@ -111,15 +111,13 @@ void giveUp(ImportContext& ctx, const char* text) {
     ctx.st.ImportFailed = true;
 }
 
-/// Trace lengths beyond this cannot be held by the views' trace buffers: the open fails as out
-/// of memory, and the trace length the settings had stays.
-constexpr int32_t kLongestTrace = 1 << 24;
-
 void TekSamples(ImportContext& ctx, const ByteSource& src, int32_t count, int32_t previousLength) {
     ProgramState& st = ctx.st;
     if (st.Sp_Samples > 65000) {
         ctx.wb.host.message("Too many samples/trace!", kMessageTitle, MsgIcon::Critical);
-        if (st.Sp_Samples > kLongestTrace) {
+        // A length beyond what the views' trace buffers can hold fails the open as out of
+        // memory, and the trace length the settings had stays.
+        if (st.Sp_Samples > kLargestArray) {
             st.Sp_Samples = previousLength;
             throw ReadError("Out of memory");
         }
@@ -221,7 +219,7 @@ void ReadSht(ImportContext& ctx) {
         parsed = true;
     });
     // A parse that failed after taking the record length leaves no length no buffer can hold.
-    if (!parsed && st.Sp_Samples > kLongestTrace) st.Sp_Samples = previousLength;
+    if (!parsed && st.Sp_Samples > kLargestArray) st.Sp_Samples = previousLength;
     if (parsed) TekSamples(ctx, *src, count, previousLength);
 }
 

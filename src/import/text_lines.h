@@ -1,6 +1,6 @@
 // What the table readers (CSV, DAT/HDR) share: lines of a text recording read one at a time,
-// numbers read from table cells, a trace length fitted to a point count that need not be whole,
-// and thinning of the points by the down-sampling settings.
+// CSV rows split into fields, numbers read from table cells, a trace length fitted to a point count
+// that need not be whole, and thinning of the points by the down-sampling settings.
 #pragma once
 
 #include "import/reader.h"
@@ -41,6 +41,11 @@ void writeSingleTrace(ProgramState& st, const std::vector<float>& trace);
 /// negative full scale keeps the value it had), else minus the minimum on both sides. `follower`
 /// (ScaleBits or Reference) takes the positive full scale too.
 void setUnroundedFullScale(ProgramState& st, float max, float min, float& follower);
+
+/// One CSV row split into fields: commas outside quotes end a field; a quote opens quotes, a
+/// doubled quote inside them is one quote, and a quote followed by anything else closes them.
+/// A trailing empty field is not kept.
+std::vector<std::string> csvRowFields(const std::string& line);
 
 /// Thins `raw` by NewDS: DownsampleMode 0 takes the mean of each NewDS values, 1 every NewDS-th
 /// value. With NewDS 1 the values come back unchanged.

@@ -1,8 +1,9 @@
 // WAV recordings (PCM, 8 or 16 bits). The header is taken at the fixed places of the canonical
 // 44-byte header, not parsed chunk by chunk, and the samples always start at byte 45. Stereo
 // recordings go to two working files; the views show the left one.
-#include "import/readers.h"
+#include "import/reader.h"
 
+#include "platform/message_title.h"
 #include "platform/numeric.h"
 
 #include <cstring>
@@ -79,7 +80,7 @@ void readRaw(const ProgramState& st, const ByteSource& src, int64_t pos1,
     // Other depths convert nothing: the trace stays zero.
 }
 
-/// Steps 4 and 5 of the sample conversion: copy, or average / decimate NewDS neighbours.
+/// One trace from its raw samples: copied, or NewDS neighbours averaged or decimated into one.
 void toTrace(const ProgramState& st, const std::vector<int16_t>& raw, int32_t rawPerTrace,
              std::vector<float>& work, std::vector<float>& out) {
     std::fill(out.begin(), out.end(), 0.0f);
@@ -90,7 +91,7 @@ void toTrace(const ProgramState& st, const std::vector<int16_t>& raw, int32_t ra
         return;
     }
     const int ds = st.NewDS;
-    work.assign(size_t(rawPerTrace), 0.0f);
+    work.assign(checkedCount(rawPerTrace), 0.0f);
     for (size_t j = 0; j < work.size(); ++j) {
         checkIndex(j, raw.size());
         work[j] = raw[j];
@@ -113,8 +114,8 @@ void WavSamplesMono(ImportContext& ctx, const ByteSource& src, const WavLayout& 
     ProgramState& st = ctx.st;
     TraceOutput out(ctx, st.TempPath);
     std::vector<uint8_t> bytes;
-    std::vector<int16_t> raw(size_t(w.rawUpper) + 1);
-    std::vector<float> work, trace(size_t(st.Sp_Samples));
+    std::vector<int16_t> raw(checkedCount(int64_t(w.rawUpper) + 1));
+    std::vector<float> work, trace(checkedCount(st.Sp_Samples));
     for (int32_t k = 0; k < st.TraceCount; ++k) {
         if (!out.next(k)) break;
         st.ReadPos = checkedInt32(st.DataStart + double(st.BytesPerSample) * w.rawPerTrace * k);
@@ -132,10 +133,10 @@ void WavSamplesStereo(ImportContext& ctx, const ByteSource& src, const WavLayout
     TraceFileWriter right;
     right.open(st.TempRightPath);
     std::vector<uint8_t> bytes;
-    std::vector<int16_t> raw(size_t(w.rawUpper) + 1);
+    std::vector<int16_t> raw(checkedCount(int64_t(w.rawUpper) + 1));
     const size_t half = (size_t(w.rawUpper) + 1) / 2;
     std::vector<int16_t> rawLeft(half), rawRight(half);
-    std::vector<float> work, traceL(size_t(st.Sp_Samples)), traceR(size_t(st.Sp_Samples));
+    std::vector<float> work, traceL(checkedCount(st.Sp_Samples)), traceR(traceL.size());
     int64_t pos = 1;
     for (int32_t k = 0; k < st.TraceCount; ++k) {
         left.next(k);
@@ -161,19 +162,12 @@ void WavSamplesStereo(ImportContext& ctx, const ByteSource& src, const WavLayout
 
 } // namespace
 
-bool WavCheck(ImportContext& ctx) {
-    auto src = ctx.openSource();
-    const uint64_t size = src->size();
-    if (size > uint64_t(INT32_MAX)) throw ReadError("Overflow");
-    ctx.st.SourceLength = static_cast<int32_t>(size);
-    return src->text(0, 4) == "RIFF";
-}
-
 void ReadWav(ImportContext& ctx) {
-    auto src = ctx.openSource();
-    const uint64_t size = src->size();
-    if (size > uint64_t(INT32_MAX)) throw ReadError("Overflow");
-    ctx.st.SourceLength = static_cast<int32_t>(size);
+    auto src = openSourceSized(ctx);
+    // A file without the RIFF tag is said to be corrupted, and read all the same.
+    if (src->text(0, 4) != "RIFF")
+        ctx.wb.host.message(ctx.reread ? "Corrupted file!" : "File corrupted!", kMessageTitle,
+                            MsgIcon::Critical);
     WavLayout w = WavHeader(ctx, *src);
     if (ctx.st.StereoFlag == 0)
         WavSamplesMono(ctx, *src, w);

@@ -2,7 +2,7 @@
 // found by byte signatures: the block that holds the trace length, the time window written
 // as text with a mantissa and an exponent, and the mark in front of the traces. Traces are
 // 16-bit, with a 4-byte gap between them.
-#include "import/readers.h"
+#include "import/reader.h"
 
 #include "platform/numeric.h"
 
@@ -81,9 +81,8 @@ void ZonBody(ImportContext& ctx) {
     fitTraceLength(st, st.ZonSamples);
     st.TraceLength = st.ZonSamples;
 
-    if (st.ZonSamples < 0) throw ReadError("Subscript out of range");
-    std::vector<int16_t> raw(size_t(st.ZonSamples) + 1);
-    std::vector<float> trace(size_t(std::max<int32_t>(st.Sp_Samples, 0)));
+    std::vector<int16_t> raw(checkedCount(st.ZonSamples) + 1);
+    std::vector<float> trace(checkedCount(std::max<int32_t>(st.Sp_Samples, 0)));
     const double stride = double(st.ZonSamples) * 2 * st.NewDS + 4;
     const int64_t upto = st.PadWithZero ? st.ZonSamples : st.Sp_Samples;
     TraceOutput out(ctx, st.TempPath);

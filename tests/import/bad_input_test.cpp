@@ -1,7 +1,7 @@
 // No file can crash an import, hang it, or make it read outside the file: empty, truncated,
 // zero-filled and random files all end in a defined outcome.
 #include "commands/open.h"
-#include "import/readers.h"
+#include "import/format_table.h"
 #include "support/test_home.h"
 
 #include <gtest/gtest.h>
@@ -12,24 +12,27 @@ using namespace kv;
 
 namespace {
 
-/// Imports `bytes` under every known extension; the outcome must be a data set whose working
-/// file matches its trace count, or no data set.
+/// Imports `bytes` under every extension the format table knows, with and without padding to
+/// a power of two; the outcome must be a data set whose working file matches its trace count,
+/// or no data set.
 void importEverywhere(const std::vector<uint8_t>& bytes, const std::string& what) {
-    for (const char* ext : {"wav", "sht", "dzt", "rd3", "sgy", "sg2", "dt1", "dt", "csv", "dat"}) {
-        SCOPED_TRACE(what + " as ." + ext);
-        test::Bench b;
-        b.start();
-        const std::string p = b.home.file(std::string("in.") + ext);
-        test::writeFile(p, bytes);
-        b.import(p);
-        if (!b.st.TempPath.empty()) {
-            EXPECT_GE(b.st.TraceCount, 0);
-            EXPECT_LE(int64_t(b.st.TraceCount) * b.st.Sp_Samples * 4,
-                      int64_t(b.st.WorkingFileLength) + 4);
+    for (const std::string& ext : formatTable().extensions())
+        for (const char* padding : {"1", "0"}) {
+            SCOPED_TRACE(what + " as ." + ext + ", padding " + padding);
+            test::Bench b;
+            b.st.SettingsOverrides["gen.padding_int"] = padding;
+            b.start();
+            const std::string p = b.home.file("in." + ext);
+            test::writeFile(p, bytes);
+            b.import(p);
+            if (!b.st.TempPath.empty()) {
+                EXPECT_GE(b.st.TraceCount, 0);
+                EXPECT_LE(int64_t(b.st.TraceCount) * b.st.Sp_Samples * 4,
+                          int64_t(b.st.WorkingFileLength) + 4);
+            }
+            for (const auto& m : b.host.messages)
+                EXPECT_EQ(m.title, "Kelvorandine®");
         }
-        for (const auto& m : b.host.messages)
-            EXPECT_EQ(m.title, "Kelvorandine®");
-    }
 }
 
 } // namespace

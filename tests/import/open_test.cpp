@@ -3,7 +3,7 @@
 #include "commands/lifecycle.h"
 #include "commands/open.h"
 #include "import/file_filters.h"
-#include "import/readers.h"
+#include "import/format_table.h"
 #include "platform/files.h"
 #include "support/test_home.h"
 
@@ -118,16 +118,16 @@ TEST(ImportDialog, AverageModeShrinksAverValToASmallTraceCount) {
 
 TEST(FormatChoice, TheLastCharactersOfTheNamePickTheReader) {
     ProgramState st;
-    detectFormat(st, "survey.DzT");
+    formatTable().detect(st, "survey.DzT");
     EXPECT_TRUE(st.IsDzt);
-    detectFormat(st, "line.dt1");
+    formatTable().detect(st, "line.dt1");
     EXPECT_TRUE(st.IsDt1);
     EXPECT_FALSE(st.IsDzt);
-    detectFormat(st, "noextDT");
+    formatTable().detect(st, "noextDT");
     EXPECT_TRUE(st.IsDt) << "a name without a dot ending in DT is a Zon file";
-    detectFormat(st, "readme.txt");
+    formatTable().detect(st, "readme.txt");
     EXPECT_TRUE(st.IsDt) << "an unknown name leaves the previous format";
-    detectFormat(st, "a.sg2");
+    formatTable().detect(st, "a.sg2");
     EXPECT_TRUE(st.IsSg2);
     EXPECT_FALSE(st.IsDt);
 }
@@ -172,4 +172,64 @@ TEST(Reread, ChNewDSReadsTheSameFileAgainWithTheNewSettings) {
     EXPECT_FALSE(b.st.TempPath.empty());
     EXPECT_EQ(b.views.log,
               (std::vector<std::string>{"unload Spectrum", "load Spectrum", "firstDraw Spectrum"}));
+}
+
+namespace {
+
+/// An opener whose every open fails with `E`, as a byte source that ran out of memory or a
+/// fault in the program would.
+template <class E> SourceOpener failingOpener() {
+    return [](const std::string&) -> std::unique_ptr<ByteSource> { throw E("fails"); };
+}
+
+struct NoMemory : std::bad_alloc {
+    explicit NoMemory(const char*) {}
+};
+
+} // namespace
+
+TEST(OpenFailures, RunningOutOfMemoryShowsItsOwnMessageAndLeavesNoDataSet) {
+    // The WAV reader has no handler of its own; the radar reader's handler covers its header.
+    for (const char* name : {"a.wav", "a.rd3"}) {
+        SCOPED_TRACE(name);
+        test::Bench b;
+        b.start();
+        b.import(sineWav(b, "first.wav", 4096));
+        ASSERT_FALSE(b.st.TempPath.empty());
+        b.wb.openSource = failingOpener<NoMemory>();
+        test::writeText(b.home.file(name), "x");
+        b.import(b.home.file(name));
+        EXPECT_TRUE(b.st.TempPath.empty());
+        EXPECT_FALSE(b.st.SpectrumOpen);
+        ASSERT_EQ(b.host.messages.size(), 1u);
+        EXPECT_EQ(b.host.messages[0].text, "Not enough memory to read this file.");
+        EXPECT_EQ(b.host.messages[0].title, "Kelvorandine®");
+        EXPECT_EQ(b.host.messages[0].icon, MsgIcon::Critical);
+    }
+    // The re-read after a settings change ends the same way.
+    test::Bench b;
+    b.start();
+    b.import(sineWav(b, "a.wav", 8192));
+    b.wb.openSource = failingOpener<NoMemory>();
+    ChNewDS(b.wb);
+    EXPECT_TRUE(b.st.TempPath.empty());
+    ASSERT_EQ(b.host.messages.size(), 1u);
+    EXPECT_EQ(b.host.messages[0].text, "Not enough memory to read this file.");
+}
+
+TEST(OpenFailures, AFaultInTheProgramIsNotTakenForABadFile) {
+    for (const char* name : {"a.wav", "a.rd3", "a.sgy"}) {
+        SCOPED_TRACE(name);
+        test::Bench b;
+        b.start();
+        b.wb.openSource = failingOpener<std::logic_error>();
+        test::writeText(b.home.file(name), "x");
+        EXPECT_THROW(b.import(b.home.file(name)), std::logic_error);
+        EXPECT_TRUE(b.host.messages.empty()) << "not \"File corrupted!\"";
+    }
+    test::Bench b;
+    b.start();
+    b.import(sineWav(b, "a.wav", 8192));
+    b.wb.openSource = failingOpener<std::out_of_range>();
+    EXPECT_THROW(ChNewDS(b.wb), std::out_of_range);
 }

@@ -21,8 +21,8 @@ struct Sg2Case : test::FileCase {
     Sg2Case() : FileCase("x.sg2", kSprScan) {}
 };
 
-test::Seg2Spec twoTraces(int format) {
-    test::Seg2Spec s;
+test::Seg2File twoTraces(int format) {
+    test::Seg2File s;
     s.format = format;
     s.samples = 5;
     s.traces = {{1, -2, 3, -4, 5}, {10, 20, 30, 40, 50}};
@@ -63,7 +63,7 @@ TEST(HeaderNumbers, AreUnsignedAndKeptAsSingleFloats) {
 
 TEST(Seg2Header, TheEntryDecidesTheIntervalUnit) {
     EXPECT_EQ(SprScanIndex(1), kSprScan);
-    EXPECT_EQ(filterIndexOf(1, FilterName::SEG2), kSeg2);
+    EXPECT_EQ(chosenFilterIndex(1, "x.sg2", "SEG2").value(), kSeg2);
     auto layout = twoTraces(2);
     layout.value = " 250";
     Sg2Case spr, seg2;

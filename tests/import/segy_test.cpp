@@ -30,7 +30,7 @@ std::vector<double> ramp(int n, double scale, double offset = 0) {
 
 TEST(SegySeismic, TheFilterIndexNotTheContentsChoosesTheEntry) {
     EXPECT_EQ(RadsysIndex(1), kRadsys);
-    EXPECT_EQ(filterIndexOf(1, FilterName::SEISMIC), kSeismic);
+    EXPECT_EQ(chosenFilterIndex(1, "x.sgy", "SEISMIC").value(), kSeismic);
     // The same little-endian float file: the Seismic entry reads floats, Radsys 16-bit words.
     auto bytes = test::segyBytes(true, 5, 250, {ramp(100, 1.5), ramp(100, -2)});
     SgyCase s, r;
@@ -216,6 +216,15 @@ TEST(SegySeismic, AHeaderOnlyFileHasNoTraces) {
     EXPECT_EQ(b.st.TraceCount, 0);
     EXPECT_TRUE(b.host.messages.empty());
     EXPECT_EQ(b.st.WorkingFileLength, 0);
+}
+
+TEST(SegySeismic, TracesWithoutSamplesAndWithoutPaddingLeaveNoDataSet) {
+    // No power of two fits a length of 0, so the trace length stays 0: nothing to transform.
+    SgyCase b;
+    b.st.PadWithZero = false;
+    b.open(test::segyBytes(true, 5, 100, {ramp(8, 1), ramp(8, 1)}, 0));
+    EXPECT_FALSE(b.loaded());
+    EXPECT_TRUE(b.host.messages.empty());
 }
 
 TEST(SegySeismic, WithoutPaddingOnlySpSamplesAreCopied) {

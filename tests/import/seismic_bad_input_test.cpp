@@ -28,7 +28,7 @@ std::vector<uint8_t> goodSegyHigh() {
     return test::segyBytes(false, 3, 250, t);
 }
 std::vector<uint8_t> goodSeg2() {
-    test::Seg2Spec s;
+    test::Seg2File s;
     s.format = 4;
     s.samples = 64;
     s.traces = std::vector<std::vector<double>>(3, std::vector<double>(64, 2.5));
@@ -64,11 +64,14 @@ const ReaderCase kReaders[] = {
 
 class DamagedFile : public ::testing::TestWithParam<ReaderCase> {
   protected:
-    /// Imports `bytes`; true when a data set came of it.
-    bool importBytes(const std::vector<uint8_t>& bytes, const std::string& what) {
-        SCOPED_TRACE(what);
+    /// Imports `bytes`, with padding to a power of two or without; true when a data set came
+    /// of it.
+    bool importBytes(const std::vector<uint8_t>& bytes, const std::string& what,
+                     bool padding = true) {
+        SCOPED_TRACE(what + (padding ? "" : ", no padding"));
         const ReaderCase& r = GetParam();
         test::Bench b;
+        b.st.SettingsOverrides["gen.padding_int"] = padding ? "1" : "0";
         b.start();
         const std::string p = b.home.file(std::string("in.") + r.ext);
         test::writeFile(p, bytes);
@@ -95,8 +98,9 @@ TEST_P(DamagedFile, EndsInADefinedOutcome) {
     for (size_t cut : {size_t(0), size_t(1), size_t(2), size_t(20), size_t(40), size_t(3224),
                        size_t(3600), size_t(3841), good.size() / 2, good.size() - 1}) {
         if (cut > good.size()) continue;
-        importBytes(std::vector<uint8_t>(good.begin(), good.begin() + long(cut)),
-                    "cut at " + std::to_string(cut));
+        for (bool padding : {true, false})
+            importBytes(std::vector<uint8_t>(good.begin(), good.begin() + long(cut)),
+                        "cut at " + std::to_string(cut), padding);
     }
     importBytes(std::vector<uint8_t>(good.size(), 0), "zeros");
     importBytes(std::vector<uint8_t>(good.size(), 0xFF), "all ones");
@@ -106,6 +110,7 @@ TEST_P(DamagedFile, EndsInADefinedOutcome) {
         for (int k = 0; k < 40; ++k)
             noisy[rng() % noisy.size()] = uint8_t(rng());
         importBytes(noisy, "good with noise " + std::to_string(i));
+        importBytes(noisy, "good with noise " + std::to_string(i), false);
         std::vector<uint8_t> random(200 + 2000 * size_t(i));
         for (auto& x : random)
             x = uint8_t(rng());

@@ -97,7 +97,7 @@ inline std::vector<uint8_t> segyBytes(bool low, int format, int interval,
 
 /// A SEG-2 file with one trace pointer block and equal traces: `key` is written in the file
 /// descriptor, then the value text after it (e.g. "SAMPLE___INTERVAL", " 100").
-struct Seg2Spec {
+struct Seg2File {
     bool low = true;
     int format = 2;
     int samples = 4;
@@ -107,7 +107,7 @@ struct Seg2Spec {
     std::vector<std::vector<double>> traces;
 };
 
-inline std::vector<uint8_t> seg2Bytes(const Seg2Spec& s) {
+inline std::vector<uint8_t> seg2Bytes(const Seg2File& s) {
     ByteImage img;
     const bool low = s.low;
     img.put(1, low ? 0x3A55 : 0x3A55, 2, low); // 55 3A low first, 3A 55 high first

@@ -1,6 +1,6 @@
 // Table recordings: CSV time/value pairs and the .dat/.hdr pair, each read into one trace.
 #include "commands/open.h"
-#include "import/readers.h"
+#include "import/text_lines.h"
 #include "support/test_home.h"
 
 #include <gtest/gtest.h>
