@@ -17,6 +17,10 @@ void ReadDt1(ImportContext& ctx);     // dt1.cpp: .DT1 with its .HD header
 void ReadZon(ImportContext& ctx);     // zon.cpp
 void ReadCsv(ImportContext& ctx);     // csv.cpp: time/value pairs into one trace
 void ReadDat(ImportContext& ctx);     // dat.cpp: .dat with its .hdr, into one trace
+// The entries that read a format as instruments write it, beside the fixed-layout ones.
+void ReadDztStd(ImportContext& ctx); // dzt_std.cpp: every header size, width and channel
+void ReadWavStd(ImportContext& ctx); // wav_std.cpp: a real chunk walk, every coding, RF64
+void ReadCsvStd(ImportContext& ctx); // csv_std.cpp: scope exports with their preambles
 
 namespace {
 
@@ -108,6 +112,31 @@ std::vector<ImportEntry> entries() {
          .flag = &S::IsDat,
          .read = ReadDat,
          .showVerticalBefore = 1,
+         .rereadAfterOptions = true},
+        {.name = "DZT-STD",
+         .dialogText = "Radar DZT, all variants (*.dzt)|*.dzt|",
+         .extensions = {"DZT"},
+         .flag = &S::IsDztStd,
+         .read = ReadDztStd,
+         .showVerticalBefore = 2,
+         .stereoFlagBefore = 0,
+         .yUnitAfter = "Ampl.(bits)",
+         .rereadAfterOptions = true},
+        {.name = "WAV-STD",
+         .dialogText = "WAV, all variants (*.wav)|*.wav|",
+         .extensions = {"WAV"},
+         .flag = &S::IsWavStd,
+         .read = ReadWavStd,
+         .stereoFlagBefore = 0,
+         .yUnitAfter = "Percent Full Scale",
+         .rereadAfterOptions = true},
+        {.name = "CSV-STD",
+         .dialogText = "Oscilloscope CSV (*.csv)|*.csv|",
+         .extensions = {"CSV"},
+         .flag = &S::IsCsvStd,
+         .read = ReadCsvStd,
+         .showVerticalBefore = 1,
+         .yUnitAfter = "Volt",
          .rereadAfterOptions = true},
     };
 }

@@ -2,34 +2,30 @@
 // of the "all variants" entries.
 #include "import/standard_reading.h"
 
-#include "platform/message_title.h"
-
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <new>
 
 namespace kv {
 
 void readOrReport(ImportContext& ctx, const std::function<void()>& body) {
-    std::string text;
-    try {
-        body();
-        return;
-    } catch (const UnreadableFile& e) {
-        text = e.what();
-    } catch (const ReadError&) {
-        // The working file could not be written, or a read the reader did not foresee failed.
-        text = "File corrupted!";
-    } catch (const std::bad_alloc&) {
-        text = "Not enough memory to read this file.";
-    }
+    std::string why;
+    bool ownWords = false;
+    const Failure how = catchInputFailure([&] {
+        try {
+            body();
+        } catch (const UnreadableFile& e) {
+            why = e.what();
+            ownWords = true;
+            throw;
+        }
+    });
+    if (how == Failure::None) return;
     ctx.dialogFileName.clear();
     ctx.st.SourceInfoLines.clear();
-    ctx.wb.host.message(text, kMessageTitle, MsgIcon::Critical);
-    if (ctx.cleanSet) ctx.cleanSet();
-    ctx.wb.cmd.button(2).visible = true;
-    ctx.st.TempPath.clear();
+    // Any other failed read (the working file could not be written, say) is told as the other
+    // readers tell it.
+    reportFailedRead(ctx, how, ownWords ? why.c_str() : "File corrupted!");
 }
 
 int chosenChannel(const ProgramState& st, int channels) {

@@ -36,7 +36,10 @@ TEST(FormatTable, EachDefaultTypeListsItsOwnEntryFirstAndEveryEntryOnce) {
     }
     EXPECT_EQ(t.order(0), t.order(1)) << "a default type out of range takes the first order";
     EXPECT_EQ(t.order(13), t.order(1));
-    EXPECT_EQ(t.names(), "WAV SHT DZT RD3 SEISMIC RADSYS SEG2 SPRSCAN DT1 ZON CSV DAT");
+    // The twelve in their order; entries appended later follow them.
+    EXPECT_TRUE(
+        t.names().starts_with("WAV SHT DZT RD3 SEISMIC RADSYS SEG2 SPRSCAN DT1 ZON CSV DAT"))
+        << t.names();
 }
 
 TEST(FormatTable, TheChosenEntryDecidesBetweenEntriesOfOneExtension) {
@@ -63,24 +66,25 @@ TEST(FormatTable, AnAppendedEntryComesAfterTheTwelveEverywhereAndMovesNoneOfThem
     FormatTable t = formatTable();
     t.append(appendedEntry());
     const size_t added = t.rows().size() - 1;
+    const int last = int(t.rows().size()); // its place in every dialog
     const std::string text = appendedEntry().dialogText;
     for (int fil = 1; fil <= 12; ++fil) {
         SCOPED_TRACE(fil);
         EXPECT_EQ(t.dialogFilter(fil), importFilter(fil) + text);
-        EXPECT_EQ(t.filterIndexOf(fil, added), 13);
-        EXPECT_EQ(t.rowAt(fil, 13), added);
+        EXPECT_EQ(t.filterIndexOf(fil, added), last);
+        EXPECT_EQ(t.rowAt(fil, last), added);
         EXPECT_EQ(t.filterIndexOf(fil, *t.find("RADSYS")), RadsysIndex(fil));
         EXPECT_EQ(t.filterIndexOf(fil, *t.find("SPRSCAN")), SprScanIndex(fil));
     }
     // --filter names, the command-line help and the tests' extension list.
     EXPECT_EQ(t.find("segy-std"), added);
-    EXPECT_TRUE(t.names().ends_with(" DAT SEGY-STD"));
+    EXPECT_TRUE(t.names().ends_with(" SEGY-STD"));
     EXPECT_EQ(t.extensions().back(), "segy");
     EXPECT_EQ(t.extensions().size(), formatTable().extensions().size() + 1) << "sgy once";
 
     // Extension detection: its own extension finds it; the shared one keeps finding the Seismic
     // entry unless the dialog's choice was the new entry.
-    EXPECT_EQ(t.filterIndexForFile(1, "dir/line.SEGY"), 13);
+    EXPECT_EQ(t.filterIndexForFile(1, "dir/line.SEGY"), last);
     EXPECT_EQ(t.filterIndexForFile(1, "dir/line.sgy"), 5);
     ProgramState st;
     t.detect(st, "line.segy", t.rowAt(1, 1));

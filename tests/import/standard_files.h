@@ -165,7 +165,7 @@ struct StdBench : Bench {
         deleteWorkingFiles(st);
         setWorkingPaths(st);
         st.SourceInfoLines.clear();
-        ImportContext ctx(wb, path, 1);
+        ImportContext ctx(wb, path);
         ctx.cleanSet = [this] { CleanSet(wb); };
         reader(ctx);
         return !ctx.dialogFileName.empty() && !st.TempPath.empty();
