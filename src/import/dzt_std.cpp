@@ -170,8 +170,7 @@ void readDzt(ImportContext& ctx) {
         const uint64_t at =
             h.dataStart + (uint64_t(k) * h.channels + uint64_t(channel)) * scanBytes;
         src->read(at, bytes.data(), bytes.size());
-        for (size_t j = 0; j < raw.size(); ++j)
-            raw[j] = float(decodeSample(bytes.data() + j * size_t(st.BytesPerSample), h.coding));
+        decodeSamples(bytes.data(), size_t(st.BytesPerSample), raw.size(), h.coding, raw.data());
     });
 }
 

@@ -55,36 +55,59 @@ int sampleBytes(SampleCoding c) {
     return 1;
 }
 
-double decodeSample(const uint8_t* p, SampleCoding c) {
+namespace {
+
+template <typename One>
+void decodeRun(const uint8_t* p, size_t stride, size_t n, float* out, One one) {
+    for (size_t i = 0; i < n; ++i, p += stride)
+        out[i] = one(p);
+}
+
+} // namespace
+
+void decodeSamples(const uint8_t* p, size_t stride, size_t n, SampleCoding c, float* out) {
+    // One loop per coding, so the choice is made once per run and not once per sample.
     switch (c) {
     case SampleCoding::U8:
-        return double(int(p[0]) - 128);
+        decodeRun(p, stride, n, out, [](const uint8_t* q) { return float(int(q[0]) - 128); });
+        return;
     case SampleCoding::S16:
-        return double(int16_t(uint16_t(p[0] | (p[1] << 8))));
+        decodeRun(p, stride, n, out,
+                  [](const uint8_t* q) { return float(int16_t(uint16_t(q[0] | q[1] << 8))); });
+        return;
     case SampleCoding::U16:
-        return double(int(p[0] | (p[1] << 8)) - 32768);
-    case SampleCoding::S24: {
+        decodeRun(p, stride, n, out,
+                  [](const uint8_t* q) { return float(int(q[0] | q[1] << 8) - 32768); });
+        return;
+    case SampleCoding::S24:
         // The top byte carries the sign: shift it into the top of 32 bits and back.
-        const uint32_t u = uint32_t(p[0]) << 8 | uint32_t(p[1]) << 16 | uint32_t(p[2]) << 24;
-        return double(int32_t(u) >> 8);
+        decodeRun(p, stride, n, out, [](const uint8_t* q) {
+            const uint32_t u = uint32_t(q[0]) << 8 | uint32_t(q[1]) << 16 | uint32_t(q[2]) << 24;
+            return float(int32_t(u) >> 8);
+        });
+        return;
+    case SampleCoding::S32:
+        decodeRun(p, stride, n, out, [](const uint8_t* q) {
+            const uint32_t u =
+                uint32_t(q[0]) | uint32_t(q[1]) << 8 | uint32_t(q[2]) << 16 | uint32_t(q[3]) << 24;
+            return float(int32_t(u));
+        });
+        return;
+    case SampleCoding::F32:
+        decodeRun(p, stride, n, out, [](const uint8_t* q) {
+            float f;
+            std::memcpy(&f, q, 4);
+            return f;
+        });
+        return;
+    case SampleCoding::F64:
+        decodeRun(p, stride, n, out, [](const uint8_t* q) {
+            double d;
+            std::memcpy(&d, q, 8);
+            return float(d);
+        });
+        return;
     }
-    case SampleCoding::S32: {
-        const uint32_t u =
-            uint32_t(p[0]) | uint32_t(p[1]) << 8 | uint32_t(p[2]) << 16 | uint32_t(p[3]) << 24;
-        return double(int32_t(u));
-    }
-    case SampleCoding::F32: {
-        float f;
-        std::memcpy(&f, p, 4);
-        return double(f);
-    }
-    case SampleCoding::F64: {
-        double d;
-        std::memcpy(&d, p, 8);
-        return d;
-    }
-    }
-    return 0.0;
 }
 
 void setIntegerFullScale(ProgramState& st, int bits) {
@@ -113,6 +136,10 @@ void writeThinnedTraces(ImportContext& ctx, int64_t rawPerTrace,
         if (!out.next(k)) break;
         std::fill(raw.begin(), raw.end(), 0.0f);
         fill(k, raw);
+        if (ds == 1 && raw.size() == trace.size()) {
+            out.write(raw);
+            continue;
+        }
         thinTrace(raw.data(), raw.size(), ds, mode, thinned);
         const size_t n = std::min(thinned.size(), trace.size());
         std::copy_n(thinned.begin(), n, trace.begin());

@@ -46,8 +46,9 @@ enum class SampleCoding { U8, S16, U16, S24, S32, F32, F64 };
 
 /// Bytes one sample of `c` takes.
 int sampleBytes(SampleCoding c);
-/// One little-endian sample at `p`, centred for the unsigned codings.
-double decodeSample(const uint8_t* p, SampleCoding c);
+/// `n` little-endian samples, `stride` bytes apart from `p` on, as floats into `out`; the
+/// unsigned codings centred.
+void decodeSamples(const uint8_t* p, size_t stride, size_t n, SampleCoding c, float* out);
 /// True for the codings whose samples are IEEE floats.
 inline bool isFloatCoding(SampleCoding c) {
     return c == SampleCoding::F32 || c == SampleCoding::F64;

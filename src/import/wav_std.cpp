@@ -235,18 +235,18 @@ class ChannelReader {
           framesPerBlock_(std::max<size_t>(1, kReadBlock / size_t(w.frameBytes))) {}
 
     /// Frames [first, first + n) of the channel into out[0..n), stopping at the last frame.
-    template <typename Sink> void read(uint64_t first, uint64_t n, Sink&& sink) {
+    void read(uint64_t first, uint64_t n, float* out) {
         const uint64_t end = std::min(first + n, w_.frames);
         for (uint64_t f = first; f < end;) {
             const size_t count = size_t(std::min<uint64_t>(framesPerBlock_, end - f));
             block_.resize(count * size_t(w_.frameBytes));
             src_.read(w_.dataBody + f * uint64_t(w_.frameBytes), block_.data(), block_.size());
-            for (size_t i = 0; i < count; ++i)
-                sink(f - first + i,
-                     decodeSample(block_.data() + i * size_t(w_.frameBytes) + offset_, w_.coding));
+            decodeSamples(block_.data() + offset_, size_t(w_.frameBytes), count, w_.coding,
+                          out + (f - first));
             f += count;
         }
     }
+    size_t framesPerBlock() const { return framesPerBlock_; }
 
   private:
     const ByteSource& src_;
@@ -302,13 +302,18 @@ void readWav(ImportContext& ctx) {
     if (isFloatCoding(w.coding)) {
         // A first pass finds the largest sample of what will be shown; it also refuses values
         // no trace can hold before anything is written.
-        double largest = 0.0;
-        reader.read(0, uint64_t(framesUsed), [&](uint64_t, double v) {
-            if (!std::isfinite(float(v)))
-                throw UnreadableFile("The WAV file holds a sample that is not a finite number "
-                                     "within the range of 32-bit floats.");
-            largest = std::max(largest, std::fabs(v));
-        });
+        float largest = 0.0f;
+        std::vector<float> block(reader.framesPerBlock());
+        for (int64_t f = 0; f < framesUsed; f += int64_t(block.size())) {
+            const size_t n = size_t(std::min<int64_t>(int64_t(block.size()), framesUsed - f));
+            reader.read(uint64_t(f), n, block.data());
+            for (size_t i = 0; i < n; ++i) {
+                if (!std::isfinite(block[i]))
+                    throw UnreadableFile("The WAV file holds a sample that is not a finite "
+                                         "number within the range of 32-bit floats.");
+                largest = std::max(largest, std::fabs(block[i]));
+            }
+        }
         setFloatFullScale(st, largest);
     } else {
         setIntegerFullScale(st, w.bits);
@@ -316,8 +321,7 @@ void readWav(ImportContext& ctx) {
     st.SourceInfoLines = infoLines(w, channel, framesUsed);
 
     writeThinnedTraces(ctx, rawPerTrace, [&](int32_t k, std::vector<float>& raw) {
-        reader.read(uint64_t(k) * uint64_t(rawPerTrace), uint64_t(rawPerTrace),
-                    [&](uint64_t i, double v) { raw[size_t(i)] = float(v); });
+        reader.read(uint64_t(k) * uint64_t(rawPerTrace), raw.size(), raw.data());
     });
 }
 
