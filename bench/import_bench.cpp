@@ -1,5 +1,6 @@
 // Import speed and memory. Two ways to run it:
-//   bench_import                      Google Benchmark over a generated 32 MB WAV and DZT
+//   bench_import                      Google Benchmark over a generated 32 MB WAV and DZT, through
+//                                     the fixed-layout entries and those of every variant
 //   bench_import --once FILE [FILTER] imports FILE once in a scratch home and prints
 //                                     {"seconds": s, "peak_rss_kb": k, "traces": n} for the
 //                                     side-by-side scripts
@@ -89,6 +90,32 @@ void BM_WavImport(benchmark::State& state) {
     fs::remove_all(home);
 }
 BENCHMARK(BM_WavImport)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+
+// The same recordings through the entries that read every variant: the chunk walk, the channel
+// picked out of each frame and the thinning step should cost little beside the fixed layouts.
+void BM_WavStdImport(benchmark::State& state) {
+    const std::string home = scratchHome();
+    const std::string file = home + "/bench.wav";
+    const size_t samples = size_t(16) << 20; // 32 MB
+    writeWav(file, samples);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(importOnce(home, file, "WAV-STD"));
+    state.SetBytesProcessed(int64_t(state.iterations()) * int64_t(samples * 2));
+    fs::remove_all(home);
+}
+BENCHMARK(BM_WavStdImport)->Unit(benchmark::kMillisecond)->MinTime(2.0);
+
+void BM_DztStdImport(benchmark::State& state) {
+    const std::string home = scratchHome();
+    const std::string file = home + "/bench.dzt";
+    const size_t scans = 32768; // 32 MB
+    writeDzt(file, scans);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(importOnce(home, file, "DZT-STD"));
+    state.SetBytesProcessed(int64_t(state.iterations()) * int64_t(scans * 1024));
+    fs::remove_all(home);
+}
+BENCHMARK(BM_DztStdImport)->Unit(benchmark::kMillisecond)->MinTime(2.0);
 
 } // namespace
 

@@ -19,6 +19,10 @@ void ReadCsv(ImportContext& ctx);     // csv.cpp: time/value pairs into one trac
 void ReadDat(ImportContext& ctx);     // dat.cpp: .dat with its .hdr, into one trace
 void ReadSegyStd(ImportContext& ctx); // segy_std.cpp: SEG-Y of any revision
 void ReadSeg2Std(ImportContext& ctx); // seg2_std.cpp: SEG-2 of any variant
+// The entries that read a format as instruments write it, beside the fixed-layout ones.
+void ReadDztStd(ImportContext& ctx); // dzt_std.cpp: every header size, width and channel
+void ReadWavStd(ImportContext& ctx); // wav_std.cpp: a real chunk walk, every coding, RF64
+void ReadCsvStd(ImportContext& ctx); // csv_std.cpp: scope exports with their preambles
 
 namespace {
 
@@ -125,6 +129,31 @@ std::vector<ImportEntry> entries() {
          .flag = &S::IsSeg2Std,
          .read = ReadSeg2Std,
          .showVerticalBefore = 2},
+        {.name = "DZT-STD",
+         .dialogText = "Radar DZT, all variants (*.dzt)|*.dzt|",
+         .extensions = {"DZT"},
+         .flag = &S::IsDztStd,
+         .read = ReadDztStd,
+         .showVerticalBefore = 2,
+         .stereoFlagBefore = 0,
+         .yUnitAfter = "Ampl.(bits)",
+         .rereadAfterOptions = true},
+        {.name = "WAV-STD",
+         .dialogText = "WAV, all variants (*.wav)|*.wav|",
+         .extensions = {"WAV"},
+         .flag = &S::IsWavStd,
+         .read = ReadWavStd,
+         .stereoFlagBefore = 0,
+         .yUnitAfter = "Percent Full Scale",
+         .rereadAfterOptions = true},
+        {.name = "CSV-STD",
+         .dialogText = "Oscilloscope CSV (*.csv)|*.csv|",
+         .extensions = {"CSV"},
+         .flag = &S::IsCsvStd,
+         .read = ReadCsvStd,
+         .showVerticalBefore = 1,
+         .yUnitAfter = "Volt",
+         .rereadAfterOptions = true},
     };
 }
 

@@ -65,6 +65,8 @@ struct ProgramState {
     bool IsWav = false, IsSht = false, IsDzt = false, IsRd3 = false, IsSgy = false, IsSg2 = false,
          IsDt1 = false, IsDt = false, IsCsv = false, IsDat = false;
     bool IsSegyStd = false, IsSeg2Std = false; // SEG-Y of all revisions, SEG-2 of all variants
+    // The entries that read every variant of a format beside the fixed-layout ones.
+    bool IsDztStd = false, IsWavStd = false, IsCsvStd = false;
     bool IsProject = false;
     bool IsSprScan = false;
     bool IsRadsys = false; // the .sgy entry the import dialog's filter index chose
@@ -96,6 +98,9 @@ struct ProgramState {
     int16_t Padding_Int = 1;
     int16_t BscanShow = 0;
     int16_t StSp = 1, StPh = 0, StOs = 0, StWat = 0;
+    /// The channel (1-based) the "all variants" readers take from a source with several. A
+    /// settings file without the key means the first.
+    int16_t ImportChannel = 1;
 
     // ---- Settings file: [TimeWindow] --------------------------------------------------------
     std::string Time_LineColor, Time_BackColor, Time_GridColor;

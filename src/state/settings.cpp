@@ -92,6 +92,14 @@ class IniReader {
         return static_cast<float>(number(s, k, -3.4e38, 3.4e38));
     }
 
+    /// A key that settings files written before it existed lack: absent, empty, not a number or
+    /// outside lo..32767, it takes `fallback` and is never named in the message.
+    int16_t optionalI16(const char* s, const char* k, int16_t lo, int16_t fallback) {
+        auto v = parseNumber(text(s, k));
+        if (!v || *v < lo - 0.5 || *v > 32767.5) return fallback;
+        return toInt16(*v);
+    }
+
     std::vector<std::string> bad;
 
   private:
@@ -168,6 +176,7 @@ void ReadINI(Workbench& wb) {
     st.StPh = r.i16("Gen", "StPh");
     st.StOs = r.i16("Gen", "StOs");
     st.StWat = r.i16("Gen", "StWat");
+    st.ImportChannel = r.optionalI16("Gen", "ImportChannel", 1, 1);
     wb.cmd.check("mnuOlOp", st.StSp == 1 && st.StPh == 1 && st.StOs == 1 && st.StWat == 1);
 
     st.Time_LineColor = r.text("TimeWindow", "Time_LineColor");
@@ -263,6 +272,7 @@ bool SaveOptions(Workbench& wb) {
     put(ini, "Gen", "StPh", st.StPh);
     put(ini, "Gen", "StOs", st.StOs);
     put(ini, "Gen", "StWat", st.StWat);
+    put(ini, "Gen", "ImportChannel", st.ImportChannel);
 
     put(ini, "TimeWindow", "Time_LineColor", st.Time_LineColor);
     put(ini, "TimeWindow", "Time_BackColor", st.Time_BackColor);

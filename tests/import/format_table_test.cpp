@@ -36,8 +36,10 @@ TEST(FormatTable, EachDefaultTypeListsItsOwnEntryFirstAndEveryEntryOnce) {
     }
     EXPECT_EQ(t.order(0), t.order(1)) << "a default type out of range takes the first order";
     EXPECT_EQ(t.order(13), t.order(1));
-    EXPECT_EQ(t.names(),
-              "WAV SHT DZT RD3 SEISMIC RADSYS SEG2 SPRSCAN DT1 ZON CSV DAT SEGY-STD SEG2-STD");
+    // The twelve in their order; entries appended later follow them.
+    EXPECT_TRUE(
+        t.names().starts_with("WAV SHT DZT RD3 SEISMIC RADSYS SEG2 SPRSCAN DT1 ZON CSV DAT"))
+        << t.names();
 }
 
 TEST(FormatTable, TheChosenEntryDecidesBetweenEntriesOfOneExtension) {
@@ -78,7 +80,7 @@ TEST(FormatTable, AnAppendedEntryComesAfterTheTwelveEverywhereAndMovesNoneOfThem
     }
     // --filter names, the command-line help and the tests' extension list.
     EXPECT_EQ(t.find("next"), added);
-    EXPECT_TRUE(t.names().ends_with(" SEG2-STD NEXT"));
+    EXPECT_TRUE(t.names().ends_with(" NEXT"));
     EXPECT_EQ(t.extensions().back(), "nxt");
     EXPECT_EQ(t.extensions().size(), formatTable().extensions().size() + 1) << "sgy once";
 

@@ -141,6 +141,39 @@ TEST(SettingsFile, NumbersRoundHalfToEvenAndOverridesWin) {
     EXPECT_EQ(b.st.Sp_Samples, 4096);
 }
 
+TEST(SettingsFile, TheImportChannelIsOptionalAndNeverNamedInTheMessage) {
+    // Files written before the key existed lack it; a bad value falls back just as quietly.
+    for (const char* line : {"", "ImportChannel=", "ImportChannel=0", "ImportChannel=many"}) {
+        SCOPED_TRACE(line);
+        test::Bench b;
+        test::writeText(b.home.file("SP.ini"),
+                        std::regex_replace(std::string(factorySettingsText()),
+                                           std::regex("ImportChannel=[^\n]*"), line));
+        b.start();
+        EXPECT_TRUE(b.host.messages.empty());
+        EXPECT_EQ(b.st.ImportChannel, 1);
+    }
+    test::Bench b;
+    std::string ini = replaceKey(factorySettingsText(), "ImportChannel", "ImportChannel=3");
+    ini = replaceKey(ini, "AverVal", "AverVal=");
+    test::writeText(b.home.file("SP.ini"), ini);
+    b.start();
+    EXPECT_EQ(b.st.ImportChannel, 3);
+    ASSERT_EQ(b.host.messages.size(), 1u);
+    EXPECT_EQ(b.host.messages[0].text.find("ImportChannel"), std::string::npos);
+
+    b.st.ImportChannel = 2;
+    ASSERT_TRUE(SaveOptions(b.wb));
+    test::Bench again;
+    test::writeText(again.home.file("SP.ini"), test::readText(b.home.file("SP.ini")));
+    again.st.SettingsOverrides["gen.importchannel"] = "4";
+    again.start();
+    EXPECT_EQ(again.st.ImportChannel, 4) << "an override wins";
+    again.st.SettingsOverrides.clear();
+    again.start();
+    EXPECT_EQ(again.st.ImportChannel, 2) << "saved";
+}
+
 TEST(FactoryHome, EveryPaletteSlotNamesARiffPaletteThatShipsBesideTheProgram) {
     test::Bench b;
     b.start();

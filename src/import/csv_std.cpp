@@ -1,0 +1,333 @@
+// Oscilloscope captures exported as CSV, as the instruments write them: a preamble of settings
+// and a row of column names (and perhaps one of units) come first, and the numbers begin where
+// every cell of a row is a number. The first of several columns is the time or the sample
+// number, the others are channels; the options choose which channel is shown. The sample
+// interval comes from the preamble (an increment, an interval or a sampling frequency) or else
+// from the time column. Cells may be quoted; fields may be separated by commas, semicolons or
+// tabs, and a decimal comma is read as a point. One capture is one trace.
+#include "import/standard_reading.h"
+#include "import/text_lines.h"
+
+#include "platform/numeric.h"
+
+#include <algorithm>
+#include <cctype>
+#include <charconv>
+#include <cmath>
+#include <optional>
+
+namespace kv {
+
+namespace {
+
+/// Rows looked at for the separator before the reading starts.
+constexpr int kRowsForSeparator = 64;
+/// Preamble rows allowed before the numbers must have begun.
+constexpr size_t kLongestPreamble = 1000;
+/// Preamble rows shown in file information, and the characters shown of each.
+constexpr size_t kPreambleRowsShown = 40;
+constexpr size_t kPreambleWidthShown = 120;
+/// The longest trace the workbench makes.
+constexpr int64_t kLongestTrace = 65536;
+
+std::string lower(std::string s) {
+    for (char& c : s)
+        c = char(std::tolower(static_cast<unsigned char>(c)));
+    return s;
+}
+
+std::string trimBlanks(const std::string& s) {
+    const size_t b = s.find_first_not_of(" \t");
+    if (b == std::string::npos) return {};
+    return s.substr(b, s.find_last_not_of(" \t") - b + 1);
+}
+
+/// Counts the separators that stand outside quotes; the first of ';' and tab that occurs in
+/// the opening rows wins, else the comma.
+char detectSeparator(const ByteSource& src) {
+    LineReader lines(src);
+    std::string line;
+    bool tab = false;
+    for (int n = 0; n < kRowsForSeparator && lines.next(line); ++n) {
+        bool quoted = false;
+        for (char c : line) {
+            if (c == '"') quoted = !quoted;
+            if (quoted) continue;
+            if (c == ';') return ';';
+            if (c == '\t') tab = true;
+        }
+    }
+    return tab ? '\t' : ',';
+}
+
+/// One row split at `sep` outside quotes. Quotes are removed (a doubled quote inside quotes is
+/// one quote), cells are trimmed of blanks, and empty cells at the end of the row are dropped:
+/// many instruments end every row with a separator. A row of nothing but separators is empty.
+std::vector<std::string> splitRow(const std::string& line, char sep) {
+    std::vector<std::string> cells;
+    std::string cell;
+    bool quoted = false;
+    for (size_t i = 0; i < line.size(); ++i) {
+        const char c = line[i];
+        if (quoted) {
+            if (c == '"' && i + 1 < line.size() && line[i + 1] == '"') {
+                cell.push_back('"');
+                ++i;
+            } else if (c == '"') {
+                quoted = false;
+            } else {
+                cell.push_back(c);
+            }
+        } else if (c == '"') {
+            quoted = true;
+        } else if (c == sep) {
+            cells.push_back(trimBlanks(cell));
+            cell.clear();
+        } else {
+            cell.push_back(c);
+        }
+    }
+    cells.push_back(trimBlanks(cell));
+    while (!cells.empty() && cells.back().empty())
+        cells.pop_back();
+    return cells;
+}
+
+/// A cell as a number: an optional sign, digits with a decimal point or comma, an optional
+/// exponent, nothing else. Texts such as "inf" or "NaN" are not numbers here.
+std::optional<double> cellValue(const std::string& cell) {
+    std::string t = cell;
+    if (t.find('.') == std::string::npos && std::count(t.begin(), t.end(), ',') == 1)
+        std::replace(t.begin(), t.end(), ',', '.');
+    if (!t.empty() && t[0] == '+') t.erase(0, 1);
+    const size_t lead = (!t.empty() && t[0] == '-') ? 1 : 0;
+    if (t.size() <= lead) return std::nullopt;
+    if (!std::isdigit(static_cast<unsigned char>(t[lead])) && t[lead] != '.') return std::nullopt;
+    double v = 0.0;
+    const auto r = std::from_chars(t.data(), t.data() + t.size(), v);
+    if (r.ec != std::errc() || r.ptr != t.data() + t.size() || !std::isfinite(v))
+        return std::nullopt;
+    return v;
+}
+
+bool allNumbers(const std::vector<std::string>& cells) {
+    return !cells.empty() && std::all_of(cells.begin(), cells.end(),
+                                         [](const std::string& c) { return cellValue(c); });
+}
+
+/// The sample interval a preamble gives: a cell naming an increment, an interval or a sampling
+/// period, or a sampling frequency or rate, with its number to the right of it or below it.
+std::optional<double> preambleInterval(const std::vector<std::vector<std::string>>& rows) {
+    for (size_t r = 0; r < rows.size(); ++r) {
+        for (size_t i = 0; i < rows[r].size(); ++i) {
+            const std::string label = lower(rows[r][i]);
+            const bool interval = label.find("increment") != std::string::npos ||
+                                  label.find("interval") != std::string::npos ||
+                                  label.find("sampling period") != std::string::npos ||
+                                  label.find("sample period") != std::string::npos;
+            const bool rate = label.find("sampling frequency") != std::string::npos ||
+                              label.find("sample frequency") != std::string::npos ||
+                              label.find("sampling rate") != std::string::npos ||
+                              label.find("sample rate") != std::string::npos;
+            if (!interval && !rate) continue;
+            std::optional<double> v;
+            if (i + 1 < rows[r].size()) v = cellValue(rows[r][i + 1]);
+            if (!v && r + 1 < rows.size() && i < rows[r + 1].size()) v = cellValue(rows[r + 1][i]);
+            if (v && *v > 0.0) return interval ? *v : 1.0 / *v;
+        }
+    }
+    return std::nullopt;
+}
+
+/// The column headings of the first column in the last two preamble rows (names, units).
+std::vector<std::string> firstColumnHeadings(const std::vector<std::vector<std::string>>& rows) {
+    std::vector<std::string> out;
+    for (size_t r = rows.size(); r-- > 0 && out.size() < 2;)
+        if (!rows[r].empty()) out.push_back(lower(rows[r][0]));
+    return out;
+}
+
+/// Seconds per unit of a time heading such as "Time (s)", "Second", "(ms)" or "us"; 1 when the
+/// heading names no unit.
+double timeUnit(const std::vector<std::string>& headings) {
+    for (const std::string& h : headings) {
+        std::string u = h;
+        const size_t open = h.find('('), close = h.find(')');
+        if (open != std::string::npos && close != std::string::npos && close > open)
+            u = h.substr(open + 1, close - open - 1);
+        u = trimBlanks(u);
+        if (u == "ms") return 1e-3;
+        if (u == "us" || u == "\xC2\xB5s" || u == "\xCE\xBCs") return 1e-6;
+        if (u == "ns") return 1e-9;
+        if (u == "ps") return 1e-12;
+    }
+    return 1.0;
+}
+
+bool countsSamples(const std::vector<std::string>& headings) {
+    for (const std::string& h : headings)
+        if (h == "sequence" || h == "index" || h == "no" || h == "no." || h == "#" || h == "n")
+            return true;
+    return false;
+}
+
+std::string quoted(const std::string& cell) {
+    return "\"" + (cell.size() > 40 ? cell.substr(0, 40) + "..." : cell) + "\"";
+}
+
+/// What one pass over the file finds.
+struct Capture {
+    std::vector<std::string> preambleText; // the rows before the numbers, as written
+    std::vector<std::vector<std::string>> preamble;
+    size_t firstDataRow = 0; // 1-based
+    size_t width = 0;        // cells per data row
+    int channels = 0;
+    int channel = 0;  // 0-based, among the channels
+    int64_t rows = 0; // data rows
+    double firstX = 0.0, lastX = 0.0;
+    std::vector<float> values; // the channel's first samples, as many as a trace can take
+};
+
+Capture readCapture(ImportContext& ctx, const ByteSource& src, size_t keep) {
+    Capture c;
+    const char sep = detectSeparator(src);
+    LineReader lines(src);
+    std::string line;
+    size_t rowNo = 0;
+    bool inData = false, ended = false;
+    size_t column = 0;
+    while (lines.next(line)) {
+        ++rowNo;
+        if (rowNo == 1 && line.rfind("\xEF\xBB\xBF", 0) == 0) line.erase(0, 3);
+        std::vector<std::string> cells = splitRow(line, sep);
+        if (!inData) {
+            if (!allNumbers(cells)) {
+                if (c.preamble.size() >= kLongestPreamble)
+                    throw UnreadableFile("The CSV file holds no rows of numbers in its first " +
+                                         std::to_string(kLongestPreamble) + " rows.");
+                c.preamble.push_back(std::move(cells));
+                c.preambleText.push_back(line.substr(0, kPreambleWidthShown));
+                continue;
+            }
+            inData = true;
+            c.firstDataRow = rowNo;
+            c.width = cells.size();
+            c.channels = c.width >= 2 ? int(c.width - 1) : 1;
+            c.channel = chosenChannel(ctx.st, c.channels);
+            column = c.width >= 2 ? size_t(c.channel) + 1 : 0;
+        }
+        if (cells.empty()) {
+            ended = true;
+            continue;
+        }
+        if (ended)
+            throw UnreadableFile("Row " + std::to_string(rowNo) +
+                                 " of the CSV file follows an empty row inside the numbers.");
+        if (cells.size() != c.width)
+            throw UnreadableFile("Row " + std::to_string(rowNo) + " of the CSV file has " +
+                                 std::to_string(cells.size()) +
+                                 " values where the rows above have " + std::to_string(c.width) +
+                                 ".");
+        double x = 0.0, v = 0.0;
+        for (size_t i = 0; i < cells.size(); ++i) {
+            const std::optional<double> n = cellValue(cells[i]);
+            if (!n)
+                throw UnreadableFile("Row " + std::to_string(rowNo) + ", column " +
+                                     std::to_string(i + 1) + " of the CSV file holds " +
+                                     quoted(cells[i]) + " where a number belongs.");
+            if (i == 0) x = *n;
+            if (i == column) v = *n;
+        }
+        if (c.rows == 0) c.firstX = x;
+        c.lastX = x;
+        if (c.values.size() < keep) c.values.push_back(float(v));
+        ++c.rows;
+    }
+    if (!inData) throw UnreadableFile("The CSV file holds no rows of numbers.");
+    return c;
+}
+
+void readCsv(ImportContext& ctx) {
+    ProgramState& st = ctx.st;
+    auto src = ctx.openSource();
+    st.SourceLength = int32_t(std::min<uint64_t>(src->size(), INT32_MAX));
+    const int64_t ds = std::max<int>(st.NewDS, 1);
+    const size_t keep = size_t(std::min(kLongestTrace * ds, kLongestRawTrace));
+    const Capture c = readCapture(ctx, *src, keep);
+
+    const std::vector<std::string> headings = firstColumnHeadings(c.preamble);
+    double interval = 0.0;
+    std::string intervalFrom;
+    if (const auto given = preambleInterval(c.preamble)) {
+        interval = *given;
+        intervalFrom = "from the preamble";
+    } else if (c.width < 2) {
+        throw UnreadableFile("The CSV file gives no sample interval: it has one column and no "
+                             "increment in its preamble.");
+    } else if (countsSamples(headings)) {
+        throw UnreadableFile("The CSV file gives no sample interval: its first column counts "
+                             "samples and its preamble has no increment.");
+    } else if (c.rows >= 2 && c.lastX > c.firstX) {
+        interval = (c.lastX - c.firstX) / double(c.rows - 1) * timeUnit(headings);
+        intervalFrom = "from the time column";
+    } else {
+        throw UnreadableFile("The CSV file gives no sample interval: its preamble has no "
+                             "increment and its time column does not rise.");
+    }
+    if (!(interval > 0.0) || !std::isfinite(1.0 / interval))
+        throw UnreadableFile("The CSV file's sample interval cannot give a sample rate.");
+
+    const int64_t points = c.rows / ds;
+    if (points < 1)
+        throw UnreadableFile("The CSV file's " + std::to_string(c.rows) +
+                             " samples cannot be thinned by " + std::to_string(ds) + ".");
+    if (points < 2)
+        st.Sp_Samples = 2;
+    else if (points > kLongestTrace)
+        st.Sp_Samples = int32_t(kLongestTrace);
+    else
+        fitTraceLength(st, points);
+    const int64_t rawPerTrace = int64_t(st.Sp_Samples) * ds;
+    if (rawPerTrace > kLongestRawTrace)
+        throw UnreadableFile("The down-sampling in the settings asks for more samples a trace "
+                             "than can be read at once.");
+    const size_t used = std::min(c.values.size(), size_t(rawPerTrace));
+
+    st.TraceCount = 1;
+    st.TraceLength = int32_t(std::min<int64_t>(c.rows, INT32_MAX));
+    st.Channels = int16_t(std::min(c.channels, int(INT16_MAX)));
+    st.StereoFlag = 0;
+    st.BitsPerSample = 0;
+    st.SampleRate = 1.0 / interval;
+    st.ScansPerSecond = 0;
+    double largest = 0.0;
+    for (size_t i = 0; i < used; ++i)
+        largest = std::max(largest, std::fabs(double(c.values[i])));
+    setFloatFullScale(st, largest);
+
+    std::vector<std::string>& info = st.SourceInfoLines;
+    info.clear();
+    for (size_t i = 0; i < c.preambleText.size() && i < kPreambleRowsShown; ++i)
+        info.push_back(infoLine("Row " + std::to_string(i + 1), c.preambleText[i]));
+    if (c.preambleText.size() > kPreambleRowsShown)
+        info.push_back(infoLine("Preamble", std::to_string(c.preambleText.size()) + " rows"));
+    info.push_back(infoLine("First row of numbers", std::to_string(c.firstDataRow)));
+    info.push_back(infoLine("Channels", std::to_string(c.channels) + ", channel " +
+                                            std::to_string(c.channel + 1) + " shown"));
+    std::string samples = std::to_string(c.rows);
+    if (int64_t(used) < c.rows) samples += ", the first " + std::to_string(used) + " shown";
+    info.push_back(infoLine("Samples", samples));
+    info.push_back(infoLine("Sample interval (s)", shortestText(interval) + ", " + intervalFrom));
+
+    writeThinnedTraces(ctx, rawPerTrace, [&](int32_t, std::vector<float>& raw) {
+        std::copy_n(c.values.begin(), std::min(used, raw.size()), raw.begin());
+    });
+}
+
+} // namespace
+
+void ReadCsvStd(ImportContext& ctx) {
+    readOrReport(ctx, [&] { readCsv(ctx); });
+}
+
+} // namespace kv
