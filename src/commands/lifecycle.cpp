@@ -58,12 +58,6 @@ void MDIForm_Unload(Workbench& wb) {
     NoMarkers(wb);
 }
 
-namespace {
-int32_t clampToInt32(int64_t v) {
-    return int32_t(std::clamp<int64_t>(v, INT32_MIN, INT32_MAX));
-}
-} // namespace
-
 void BigFile(ProgramState& st) {
     if (st.TraceCount == 1) {
         st.LastTrace = 0;
@@ -87,14 +81,11 @@ void BigFile(ProgramState& st) {
         st.TraceStep = st.AverVal;
     }
     st.TracePos = 0;
-    st.ScrollStride = clampToInt32(int64_t(st.TraceStep) * st.Sp_Samples * 4);
+    st.ScrollStride = int64_t(st.TraceStep) * st.Sp_Samples * 4;
 }
 
 void setCurrentTracePos(ProgramState& st) {
-    // Positions are 32-bit: a place past 2 GB stops at the last one instead of wrapping round
-    // to the start of the file (a read there finds the end and gives zeros).
-    st.CurrentTracePos =
-        clampToInt32(int64_t(st.FirstTracePos) + int64_t(st.ScrollStride) * st.TracePos);
+    st.CurrentTracePos = st.FirstTracePos + st.ScrollStride * st.TracePos;
 }
 
 bool anyViewOpen(const ProgramState& st) {

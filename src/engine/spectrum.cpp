@@ -40,11 +40,6 @@ int64_t tracePosition(int64_t samples, int64_t k, int64_t first) {
     return samples * 4 * k + first;
 }
 
-int32_t clampPos(int64_t pos) {
-    return int32_t(std::clamp<int64_t>(pos, std::numeric_limits<int32_t>::min(),
-                                       std::numeric_limits<int32_t>::max()));
-}
-
 /// Reads N+1 floats at pos into arr[0..N]; element 0 is the trace's first float and takes no
 /// part in what follows.
 void readN1(const ProgramState& st, int64_t pos, std::vector<float>& arr, int32_t n) {
@@ -118,7 +113,7 @@ void averageGroup(ProgramState& st, int64_t from, int64_t to, std::vector<float>
     std::vector<float> acc(size_t(n) + 1, 0.0f);
     for (int64_t k = from; k <= to; ++k) {
         const int64_t pos = tracePosition(st.Sp_Samples, k, st.FirstTracePos);
-        st.CurrentTracePos = clampPos(pos);
+        st.CurrentTracePos = pos;
         if (pos <= 0) continue;
         readN1(st, pos, arr, n);
         for (int32_t i = 0; i < n; ++i)
@@ -134,7 +129,7 @@ void radargramTrace(ProgramState& st) {
     const int32_t n = st.Fft_Samples;
     if (st.ModeFFT != 4) {
         redim(st.BackRe, int64_t(n) + 1);
-        st.BackTracePos = clampPos(tracePosition(st.Sp_Samples, st.RgBackTrace, st.FirstTracePos));
+        st.BackTracePos = tracePosition(st.Sp_Samples, st.RgBackTrace, st.FirstTracePos);
         readN1(st, st.BackTracePos, st.BackRe, n);
     } else {
         redim(st.BackRe, int64_t(n) + 1);
@@ -241,7 +236,7 @@ void FyllSpData(ProgramState& st) {
     fft::forward(st.FftRe.data() + 1, st.FftIm.data() + 1, n);
 
     if (backScroll) {
-        st.BackTracePos = clampPos(tracePosition(n, st.BackTraceIndex, st.FirstTracePos));
+        st.BackTracePos = tracePosition(n, st.BackTraceIndex, st.FirstTracePos);
         readN1(st, st.BackTracePos, st.BackRe, n);
         ApplyWindowBack(st);
         fft::forward(st.BackRe.data() + 1, st.BackIm.data() + 1, n);

@@ -34,8 +34,7 @@ void TraceOutput::write(const std::vector<float>& trace) {
 }
 
 void TraceOutput::finish() {
-    ctx_.st.WorkingFileLength = static_cast<int32_t>(
-        std::min<int64_t>(file_.length(), std::numeric_limits<int32_t>::max()));
+    ctx_.st.WorkingFileLength = file_.length();
     progress_.reset();
     file_.close();
 }

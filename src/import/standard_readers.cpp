@@ -28,8 +28,7 @@ void runStandardRead(ImportContext& ctx, const std::function<void()>& body) {
 }
 
 void setSourceLength(ProgramState& st, uint64_t size) {
-    st.SourceLength =
-        int32_t(std::min<uint64_t>(size, uint64_t(std::numeric_limits<int32_t>::max())));
+    st.SourceLength = int64_t(std::min<uint64_t>(size, uint64_t(INT64_MAX)));
 }
 
 } // namespace kv

@@ -95,7 +95,7 @@ void writeSingleTrace(ProgramState& st, const std::vector<float>& trace) {
     TraceFileWriter out;
     out.open(st.TempPath);
     out.write(1, trace);
-    st.WorkingFileLength = static_cast<int32_t>(std::min<int64_t>(out.length(), INT32_MAX));
+    st.WorkingFileLength = out.length();
     st.TraceCount = 1;
     out.close();
 }

@@ -156,7 +156,7 @@ void WavSamplesStereo(ImportContext& ctx, const ByteSource& src, const WavLayout
         pos += 4 * int64_t(st.Sp_Samples);
     }
     left.finish();
-    st.WorkingFileLength = static_cast<int32_t>(std::min<int64_t>(right.length(), INT32_MAX));
+    st.WorkingFileLength = right.length();
     right.close();
 }
 

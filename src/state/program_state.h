@@ -42,8 +42,10 @@ struct ProgramState {
     int32_t Fft_Samples = 1024;
     int32_t TraceCount = 0;
     int32_t TraceLength = 0;
-    int32_t SourceLength = 0;
-    int32_t WorkingFileLength = 0;
+    // Sizes and 1-based byte positions in the source and the working files are 64-bit, so a
+    // recording of any size is placed exactly.
+    int64_t SourceLength = 0;
+    int64_t WorkingFileLength = 0;
     int16_t Channels = 0;
     int16_t StereoFlag = 0;
     double SampleRate = 0.0;
@@ -75,9 +77,9 @@ struct ProgramState {
     int16_t TracePos = 0;
     int16_t LastTrace = 0;
     int32_t TraceStep = 1;
-    int32_t ScrollStride = 0;
-    int32_t FirstTracePos = 1;
-    int32_t CurrentTracePos = 1;
+    int64_t ScrollStride = 0;
+    int64_t FirstTracePos = 1;
+    int64_t CurrentTracePos = 1;
     bool Idle = true;
     bool PlayFirst = false, PlayRew = false, PlayPause = false, PlayFwd = false, PlayEnd = false;
     bool PeakHoldSuspended = false; // a move back left Peak-hold; the next move forward restores it
@@ -195,7 +197,7 @@ struct ProgramState {
     int32_t BackTraceTop = 0; // 0 or below: there is none
     bool RgBackOn = false;
     int32_t RgBackTrace = 0;
-    int32_t BackTracePos = 0;
+    int64_t BackTracePos = 0;
     /// Conditioning and view layout the builder calls at fixed points; null while none is
     /// plugged in (the command-line tool, most tests).
     SpectrumHooks* spectrumHooks = nullptr;

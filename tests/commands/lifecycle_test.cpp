@@ -69,20 +69,20 @@ TEST(TracePositions, AverageModeGroupsAndRoundsHalfToEven) {
     EXPECT_EQ(st.LastTrace, 2);
 }
 
-TEST(TracePositions, PlacesPast2GBStopAtTheLastPositionInsteadOfWrapping) {
+TEST(TracePositions, PlacesPast2GBAndPast4GBAreExact) {
     ProgramState st;
     st.Sp_Samples = 65536;
     st.ModeFFT = 4;
     st.AverVal = 10000; // a stride of 2.6 GB
     st.TraceCount = 100;
     BigFile(st);
-    EXPECT_EQ(st.ScrollStride, INT32_MAX);
+    EXPECT_EQ(st.ScrollStride, int64_t(10000) * 65536 * 4);
     st.ModeFFT = 1;
     st.TraceCount = 30000;
     BigFile(st);
     st.TracePos = 20000; // 20000 traces of 256 KiB
     setCurrentTracePos(st);
-    EXPECT_EQ(st.CurrentTracePos, INT32_MAX);
+    EXPECT_EQ(st.CurrentTracePos, 1 + int64_t(20000) * 65536 * 4) << "not wrapped, not held";
     st.TracePos = 10;
     setCurrentTracePos(st);
     EXPECT_EQ(st.CurrentTracePos, 1 + 10 * 65536 * 4);

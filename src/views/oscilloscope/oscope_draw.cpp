@@ -133,9 +133,7 @@ void OscopeView::ScrollNu() {
     // Moving forward again brings back a Peak-hold that a move back suspended.
     if (idle && value > s.TracePos && s.PeakHoldSuspended) s.ModeFFT = 3;
     s.TracePos = int16_t(value);
-    const int64_t pos = int64_t(s.TraceStep) * s.TracePos * s.Sp_Samples * 4 + s.FirstTracePos;
-    if (pos > std::numeric_limits<int32_t>::max()) return; // an overflow ends the routine
-    s.CurrentTracePos = int32_t(pos);
+    s.CurrentTracePos = int64_t(s.TraceStep) * s.TracePos * s.Sp_Samples * 4 + s.FirstTracePos;
     try {
         FyllSpData(s);
     } catch (const std::exception&) {
