@@ -1,6 +1,8 @@
 // Bounds-checked byte sources over files and memory.
 #include "platform/byte_source.h"
 
+#include "platform/files.h"
+
 #include <bit>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -74,6 +76,11 @@ FileByteSource::~FileByteSource() {
 }
 
 size_t FileByteSource::readDirect(uint64_t offset, uint8_t* out, size_t n) const {
+    // A hole of a sparse file is zeros: reading it would only have the system copy them.
+    if (isHole(fd_, int64_t(offset), int64_t(n))) {
+        std::memset(out, 0, n);
+        return n;
+    }
     size_t got = 0;
     while (got < n) {
         ssize_t r = ::pread(fd_, out + got, n - got, static_cast<off_t>(offset + got));

@@ -3,14 +3,24 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <system_error>
+#include <unistd.h>
 
 namespace fs = std::filesystem;
 
 namespace kv {
+
+bool isHole(int fd, int64_t offset, int64_t n) {
+    // The next byte that holds data: none at all (ENXIO) or none before the end of the range
+    // means the range is a hole. A system without sparse-file support fails or says "here".
+    const off_t data = ::lseek(fd, off_t(offset), SEEK_DATA);
+    if (data < 0) return errno == ENXIO;
+    return int64_t(data) >= offset + n;
+}
 
 std::string fileTitleOf(const std::string& path) {
     auto p = path.find_last_of("/\\");

@@ -38,6 +38,10 @@ std::string replaceAllNoCase(const std::string& s, const std::string& from, cons
 /// caller's open fails as it would have).
 std::string findCompanion(const std::string& wanted);
 
+/// True when the `n` bytes at `offset` of the open file `fd` lie in a hole of a sparse file
+/// (or past its end): they read as zeros without being read. False when the system cannot tell.
+bool isHole(int fd, int64_t offset, int64_t n);
+
 /// Writes `bytes` to `path` through a sibling temporary file renamed over it, so that a failure
 /// half-way never leaves a broken file behind. Returns false when the file could not be written.
 bool writeFileAtomically(const std::string& path, const std::string& bytes);

@@ -4,6 +4,7 @@
 #include "platform/files.h"
 #include "platform/read_error.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstring>
 #include <fcntl.h>
@@ -54,6 +55,7 @@ void readTrace(const std::string& path, int64_t pos1, float* out, size_t n) {
     std::memset(out, 0, n * sizeof(float));
     const int fd = readHandle(path);
     if (fd < 0) return; // a missing working file reads as zeros, like an empty one
+    if (isHole(fd, pos1 - 1, int64_t(n * sizeof(float)))) return; // a silent stretch
     auto* dst = reinterpret_cast<char*>(out);
     size_t want = n * sizeof(float), got = 0;
     while (got < want) {
@@ -80,17 +82,40 @@ void TraceFileWriter::open(const std::string& path, bool keepExisting) {
     buffer_.resize(1 << 20);
     std::setvbuf(f_, buffer_.data(), _IOFBF, buffer_.size());
     at_ = 0;
+    struct stat s;
+    size_ = ::fstat(::fileno(f_), &s) == 0 ? int64_t(s.st_size) : 0;
 }
+
+namespace {
+
+bool allZero(const void* data, size_t n) {
+    const auto* p = static_cast<const unsigned char*>(data);
+    return n > 0 && p[0] == 0 && std::memcmp(p, p + 1, n - 1) == 0;
+}
+
+} // namespace
 
 void TraceFileWriter::writeBytes(int64_t pos1, const void* data, size_t n) {
     if (!f_) throw ReadError("working file not open");
     if (pos1 < 1) throw ReadError("bad record number");
     int64_t off = pos1 - 1;
+    if (off >= size_ && allZero(data, n)) {
+        size_ = off + int64_t(n);
+        return;
+    }
     if (off != at_) {
         if (std::fseek(f_, static_cast<long>(off), SEEK_SET) != 0) throw ReadError("seek failed");
     }
     if (n && std::fwrite(data, 1, n, f_) != n) throw ReadError("write failed");
     at_ = off + static_cast<int64_t>(n);
+    size_ = std::max(size_, at_);
+}
+
+bool TraceFileWriter::settle() {
+    if (std::fflush(f_) != 0) return false;
+    struct stat s;
+    if (::fstat(::fileno(f_), &s) != 0) return false;
+    return int64_t(s.st_size) >= size_ || ::ftruncate(::fileno(f_), off_t(size_)) == 0;
 }
 
 void TraceFileWriter::write(int64_t pos1, const float* data, size_t n) {
@@ -99,16 +124,15 @@ void TraceFileWriter::write(int64_t pos1, const float* data, size_t n) {
 
 int64_t TraceFileWriter::length() {
     if (!f_) return 0;
-    std::fflush(f_);
-    long here = std::ftell(f_);
-    std::fseek(f_, 0, SEEK_END);
-    long end = std::ftell(f_);
-    std::fseek(f_, here, SEEK_SET);
-    return end;
+    if (!settle()) throw ReadError("write failed");
+    return size_;
 }
 
 void TraceFileWriter::close() {
-    if (f_) std::fclose(f_);
+    if (f_) {
+        settle();
+        std::fclose(f_);
+    }
     f_ = nullptr;
     at_ = -1;
 }

@@ -19,7 +19,10 @@ inline void readTrace(const std::string& path, int64_t pos1, std::vector<float>&
 }
 
 /// Writes traces into a working file. The file is created (or truncated) when the writer opens;
-/// writes go at a 1-based byte position, as the readers keep theirs.
+/// writes go at a 1-based byte position, as the readers keep theirs. Zeros that would go past the
+/// end of the file are not written but left as a hole, which reads as zeros and takes no disk:
+/// a recording with long silent stretches makes a working file of the same length and content
+/// that costs only its sound.
 class TraceFileWriter {
   public:
     TraceFileWriter() = default;
@@ -38,13 +41,18 @@ class TraceFileWriter {
     }
     /// Writes raw bytes at the 1-based byte position `pos1`.
     void writeBytes(int64_t pos1, const void* data, size_t n);
-    /// Length of the file as written so far.
+    /// Length of the file as written so far (holes at its end included). Throws ReadError when
+    /// the file cannot be made that long.
     int64_t length();
     void close();
 
   private:
+    /// Gives the file its full length when it ends in a hole; false when that fails.
+    bool settle();
+
     std::FILE* f_ = nullptr;
-    int64_t at_ = -1; // current 0-based offset of the stream, -1 unknown
+    int64_t at_ = -1;  // current 0-based offset of the stream, -1 unknown
+    int64_t size_ = 0; // length of the file with the zeros left out so far
     std::vector<char> buffer_;
 };
 
