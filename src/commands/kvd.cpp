@@ -78,7 +78,7 @@ void openProjectFile(Workbench& wb, const std::string& path, const std::string& 
     // one of more than 16 M samples would not fit in memory, which ends the open here.
     if (st.Sp_Samples < 1 || st.Sp_Samples > kLargestArray) throw ReadError("Out of memory");
     st.TraceLength = st.Sp_Samples;
-    st.SourceLength = checkedInt32(double(st.TraceCount) * st.Sp_Samples * 4);
+    st.SourceLength = int64_t(st.TraceCount) * st.Sp_Samples * 4;
     // WorkingFileLength, FullScaleNeg, Channels and StereoFlag keep the values of the last
     // import: the project file does not hold them.
 

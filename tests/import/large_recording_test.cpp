@@ -139,4 +139,15 @@ TEST(LargeRecordings, FiveGigabytesImportScrollPlayAndExportWithExactPositions) 
             << i;
     EXPECT_EQ(floatsAt(kvd, 59 + lastShown * kSamples * 4, 1)[0], 0.0f);
     EXPECT_NE(floatsAt(kvd, 59 + lastShown * kSamples * 4 + 4, 1)[0], 0.0f);
+
+    // The project file opens again, in a fresh workbench, and ends where the source did.
+    test::Bench again;
+    again.start();
+    openProjectFile(again.wb, kvd, "survey.kvd");
+    ASSERT_FALSE(again.st.TempPath.empty());
+    EXPECT_EQ(again.st.TraceCount, kTraces);
+    EXPECT_EQ(again.st.SourceLength, kTraces * kSamples * 4);
+    transportEnd(again.wb);
+    EXPECT_EQ(again.st.CurrentTracePos, 1 + lastShown * kSamples * 4);
+    EXPECT_EQ(loudestBin(again.st), 128u);
 }

@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 using namespace kv;
 
 TEST(ByteSources, ReadLittleAndBigEndianValuesAndZerosPastTheEnd) {
@@ -62,6 +64,42 @@ TEST(WorkingTraceStore, ReadsAtOneBasedPositionsWithZerosPastTheEnd) {
     EXPECT_EQ(out, (std::vector<float>{0, 0, 0, 0}));
     // No working file at all is how a read fails when no data set is loaded.
     EXPECT_THROW(readTrace("", 1, out), ReadError);
+}
+
+TEST(WorkingTraceStore, ZerosPastTheEndAreHolesOfTheSameLengthAndContent) {
+    test::TempHome home(false);
+    const std::string path = home.file("temp.sp");
+    const std::vector<float> zeros(1 << 18, 0.0f), ones(4, 1.0f);
+    {
+        TraceFileWriter w;
+        w.open(path);
+        w.write(1, ones);
+        w.write(17, zeros); // past the end: a hole
+        w.write(17 + 4 * int64_t(zeros.size()), ones);
+        w.write(33 + 4 * int64_t(zeros.size()), zeros); // the file ends in a hole
+        EXPECT_EQ(w.length(), 32 + 8 * int64_t(zeros.size()));
+    }
+    EXPECT_EQ(fileSize(path), 32 + 8 * int64_t(zeros.size())) << "closing gives the full length";
+    std::vector<float> out(6, -1.0f);
+    readTrace(path, 9, out);
+    EXPECT_EQ(out, (std::vector<float>{1, 1, 0, 0, 0, 0}));
+    readTrace(path, 9 + 4 * int64_t(zeros.size()), out);
+    EXPECT_EQ(out, (std::vector<float>{0, 0, 1, 1, 1, 1}));
+    readTrace(path, 1 + 4 * (int64_t(zeros.size()) + 8), out);
+    EXPECT_EQ(out, (std::vector<float>(6, 0.0f)));
+    FileByteSource src(path);
+    std::vector<uint8_t> bytes(1 << 20, 0xFF);
+    EXPECT_EQ(src.read(16, bytes.data(), bytes.size()), bytes.size());
+    EXPECT_TRUE(std::all_of(bytes.begin(), bytes.end(), [](uint8_t b) { return b == 0; }));
+
+    // Zeros over what a file already holds are written: an export over an old file.
+    TraceFileWriter again;
+    again.open(path, true);
+    again.write(1, std::vector<float>(4, 0.0f));
+    again.close();
+    readTrace(path, 1, out);
+    EXPECT_EQ(out, (std::vector<float>(6, 0.0f)));
+    EXPECT_EQ(fileSize(path), 32 + 8 * int64_t(zeros.size()));
 }
 
 TEST(FileHelpers, CompanionFilesAreFoundWithoutRegardToCase) {
