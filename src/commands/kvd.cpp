@@ -79,6 +79,11 @@ void openProjectFile(Workbench& wb, const std::string& path, const std::string& 
     if (st.Sp_Samples < 1 || st.Sp_Samples > kLargestArray) throw ReadError("Out of memory");
     st.TraceLength = st.Sp_Samples;
     st.SourceLength = int64_t(st.TraceCount) * st.Sp_Samples * 4;
+    // Up to 2 GB a short file reads as zeros past its end, as it always has; a header that
+    // claims more must be backed by the file, or a damaged one would make gigabytes of zeros.
+    if (st.SourceLength < INT32_MIN ||
+        (st.SourceLength > INT32_MAX && src.size() < uint64_t(kTracesPos - 1 + st.SourceLength)))
+        throw ReadError("Overflow");
     // WorkingFileLength, FullScaleNeg, Channels and StereoFlag keep the values of the last
     // import: the project file does not hold them.
 
