@@ -29,9 +29,6 @@ struct PlayTimer {
 /// caller runs the scroll bar's change handler, as a moved scroll bar would.
 bool tmrFFT_Tick(const ProgramState& st, ScrollBar& hs, PlayTimer& timer);
 
-/// Height of the trace scroll bar under the plot, in window pixels.
-inline constexpr int kScrollHeight = 17;
-
 class SpectrumForm : public ViewModel {
   public:
     explicit SpectrumForm(Workbench& wb) : wb_(wb) {}
