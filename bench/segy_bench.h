@@ -3,12 +3,15 @@
 // against), and running each side in a child process so that its peak memory is its own.
 #pragma once
 
+#include "bench_import.h"
+
 #include <segyio/segy.h>
 
 #include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <functional>
@@ -157,6 +160,37 @@ inline void compareWithSegyio(const std::string& file, int rounds,
                 "\"segyio_peak_rss_kb\": %ld, \"ours_traces\": %ld, \"segyio_traces\": %ld}\n",
                 static_cast<long long>(f.tellg()), mo.seconds, mt.seconds, mt.seconds / mo.seconds,
                 mo.peakKb, mt.peakKb, mo.traces, mt.traces);
+}
+
+/// The side-by-side program's whole run: [FILE] [--mb N] [--samples N] [--rounds N], a generated
+/// file when none is given, our `filter` entry against segyio reading the same traces into
+/// floats, and the scratch folder removed.
+inline int compareImportWithSegyio(int argc, char** argv, int mb, int samples, bool ibm,
+                                   const char* filter, const char* scratchTag) {
+    std::string file;
+    int rounds = 3;
+    for (int i = 1; i < argc; ++i) {
+        const std::string a = argv[i];
+        if (a == "--mb" && i + 1 < argc)
+            mb = std::atoi(argv[++i]);
+        else if (a == "--samples" && i + 1 < argc)
+            samples = std::atoi(argv[++i]);
+        else if (a == "--rounds" && i + 1 < argc)
+            rounds = std::atoi(argv[++i]);
+        else
+            file = a;
+    }
+    const std::filesystem::path home = scratchHome(scratchTag);
+    if (file.empty()) {
+        file = (home / "bench.sgy").string();
+        writeSegy(file, mb, samples, ibm);
+    }
+    const std::string h = home.string();
+    compareWithSegyio(
+        file, rounds, [&] { return long(importOnce(h, file, filter)); },
+        [&] { return segyioToFloats(file, h, !ibm); });
+    std::filesystem::remove_all(home);
+    return 0;
 }
 
 } // namespace kv::bench

@@ -12,34 +12,7 @@
 #include "bench_import.h"
 #include "segy_bench.h"
 
-#include <filesystem>
-#include <string>
-
-namespace fs = std::filesystem;
-
 int main(int argc, char** argv) {
-    std::string file;
-    int mb = 1000, samples = 1500, rounds = 3;
-    for (int i = 1; i < argc; ++i) {
-        const std::string a = argv[i];
-        if (a == "--mb" && i + 1 < argc)
-            mb = std::atoi(argv[++i]);
-        else if (a == "--samples" && i + 1 < argc)
-            samples = std::atoi(argv[++i]);
-        else if (a == "--rounds" && i + 1 < argc)
-            rounds = std::atoi(argv[++i]);
-        else
-            file = a;
-    }
-    const fs::path home = kv::bench::scratchHome("kv-bench-segy-std-");
-    if (file.empty()) {
-        file = (home / "bench.sgy").string();
-        kv::bench::writeSegy(file, mb, samples, true);
-    }
-    const std::string h = home.string();
-    kv::bench::compareWithSegyio(
-        file, rounds, [&] { return long(kv::bench::importOnce(h, file, "SEGY-STD")); },
-        [&] { return kv::bench::segyioToFloats(file, h, false); });
-    fs::remove_all(home);
-    return 0;
+    return kv::bench::compareImportWithSegyio(argc, argv, 1000, 1500, true, "SEGY-STD",
+                                              "kv-bench-segy-std-");
 }

@@ -10,34 +10,7 @@
 #include "bench_import.h"
 #include "segy_bench.h"
 
-#include <filesystem>
-#include <string>
-
-namespace fs = std::filesystem;
-
 int main(int argc, char** argv) {
-    std::string file;
-    int mb = 500, samples = 1000, rounds = 3;
-    for (int i = 1; i < argc; ++i) {
-        const std::string a = argv[i];
-        if (a == "--mb" && i + 1 < argc)
-            mb = std::atoi(argv[++i]);
-        else if (a == "--samples" && i + 1 < argc)
-            samples = std::atoi(argv[++i]);
-        else if (a == "--rounds" && i + 1 < argc)
-            rounds = std::atoi(argv[++i]);
-        else
-            file = a;
-    }
-    const fs::path home = kv::bench::scratchHome("kv-bench-segy-");
-    if (file.empty()) {
-        file = (home / "bench.sgy").string();
-        kv::bench::writeSegy(file, mb, samples);
-    }
-    const std::string h = home.string();
-    kv::bench::compareWithSegyio(
-        file, rounds, [&] { return long(kv::bench::importOnce(h, file, "SEISMIC")); },
-        [&] { return kv::bench::segyioToFloats(file, h, true); });
-    fs::remove_all(home);
-    return 0;
+    return kv::bench::compareImportWithSegyio(argc, argv, 500, 1000, false, "SEISMIC",
+                                              "kv-bench-segy-");
 }

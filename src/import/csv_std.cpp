@@ -250,7 +250,7 @@ Capture readCapture(ImportContext& ctx, const ByteSource& src, size_t keep) {
 void readCsv(ImportContext& ctx) {
     ProgramState& st = ctx.st;
     auto src = ctx.openSource();
-    st.SourceLength = int32_t(std::min<uint64_t>(src->size(), INT32_MAX));
+    setSourceLength(st, src->size());
     const int64_t ds = std::max<int>(st.NewDS, 1);
     const size_t keep = size_t(std::min(kLongestTrace * ds, kLongestRawTrace));
     const Capture c = readCapture(ctx, *src, keep);
@@ -327,7 +327,7 @@ void readCsv(ImportContext& ctx) {
 } // namespace
 
 void ReadCsvStd(ImportContext& ctx) {
-    readOrReport(ctx, [&] { readCsv(ctx); });
+    runStandardRead(ctx, [&] { readCsv(ctx); });
 }
 
 } // namespace kv

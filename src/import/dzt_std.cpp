@@ -140,7 +140,7 @@ std::vector<std::string> infoLines(const DztHeader& h, int channel) {
 void readDzt(ImportContext& ctx) {
     ProgramState& st = ctx.st;
     auto src = ctx.openSource();
-    st.SourceLength = int32_t(std::min<uint64_t>(src->size(), INT32_MAX));
+    setSourceLength(st, src->size());
     const DztHeader h = readHeader(*src);
     const int channel = chosenChannel(st, h.channels);
     const int ds = std::max<int>(st.NewDS, 1);
@@ -177,7 +177,7 @@ void readDzt(ImportContext& ctx) {
 } // namespace
 
 void ReadDztStd(ImportContext& ctx) {
-    readOrReport(ctx, [&] { readDzt(ctx); });
+    runStandardRead(ctx, [&] { readDzt(ctx); });
 }
 
 } // namespace kv

@@ -8,26 +8,6 @@
 
 namespace kv {
 
-void readOrReport(ImportContext& ctx, const std::function<void()>& body) {
-    std::string why;
-    bool ownWords = false;
-    const Failure how = catchInputFailure([&] {
-        try {
-            body();
-        } catch (const UnreadableFile& e) {
-            why = e.what();
-            ownWords = true;
-            throw;
-        }
-    });
-    if (how == Failure::None) return;
-    ctx.dialogFileName.clear();
-    ctx.st.SourceInfoLines.clear();
-    // Any other failed read (the working file could not be written, say) is told as the other
-    // readers tell it.
-    reportFailedRead(ctx, how, ownWords ? why.c_str() : "File corrupted!");
-}
-
 int chosenChannel(const ProgramState& st, int channels) {
     const int c = std::max<int>(st.ImportChannel, 1);
     if (c > channels)

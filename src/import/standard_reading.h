@@ -6,6 +6,7 @@
 #pragma once
 
 #include "import/reader.h"
+#include "import/standard_readers.h"
 
 #include <cstdint>
 #include <functional>
@@ -23,18 +24,12 @@ void ReadCsvStd(ImportContext& ctx); // csv_std.cpp: "Oscilloscope CSV (*.csv)"
 /// by the settings or a file is refused rather than tried.
 inline constexpr int64_t kLongestRawTrace = int64_t(1) << 24;
 
-/// A file the reader cannot take; what() is the sentence the user is shown.
-struct UnreadableFile : ReadError {
-    explicit UnreadableFile(const std::string& why) : ReadError(why) {}
+/// A file the reader cannot take; what() is the sentence the user is shown, with the critical
+/// icon. The entry points run their readers under runStandardRead (standard_readers.h), which
+/// the seismic entries share: the message, no header lines, no data set.
+struct UnreadableFile : ReadRefused {
+    explicit UnreadableFile(const std::string& why) : ReadRefused(why, MsgIcon::Critical) {}
 };
-
-/// Runs a whole reader, header and traces. When the file fails the read, the user is told why
-/// in one critical message (an UnreadableFile's own text, "File corrupted!" for any other
-/// failed read, or that memory ran out), the dialog's file name is emptied so the open does not
-/// finish, the header lines found so far are dropped, CleanSet runs, toolbar button 2 shows, and
-/// TempPath is emptied. Faults in the program
-/// itself are not caught.
-void readOrReport(ImportContext& ctx, const std::function<void()>& body);
 
 /// The channel the options choose (ImportChannel, 1-based), as a 0-based index into a source
 /// with `channels` channels. A choice the file does not have fails the read.

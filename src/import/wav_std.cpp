@@ -259,7 +259,7 @@ class ChannelReader {
 void readWav(ImportContext& ctx) {
     ProgramState& st = ctx.st;
     auto src = ctx.openSource();
-    st.SourceLength = int32_t(std::min<uint64_t>(src->size(), INT32_MAX));
+    setSourceLength(st, src->size());
     const WavFacts w = walkChunks(*src);
     const int channel = chosenChannel(st, w.channels);
 
@@ -328,7 +328,7 @@ void readWav(ImportContext& ctx) {
 } // namespace
 
 void ReadWavStd(ImportContext& ctx) {
-    readOrReport(ctx, [&] { readWav(ctx); });
+    runStandardRead(ctx, [&] { readWav(ctx); });
 }
 
 } // namespace kv

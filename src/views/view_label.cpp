@@ -8,6 +8,14 @@
 
 namespace kv {
 
+GraphLayout layOutGraph(int width, int height, const GraphMargins& m) {
+    GraphLayout g;
+    g.window = QSize(std::max(width, m.minWidth), std::max(height, m.minHeight));
+    g.graph = QRect(m.left, m.top, g.window.width() - m.width, g.window.height() - m.height);
+    g.scrollBar = QRect(g.graph.left(), g.graph.bottom() + 3, g.graph.width(), kScrollHeight);
+    return g;
+}
+
 bool moveScrollBar(ScrollBar& hs, int value) {
     value = std::clamp(value, hs.Min, std::max(hs.Min, hs.Max));
     if (value == hs.Value) return false;

@@ -6,6 +6,7 @@
 #include <QFont>
 #include <QRect>
 #include <QRgb>
+#include <QSize>
 #include <string>
 
 class QPainter;
@@ -34,6 +35,25 @@ struct ScrollBar {
     bool Enabled = true;
     QRect rect; // window pixels
 };
+
+/// Height of every view's trace scroll bar, in window pixels.
+inline constexpr int kScrollHeight = 17;
+
+/// The fixed room round a view's graph, in pixels: left of and above it for the labels, what
+/// the window has beyond the graph's size, and the smallest window.
+struct GraphMargins {
+    int left = 0, top = 0;
+    int width = 0, height = 0;
+    int minWidth = 0, minHeight = 0;
+};
+/// A window of `width` x `height`, held at its smallest, with the graph in its margins and the
+/// scroll bar two pixels under the graph, as wide as it.
+struct GraphLayout {
+    QSize window;
+    QRect graph;
+    QRect scrollBar;
+};
+GraphLayout layOutGraph(int width, int height, const GraphMargins& m);
 
 /// Moves the scroll bar to `value`, held in its range, as a user's move would. True when the value
 /// changed, which is when a scroll bar fires its change event.

@@ -10,6 +10,7 @@
 #include <QAction>
 #include <QApplication>
 #include <QMdiArea>
+#include <QMdiSubWindow>
 #include <QScrollBar>
 #include <gtest/gtest.h>
 
@@ -126,4 +127,42 @@ TEST_F(ThreeViews, OscopeCommandsComeFromTheMenuAndTheToolbar) {
     w->menuAction("mnuNoZoom")->trigger();
     EXPECT_EQ(oscope->zoomDepth(), 0u);
     EXPECT_FALSE(oscope->ZoomOn());
+}
+
+TEST_F(ThreeViews, ANewImportRunsTheUnloadOfEveryViewItCloses) {
+    ASSERT_TRUE(oscope);
+    w->mdiArea()->setActiveSubWindow(w->viewHost().window(ViewId::Oscope));
+    QApplication::processEvents();
+    w->pressToolButton(72); // Flip
+    w->pressToolButton(83); // Cursor
+    ASSERT_TRUE(w->state().Flipped && oscope->KursorOn());
+
+    w->importFile(kSample);
+    EXPECT_FALSE(w->state().Flipped);
+    EXPECT_FALSE(w->commands().button(83).down);
+    EXPECT_EQ(w->viewHost().viewWindow(ViewId::Oscope), nullptr);
+
+    w->menuAction("mnuTime")->trigger();
+    QApplication::processEvents();
+    auto* next = w->viewHost().modelOf<oscope::OscopeView>(ViewId::Oscope);
+    ASSERT_NE(next, nullptr);
+    EXPECT_FALSE(next->KursorOn());
+    w->pressToolButton(83);
+    EXPECT_TRUE(next->KursorOn()) << "one press brings the cursors up";
+}
+
+TEST_F(ThreeViews, TheSpectrumWindowReopenedBesideTheOthersScrollsTheWholeDataSet) {
+    w->viewHost().window(ViewId::Spectrum)->close();
+    QApplication::processEvents();
+    QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    ASSERT_FALSE(w->state().SpectrumOpen);
+    w->menuAction("mnuFFT")->trigger();
+    QApplication::processEvents();
+    sw = w->viewHost().viewWindow(ViewId::Spectrum);
+    ASSERT_NE(sw, nullptr);
+    EXPECT_EQ(sw->scrollBar()->maximum(), w->state().LastTrace);
+    ow->scrollBar()->setValue(5);
+    expectAllOn(5);
+    w->toolAction(13)->trigger(); // End
+    expectAllOn(w->state().LastTrace);
 }

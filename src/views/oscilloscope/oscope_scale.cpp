@@ -59,14 +59,13 @@ CommandState& OscopeView::cmd() const {
 // ---- Load, resize, unload ------------------------------------------------------------------
 
 void OscopeView::placeGraph(int w, int h) {
-    formWidth_ = std::max(w, kMinFormWidth);
-    formHeight_ = std::max(h, kMinFormHeight);
-    graphRect_ =
-        QRect(kGraphLeft, kGraphTop, formWidth_ - kWidthMargin, formHeight_ - kHeightMargin);
+    const GraphLayout g = layOutGraph(w, h, kMargins);
+    formWidth_ = g.window.width();
+    formHeight_ = g.window.height();
+    graphRect_ = g.graph;
+    HS_.rect = g.scrollBar;
     GraphWidth_ = float(graphRect_.width());
     GraphHeight_ = float(graphRect_.height());
-    HS_.rect = QRect(graphRect_.left(), graphRect_.top() + graphRect_.height() + 2,
-                     graphRect_.width(), kScrollHeight);
     const int capH = std::min(160, graphRect_.height());
     picTextRect_ = QRect(6, graphRect_.top() + (graphRect_.height() - capH) / 2, 20, capH);
 }

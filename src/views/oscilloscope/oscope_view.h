@@ -47,16 +47,17 @@ struct Tick {
 using kv::ScrollBar;
 
 // Fixed sizes of the view's furniture, in pixels.
-inline constexpr int kGraphLeft = 72;     // room for the amplitude labels and the caption
-inline constexpr int kGraphTop = 40;      // room for the read-outs and the cursor handles
-inline constexpr int kWidthMargin = 112;  // form width - graph width
-inline constexpr int kHeightMargin = 130; // form height - graph height
-inline constexpr int kScrollHeight = 17;
+inline constexpr int kGraphLeft = 72;      // room for the amplitude labels and the caption
+inline constexpr int kGraphTop = 40;       // room for the read-outs and the cursor handles
+inline constexpr int kWidthMargin = 112;   // form width - graph width
+inline constexpr int kHeightMargin = 130;  // form height - graph height
 inline constexpr int kKursorWidth = 3;     // width of a cursor bar
 inline constexpr int kHandleWidth = 15;    // cursor grab handle above the graph
 inline constexpr int kHandleHeight = 12;   //
 inline constexpr int kMinFormWidth = 209;  // 3132 twips
 inline constexpr int kMinFormHeight = 216; // 3240 twips
+inline constexpr GraphMargins kMargins{kGraphLeft,    kGraphTop,     kWidthMargin,
+                                       kHeightMargin, kMinFormWidth, kMinFormHeight};
 
 /// Engineering time unit for a time per division in seconds. `index` -1 (no unit) leaves the
 /// time per division as it was; otherwise it is scaled into the unit.

@@ -79,13 +79,13 @@ ProgramState& PhaseView::st() const {
 // ---- Life of the view ------------------------------------------------------------------------
 
 void PhaseView::placeGraph(int w, int h) {
-    formWidth_ = std::max(w, kMinWidth);
-    formHeight_ = std::max(h, kMinHeight);
-    graphRect_ =
-        QRect(kGraphLeft, kGraphTop, formWidth_ - kWidthMargin, formHeight_ - kHeightMargin);
+    const GraphLayout g = layOutGraph(w, h, kMargins);
+    formWidth_ = g.window.width();
+    formHeight_ = g.window.height();
+    graphRect_ = g.graph;
+    HS_.rect = g.scrollBar;
     PhaseWidth_ = graphRect_.width();
     PhaseHeight_ = graphRect_.height();
-    HS_.rect = QRect(graphRect_.left(), graphRect_.bottom() + 3, graphRect_.width(), kScrollHeight);
 }
 
 void PhaseView::Form_Load(int w, int h) {

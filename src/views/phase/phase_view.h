@@ -32,9 +32,10 @@ inline constexpr int kGraphLeft = 60;
 inline constexpr int kGraphTop = 30;
 inline constexpr int kWidthMargin = 100;  // window width - graph width
 inline constexpr int kHeightMargin = 110; // window height - graph height
-inline constexpr int kScrollHeight = 17;
 inline constexpr int kMinWidth = 209;
 inline constexpr int kMinHeight = 216;
+inline constexpr GraphMargins kMargins{kGraphLeft,    kGraphTop, kWidthMargin,
+                                       kHeightMargin, kMinWidth, kMinHeight};
 
 /// The pointer's frequency as the read-out prints it: "###.0", a blank, Hz, kHz or MHz.
 std::string frequencyText(double hz);

@@ -29,9 +29,6 @@ struct PlayTimer {
 /// caller runs the scroll bar's change handler, as a moved scroll bar would.
 bool tmrFFT_Tick(const ProgramState& st, ScrollBar& hs, PlayTimer& timer);
 
-/// Height of the trace scroll bar under the plot, in window pixels.
-inline constexpr int kScrollHeight = 17;
-
 class SpectrumForm : public ViewModel {
   public:
     explicit SpectrumForm(Workbench& wb) : wb_(wb) {}
@@ -44,6 +41,8 @@ class SpectrumForm : public ViewModel {
     /// The metric read-outs are this view's: they go off with it, flags, buttons and ticks
     /// together, so that the next press switches one on again.
     void unload() override;
+    // Its one command, "UpdateAn", needs no work here: the read-out labels are painted from the
+    // state with every picture, and the host repaints after each command.
     void redraw() override { relayout(); }
     void traceChanged() override { DrawTimer(); }
     QImage picture() const override;
