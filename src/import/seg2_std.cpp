@@ -131,12 +131,6 @@ const std::string* valueOf(const std::vector<Entry>& entries, const std::string&
     return nullptr;
 }
 
-std::string numberText(double x) {
-    char buf[32];
-    std::snprintf(buf, sizeof buf, "%.10g", x);
-    return buf;
-}
-
 void readSeg2(ImportContext& ctx) {
     ProgramState& st = ctx.st;
     auto src = ctx.openSource();

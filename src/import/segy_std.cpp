@@ -250,12 +250,6 @@ double intervalOf(const Fields& f, int revision, uint64_t start, const char*& fr
     throw ReadError("no sample interval");
 }
 
-std::string numberText(double x) {
-    char buf[32];
-    std::snprintf(buf, sizeof buf, "%.10g", x);
-    return buf;
-}
-
 void readSegy(ImportContext& ctx) {
     ProgramState& st = ctx.st;
     auto src = ctx.openSource();

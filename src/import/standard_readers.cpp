@@ -3,6 +3,7 @@
 
 #include "platform/message_title.h"
 
+#include <cstdio>
 #include <limits>
 #include <optional>
 
@@ -25,6 +26,12 @@ void runStandardRead(ImportContext& ctx, const std::function<void()>& body) {
     if (ctx.cleanSet) ctx.cleanSet();
     ctx.wb.cmd.button(2).visible = true;
     ctx.st.TempPath.clear();
+}
+
+std::string numberText(double x) {
+    char buf[32];
+    std::snprintf(buf, sizeof buf, "%.10g", x);
+    return buf;
 }
 
 void setSourceLength(ProgramState& st, uint64_t size) {

@@ -28,6 +28,9 @@ struct ReadRefused : ReadError {
 /// memory ran out), the views go (CleanSet), toolbar button 2 shows, and TempPath is emptied.
 void runStandardRead(ImportContext& ctx, const std::function<void()>& body);
 
+/// A header figure for file information: up to ten significant digits, no trailing zeros.
+std::string numberText(double x);
+
 /// SourceLength from the size of the source.
 void setSourceLength(ProgramState& st, uint64_t size);
 
