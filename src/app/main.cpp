@@ -1,6 +1,7 @@
 // kelvorandine: the desktop workbench. `kelvorandine [FILE] [--filter NAME] [--home DIR]`.
 #include "app/main_window.h"
 #include "import/file_filters.h"
+#include "platform/home_folder.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -13,6 +14,8 @@ int main(int argc, char** argv) {
     QApplication app(argc, argv);
     QApplication::setOrganizationName("Kelvorandine");
     QApplication::setApplicationName("Kelvorandine");
+    // Ties the running program to its .desktop entry (its name and icon on the desktop).
+    QGuiApplication::setDesktopFileName(QStringLiteral("kelvorandine"));
 
     QCommandLineParser parser;
     parser.setApplicationDescription("Kelvorandine workbench");
@@ -35,10 +38,18 @@ int main(int argc, char** argv) {
     parser.addOption(pressOpt);
     parser.process(app);
 
-    QString home = QCoreApplication::applicationDirPath();
-    if (qEnvironmentVariableIsSet("KELVORANDINE_HOME"))
+    QString home;
+    if (parser.isSet(homeOpt))
+        home = parser.value(homeOpt);
+    else if (qEnvironmentVariableIsSet("KELVORANDINE_HOME"))
         home = qEnvironmentVariable("KELVORANDINE_HOME");
-    if (parser.isSet(homeOpt)) home = parser.value(homeOpt);
+    else {
+        // An installed copy may live where the user cannot write: its home then moves to the
+        // user's data folder, filled from the factory home on the first start.
+        const std::string program = QCoreApplication::applicationDirPath().toStdString();
+        home = QString::fromStdString(
+            kv::defaultHomeFolder(program, kv::folderWritable(program), kv::userDataFolder()));
+    }
     home = QDir(home).absolutePath();
 
     // Names on the command line are relative to where the user started us; the workbench moves
