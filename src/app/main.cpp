@@ -57,6 +57,8 @@ int main(int argc, char** argv) {
     QStringList files = parser.positionalArguments();
     for (QString& f : files)
         f = QDir(f).absolutePath();
+    const QString grab =
+        parser.isSet(grabOpt) ? QDir(parser.value(grabOpt)).absolutePath() : QString();
 
     // The filter name is checked before any window shows; its place in the dialog's list
     // depends on Fil, known once the settings are read.
@@ -79,7 +81,6 @@ int main(int argc, char** argv) {
     }
     if (parser.isSet(playOpt) || parser.isSet(grabOpt) || parser.isSet(pressOpt)) {
         const bool play = parser.isSet(playOpt);
-        const QString grab = parser.value(grabOpt);
         const QStringList presses = parser.value(pressOpt).split(',', Qt::SkipEmptyParts);
         QTimer::singleShot(300, &w, [&w, play, grab, presses] {
             for (const QString& n : presses)

@@ -136,7 +136,7 @@ MainWindow::MainWindow(const std::string& home, Host* host, QWidget* parent)
     views_.onViewClosed = [this] { syncFromModel(); };
     views_.onTraceShown = [this] { syncPanels(); };
     setCentralWidget(mdi_);
-    mdi_->installEventFilter(this);
+    mdi_->viewport()->installEventFilter(this);
     mdi_->setBackground(QColor(0x78, 0x86, 0x8f));
     setAcceptDrops(true);
     buildMenus();
@@ -235,7 +235,7 @@ void MainWindow::buildStatusBar() {
         auto* l = new StatusPanel(this);
         l->setObjectName(QStringLiteral("panel%1").arg(i + 1));
         l->setFrameStyle(QFrame::Panel | QFrame::Sunken);
-        // Panel 6 carries the peak read-out ("Peak: -6 dBFS 4687.5Hz"), the longest text: it
+        // Panel 6 carries the peak read-out ("Peak: -6 dBFS 4.69kHz"), the longest text: it
         // gets the largest share of the room; every panel gives way before they overlap.
         statusBar()->addWidget(l, i == 0 ? 1 : i == 5 ? 3 : 1);
         panels_.push_back(l);
@@ -389,7 +389,7 @@ void MainWindow::closeEvent(QCloseEvent* e) {
 }
 
 bool MainWindow::eventFilter(QObject* watched, QEvent* e) {
-    if (watched == mdi_ && e->type() == QEvent::Resize) views_.retile();
+    if (mdi_ && watched == mdi_->viewport() && e->type() == QEvent::Resize) views_.retile();
     return QMainWindow::eventFilter(watched, e);
 }
 

@@ -59,14 +59,14 @@ TEST_F(SpectrumShell, PlaysPausesAndEndsWithTheCurveAndPanelsFollowing) {
     EXPECT_EQ(st.TracePos, 10);
     EXPECT_EQ(sw->scrollBar()->value(), 9);
     EXPECT_EQ(sw->scrollBar()->maximum(), 47);
-    EXPECT_EQ(w->panelLabel(6)->text(), "Peak: -7.6 dBFS 984.38Hz");
+    EXPECT_EQ(w->panelLabel(6)->text(), "Peak: -6 dBFS 4.69kHz");
     EXPECT_EQ(w->panelLabel(4)->text(), "X-scale: linear ");
 
     // The peak of the 4687.5 Hz tone sits on its column, one dB scale step per pixel row down.
     const auto& view = form->view();
     const QPoint top = topOfCurve();
     EXPECT_NEAR(top.x(), 4687.5 / 24000.0 * view.PlotW(), view.ColStep());
-    EXPECT_EQ(top.y(), int(std::lround(-7.6078 * view.DbScale())));
+    EXPECT_EQ(top.y(), int(std::lround(-6.0 * view.DbScale())));
     EXPECT_EQ(view.surface().pixel(top.x(), top.y()), kGreen);
     const spectrum::PlotMargins m;
     EXPECT_EQ(sw->picture().pixel(m.left + top.x(), m.top + top.y()) & 0xFFFFFFu, kGreen);
