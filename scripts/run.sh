@@ -6,5 +6,5 @@ cd "$(dirname "$0")/.."
 bash scripts/setup.sh
 cmake --preset default >/dev/null
 cmake --build --preset default -j"$(nproc)" --target kelvorandine kelvorandine-cli kv_home
-if [ $# -eq 0 ]; then set -- build/bin/samples/sample_1khz.wav; fi
+if [ $# -eq 0 ]; then set -- build/bin/samples/sample_tone.wav; fi
 exec build/bin/kelvorandine "$@"

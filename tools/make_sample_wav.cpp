@@ -3,12 +3,21 @@
 //   make_sample_wav OUT.wav
 //
 // Output: canonical 44-byte-header RIFF WAVE, 16-bit PCM, mono, 48 kHz,
-// 2 s (96000 frames). Content: a 1 kHz tone at -6 dBFS (peak) with its 2nd
-// harmonic at -50 dBc and its 3rd at -60 dBc, plus white Gaussian noise at
-// about -90 dBFS (RMS, referenced to a full-scale sine). The noise comes
-// from std::mt19937 with a fixed seed shaped by a sum of twelve uniforms;
-// both are pure integer/IEEE arithmetic, so every run writes the same bytes.
-// The tone completes exactly 2000 cycles, so the file loops without a click.
+// 48 traces of 1024 samples (49152 frames, about 1 s). Content: a tone at
+// -6 dBFS (peak) on exactly 100 cycles per 1024 samples (4687.5 Hz) with its
+// 2nd harmonic at -50 dBc and its 3rd at -60 dBc, plus white Gaussian noise
+// with an RMS of -90 dB relative to full scale.
+//
+// The tone is coherently sampled for the factory trace length: every trace
+// of 1024 samples holds a whole number of its cycles and of its harmonics'
+// cycles, so under the Uniform window each sits on one bin (100, 200, 300)
+// and the analyser read-outs show the recording's real distortion and noise
+// rather than leakage. Bin 100 also keeps the harmonic bands (a bin's
+// neighbours up to 21 away) well clear of the fundamental.
+//
+// The noise comes from std::mt19937 with a fixed seed shaped by a sum of
+// twelve uniforms; both are pure integer/IEEE arithmetic, so every run
+// writes the same bytes.
 //
 // Exit status: 0 written, 1 cannot write, 2 bad arguments.
 //
@@ -30,12 +39,13 @@
 namespace {
 
 constexpr std::uint32_t kSampleRate = 48000;
-constexpr std::uint32_t kFrames = 2 * kSampleRate;
+constexpr std::uint32_t kTraceLength = 1024; // the factory Sp_Samples
+constexpr std::uint32_t kTraces = 48;
+constexpr std::uint32_t kFrames = kTraces * kTraceLength;
 constexpr std::uint16_t kChannels = 1;
 constexpr std::uint16_t kBitsPerSample = 16;
-constexpr std::uint32_t kToneHz = 1000;
-constexpr std::uint32_t kPeriod = kSampleRate / kToneHz;  // 48 samples per cycle
-static_assert(kSampleRate % kToneHz == 0, "tone period must be a whole number of samples");
+constexpr std::uint32_t kToneBin = 100; // cycles per trace: 4687.5 Hz at 48 kHz
+static_assert(3 * kToneBin < kTraceLength / 2, "the 3rd harmonic must stay below Nyquist");
 
 constexpr double kFullScale = 32767.0;
 constexpr double kToneDbfs = -6.0;
@@ -44,20 +54,23 @@ constexpr double kThirdDbc = -60.0;
 constexpr double kNoiseDbfs = -90.0;
 constexpr std::uint32_t kNoiseSeed = 20240601u;
 
-double db_to_ratio(double db) { return std::pow(10.0, db / 20.0); }
+double db_to_ratio(double db) {
+    return std::pow(10.0, db / 20.0);
+}
 
-// One period of sin() sampled at the tone's phase steps; indexing with an
-// integer phase keeps the argument exact for every sample and harmonic.
-std::array<double, kPeriod> sine_table() {
-    std::array<double, kPeriod> t{};
-    for (std::uint32_t k = 0; k < kPeriod; ++k)
-        t[k] = std::sin(2.0 * std::numbers::pi * static_cast<double>(k) / kPeriod);
+// sin() at the 1024 phases a bin-centred tone of a 1024-sample trace can
+// take; indexing with an integer phase keeps the argument exact for every
+// sample and harmonic.
+std::array<double, kTraceLength> sine_table() {
+    std::array<double, kTraceLength> t{};
+    for (std::uint32_t k = 0; k < kTraceLength; ++k)
+        t[k] = std::sin(2.0 * std::numbers::pi * static_cast<double>(k) / kTraceLength);
     return t;
 }
 
 // Unit-variance Gaussian approximation: the sum of twelve U(0,1) minus 6.
 class NoiseSource {
-public:
+  public:
     explicit NoiseSource(std::uint32_t seed) : gen_(seed) {}
     double next() {
         double sum = 0.0;
@@ -66,7 +79,7 @@ public:
         return sum - 6.0;
     }
 
-private:
+  private:
     std::mt19937 gen_;
 };
 
@@ -81,7 +94,8 @@ void put_u32(std::vector<unsigned char>& out, std::uint32_t v) {
 }
 
 void put_tag(std::vector<unsigned char>& out, const char (&tag)[5]) {
-    for (int i = 0; i < 4; ++i) out.push_back(static_cast<unsigned char>(tag[i]));
+    for (int i = 0; i < 4; ++i)
+        out.push_back(static_cast<unsigned char>(tag[i]));
 }
 
 std::vector<unsigned char> build_wave() {
@@ -96,7 +110,7 @@ std::vector<unsigned char> build_wave() {
     put_tag(out, "WAVE");
     put_tag(out, "fmt ");
     put_u32(out, 16);
-    put_u16(out, 1);  // PCM
+    put_u16(out, 1); // PCM
     put_u16(out, kChannels);
     put_u32(out, kSampleRate);
     put_u32(out, byte_rate);
@@ -109,13 +123,14 @@ std::vector<unsigned char> build_wave() {
     const double a1 = kFullScale * db_to_ratio(kToneDbfs);
     const double a2 = a1 * db_to_ratio(kSecondDbc);
     const double a3 = a1 * db_to_ratio(kThirdDbc);
-    // -90 dBFS RMS relative to a full-scale sine, whose RMS is FS / sqrt(2).
-    const double noise_rms = kFullScale * db_to_ratio(kNoiseDbfs) / std::numbers::sqrt2;
+    // An RMS of -90 dB relative to full scale.
+    const double noise_rms = kFullScale * db_to_ratio(kNoiseDbfs);
     NoiseSource noise(kNoiseSeed);
 
     for (std::uint32_t n = 0; n < kFrames; ++n) {
-        const double x = a1 * sine[n % kPeriod] + a2 * sine[(2 * n) % kPeriod] +
-                         a3 * sine[(3 * n) % kPeriod] + noise_rms * noise.next();
+        const std::uint32_t phase = n * kToneBin;
+        const double x = a1 * sine[phase % kTraceLength] + a2 * sine[(2 * phase) % kTraceLength] +
+                         a3 * sine[(3 * phase) % kTraceLength] + noise_rms * noise.next();
         const double clamped = std::clamp(std::round(x), -32768.0, 32767.0);
         const auto s = static_cast<std::int16_t>(clamped);
         put_u16(out, static_cast<std::uint16_t>(s));
@@ -128,12 +143,13 @@ enum class WriteResult { Ok, OpenFailed, WriteFailed };
 WriteResult write_file(const std::string& path, const std::vector<unsigned char>& bytes) {
     std::ofstream f(path, std::ios::binary | std::ios::trunc);
     if (!f) return WriteResult::OpenFailed;
-    f.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    f.write(reinterpret_cast<const char*>(bytes.data()),
+            static_cast<std::streamsize>(bytes.size()));
     f.close();
     return f ? WriteResult::Ok : WriteResult::WriteFailed;
 }
 
-}  // namespace
+} // namespace
 
 int main(int argc, char** argv) {
     if (argc != 2 || argv[1][0] == '\0') {

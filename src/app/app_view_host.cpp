@@ -3,6 +3,7 @@
 
 #include "app/view_window.h"
 #include "commands/lifecycle.h"
+#include "commands/transport.h"
 #include "state/workbench.h"
 #include "views/view_table.h"
 
@@ -31,6 +32,9 @@ std::optional<ViewId> AppViewHost::viewOf(const QMdiSubWindow* w) const {
 void AppViewHost::show(Workbench& wb, ViewId v, ViewModel& m) {
     auto* view = new ViewWindow(m);
     if (auto it = popups.find(v); it != popups.end()) view->setPopupMenu(it->second);
+    view->tipText = [&wb](int position) {
+        return QString::fromStdString(traceTipText(wb.st, position));
+    };
     view->resize(640, 420);
     auto* sub = area_->addSubWindow(view);
     sub->setAttribute(Qt::WA_DeleteOnClose);
@@ -70,15 +74,29 @@ void AppViewHost::remove(ViewId v) {
 }
 
 void AppViewHost::maximiseView(Workbench& wb, ViewId v) {
+    tiled_ = -1;
     ModelViewHost::maximiseView(wb, v);
     if (auto* w = window(v)) w->showMaximized();
 }
 
 void AppViewHost::arrange(Workbench&, int mode) {
     if (mode == 0) {
+        tiled_ = -1;
         area_->cascadeSubWindows();
         return;
     }
+    tiled_ = mode;
+    tile(mode);
+}
+
+void AppViewHost::retile() {
+    if (tiled_ != 1 && tiled_ != 2) return;
+    for (auto* w : area_->subWindowList())
+        if (w->isMaximized()) return; // the user maximised one since: leave the layout to them
+    tile(tiled_);
+}
+
+void AppViewHost::tile(int mode) {
     // 1: one above the other, each the full width; 2: side by side, each the full height.
     QList<QMdiSubWindow*> list;
     for (auto* w : area_->subWindowList())

@@ -27,6 +27,10 @@ class AppViewHost : public ModelViewHost {
     void traceChanged(Workbench& wb, ViewId v) override;
     void spectrumFinalDraw(Workbench& wb) override;
 
+    /// The area changed size: views tiled by the last arrangement (Horizontal or Vertical) are
+    /// tiled again to fill it; cascaded or maximised ones are left as they are.
+    void retile();
+
     /// The MDI sub-window of an open view.
     QMdiSubWindow* window(ViewId v) const;
     /// The window of an open view.
@@ -56,6 +60,9 @@ class AppViewHost : public ModelViewHost {
     QMdiArea* area_;
     std::map<ViewId, QPointer<QMdiSubWindow>> windows_;
     bool unloading_ = false;
+    int tiled_ = -1; // the arrangement in force: 1 horizontal, 2 vertical, -1 none
+    /// Tiles the visible windows one above the other (1) or side by side (2).
+    void tile(int mode);
 };
 
 } // namespace kv

@@ -1,6 +1,7 @@
 // kelvorandine: the desktop workbench. `kelvorandine [FILE] [--filter NAME] [--home DIR]`.
 #include "app/main_window.h"
 #include "import/file_filters.h"
+#include "platform/home_folder.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -13,6 +14,8 @@ int main(int argc, char** argv) {
     QApplication app(argc, argv);
     QApplication::setOrganizationName("Kelvorandine");
     QApplication::setApplicationName("Kelvorandine");
+    // Ties the running program to its .desktop entry (its name and icon on the desktop).
+    QGuiApplication::setDesktopFileName(QStringLiteral("kelvorandine"));
 
     QCommandLineParser parser;
     parser.setApplicationDescription("Kelvorandine workbench");
@@ -35,10 +38,18 @@ int main(int argc, char** argv) {
     parser.addOption(pressOpt);
     parser.process(app);
 
-    QString home = QCoreApplication::applicationDirPath();
-    if (qEnvironmentVariableIsSet("KELVORANDINE_HOME"))
+    QString home;
+    if (parser.isSet(homeOpt))
+        home = parser.value(homeOpt);
+    else if (qEnvironmentVariableIsSet("KELVORANDINE_HOME"))
         home = qEnvironmentVariable("KELVORANDINE_HOME");
-    if (parser.isSet(homeOpt)) home = parser.value(homeOpt);
+    else {
+        // An installed copy may live where the user cannot write: its home then moves to the
+        // user's data folder, filled from the factory home on the first start.
+        const std::string program = QCoreApplication::applicationDirPath().toStdString();
+        home = QString::fromStdString(
+            kv::defaultHomeFolder(program, kv::folderWritable(program), kv::userDataFolder()));
+    }
     home = QDir(home).absolutePath();
 
     // Names on the command line are relative to where the user started us; the workbench moves
@@ -46,6 +57,8 @@ int main(int argc, char** argv) {
     QStringList files = parser.positionalArguments();
     for (QString& f : files)
         f = QDir(f).absolutePath();
+    const QString grab =
+        parser.isSet(grabOpt) ? QDir(parser.value(grabOpt)).absolutePath() : QString();
 
     // The filter name is checked before any window shows; its place in the dialog's list
     // depends on Fil, known once the settings are read.
@@ -68,7 +81,6 @@ int main(int argc, char** argv) {
     }
     if (parser.isSet(playOpt) || parser.isSet(grabOpt) || parser.isSet(pressOpt)) {
         const bool play = parser.isSet(playOpt);
-        const QString grab = parser.value(grabOpt);
         const QStringList presses = parser.value(pressOpt).split(',', Qt::SkipEmptyParts);
         QTimer::singleShot(300, &w, [&w, play, grab, presses] {
             for (const QString& n : presses)

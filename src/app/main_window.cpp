@@ -1,6 +1,7 @@
 // The main window.
 #include "app/main_window.h"
 
+#include "app/view_window.h"
 #include "commands/commands.h"
 #include "commands/lifecycle.h"
 #include "commands/open.h"
@@ -18,6 +19,8 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
+#include <QPainter>
+#include <QScrollBar>
 #include <QSettings>
 #include <QStatusBar>
 #include <QTimer>
@@ -29,6 +32,7 @@
 // and the macro that does it must stand outside any namespace.
 static void initToolbarIcons() {
     Q_INIT_RESOURCE(toolbar_icons);
+    Q_INIT_RESOURCE(app_icon);
 }
 
 namespace kv {
@@ -78,6 +82,37 @@ const std::set<std::string>& checkableMenus() {
     return s;
 }
 
+// A status panel that shortens its text with "..." when the bar is too narrow for all of it,
+// rather than pushing its neighbours over one another; the whole text stays its tip.
+class StatusPanel : public QLabel {
+  public:
+    using QLabel::QLabel;
+    /// Shows `t`. The width it asks for only grows, so playback does not make the bar jump.
+    void showText(const QString& t) {
+        setText(t);
+        setToolTip(t);
+        widest_ = std::max(widest_, fontMetrics().horizontalAdvance(t) + 2 * frameWidth() + 12);
+        updateGeometry();
+    }
+    QSize sizeHint() const override { return {widest_, QLabel::sizeHint().height()}; }
+    QSize minimumSizeHint() const override {
+        return {fontMetrics().horizontalAdvance(QStringLiteral("Ab...")) + 2 * frameWidth() + 8,
+                QLabel::minimumSizeHint().height()};
+    }
+
+  protected:
+    void paintEvent(QPaintEvent*) override {
+        QPainter p(this);
+        drawFrame(&p);
+        const QRect r = contentsRect().adjusted(3, 0, -3, 0);
+        p.drawText(r, Qt::AlignVCenter | Qt::AlignLeft,
+                   fontMetrics().elidedText(text(), Qt::ElideRight, r.width()));
+    }
+
+  private:
+    int widest_ = 40;
+};
+
 QIcon iconForKey(const std::string& key) {
     static const std::map<std::string, std::string> names = {
 #include "app/toolbar_icon_names.inc"
@@ -93,16 +128,22 @@ MainWindow::MainWindow(const std::string& home, Host* host, QWidget* parent)
     : QMainWindow(parent), qtHost_(this), mdi_(new QMdiArea(this)),
       views_(mdi_), wb_{st_, cmd_, host ? *host : static_cast<Host&>(qtHost_), views_} {
     initToolbarIcons();
+    // Our own drawing, for the window and (through the application) the task bar and dialogs.
+    const QIcon appIcon(QStringLiteral(":/app/kelvorandine.svg"));
+    QApplication::setWindowIcon(appIcon);
+    setWindowIcon(appIcon);
     st_.AppPath = home;
     views_.onViewClosed = [this] { syncFromModel(); };
     views_.onTraceShown = [this] { syncPanels(); };
     setCentralWidget(mdi_);
+    mdi_->viewport()->installEventFilter(this);
     mdi_->setBackground(QColor(0x78, 0x86, 0x8f));
     setAcceptDrops(true);
     buildMenus();
     views_.popups[ViewId::Spectrum] = popupMenu("mnuMyPopUp");
     buildToolbar();
     buildStatusBar();
+    buildTraceKeys();
     connect(mdi_, &QMdiArea::subWindowActivated, this, [this] { onSubWindowActivated(); });
     MDIForm_Load(wb_);
     QSettings s;
@@ -191,14 +232,43 @@ void MainWindow::buildToolbar() {
 
 void MainWindow::buildStatusBar() {
     for (int i = 0; i < CommandState::kPanels; ++i) {
-        auto* l = new QLabel(this);
+        auto* l = new StatusPanel(this);
         l->setObjectName(QStringLiteral("panel%1").arg(i + 1));
         l->setFrameStyle(QFrame::Panel | QFrame::Sunken);
-        // Panel 6 carries the peak read-out ("Peak: -9.3 dBFS 984.38Hz"), the longest text.
-        l->setMinimumWidth(i == 0 ? 120 : i == 5 ? 200 : 40);
-        statusBar()->addWidget(l, i == 0 ? 0 : i == 5 ? 3 : 1);
+        // Panel 6 carries the peak read-out ("Peak: -6 dBFS 4.69kHz"), the longest text: it
+        // gets the largest share of the room; every panel gives way before they overlap.
+        statusBar()->addWidget(l, i == 0 ? 1 : i == 5 ? 3 : 1);
         panels_.push_back(l);
     }
+}
+
+void MainWindow::buildTraceKeys() {
+    // Left/Right step one trace; Home/End are the First and End buttons. They belong to the
+    // whole window, so they work wherever the focus is inside it.
+    const std::pair<QKeySequence, std::function<void()>> keys[] = {
+        {QKeySequence(Qt::Key_Left), [this] { stepTrace(-1); }},
+        {QKeySequence(Qt::Key_Right), [this] { stepTrace(1); }},
+        {QKeySequence(Qt::Key_Home), [this] { onToolButton(9); }},
+        {QKeySequence(Qt::Key_End), [this] { onToolButton(13); }},
+    };
+    for (const auto& [key, run] : keys) {
+        auto* a = new QAction(this);
+        a->setShortcut(key);
+        a->setShortcutContext(Qt::WindowShortcut);
+        connect(a, &QAction::triggered, this, run);
+        addAction(a);
+    }
+}
+
+void MainWindow::stepTrace(int delta) {
+    if (commandDepth_ > 0 || st_.TempPath.empty()) return;
+    ViewWindow* w = nullptr;
+    if (const auto v = views_.viewOf(mdi_->activeSubWindow())) w = views_.viewWindow(*v);
+    if (!w || !w->scrollBar()->isVisible() || !w->scrollBar()->isEnabled())
+        w = views_.viewWindow(ViewId::Spectrum);
+    if (!w || !w->scrollBar()->isEnabled()) return;
+    QScrollBar* s = w->scrollBar();
+    runCommand([&] { s->setValue(s->value() + delta); });
 }
 
 void MainWindow::runCommand(const std::function<void()>& f) {
@@ -242,11 +312,7 @@ void MainWindow::syncPanels() {
         const QString t = QString::fromStdString(cmd_.panel(p));
         QLabel* l = panels_[size_t(p - 1)];
         if (l->text() == t) continue;
-        l->setText(t);
-        // A panel is never narrower than its text; it only grows, so playback does not make
-        // the status bar jump.
-        const int need = l->fontMetrics().horizontalAdvance(t) + 12;
-        if (l->minimumWidth() < need) l->setMinimumWidth(need);
+        static_cast<StatusPanel*>(l)->showText(t);
     }
     // A maximised view adds " - [Spectrum view]" itself.
     const QString title = QString::fromStdString(cmd_.caption).trimmed();
@@ -320,6 +386,11 @@ void MainWindow::closeEvent(QCloseEvent* e) {
         unloaded_ = true;
     }
     e->accept();
+}
+
+bool MainWindow::eventFilter(QObject* watched, QEvent* e) {
+    if (mdi_ && watched == mdi_->viewport() && e->type() == QEvent::Resize) views_.retile();
+    return QMainWindow::eventFilter(watched, e);
 }
 
 void MainWindow::dragEnterEvent(QDragEnterEvent* e) {

@@ -57,14 +57,20 @@ class MainWindow : public QMainWindow {
     void closeEvent(QCloseEvent* e) override;
     void dragEnterEvent(QDragEnterEvent* e) override;
     void dropEvent(QDropEvent* e) override;
+    /// The MDI area resized: tiled views follow.
+    bool eventFilter(QObject* watched, QEvent* e) override;
 
   private:
     void buildMenus();
     void buildToolbar();
     void buildStatusBar();
+    void buildTraceKeys();
     void onMenu(const std::string& name);
     void onToolButton(int number);
     void onSubWindowActivated();
+    /// The arrow keys: the active view's trace scroll bar (the Spectrum's when the active view
+    /// has none) moves one position, which runs the chain as a click on its arrow does.
+    void stepTrace(int delta);
     /// Runs a command; a failure that ends it (a data set gone mid-loop) leaves the workbench
     /// idle. A close asked for while a command ran happens when the outermost one returns.
     void runCommand(const std::function<void()>& f);

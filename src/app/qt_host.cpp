@@ -3,6 +3,8 @@
 
 #include <QApplication>
 #include <QColorDialog>
+#include <QDesktopServices>
+#include <QDir>
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QFontDialog>
@@ -10,8 +12,10 @@
 #include <QMessageBox>
 #include <QProgressDialog>
 #include <QSettings>
+#include <QUrl>
 
 #include "platform/files.h"
+#include "platform/message_title.h"
 
 namespace kv {
 
@@ -53,6 +57,18 @@ QStringList qtNameFilters(const std::string& filter) {
     return out;
 }
 
+int chosenFilterPosition(const QStringList& filters, const QString& chosen) {
+    int at = int(filters.indexOf(chosen));
+    if (at < 0) {
+        // Shown without its patterns: the text before the last "(...)".
+        for (int i = 0; i < filters.size() && at < 0; ++i) {
+            const QString& f = filters[i];
+            if (f.left(f.lastIndexOf('(')).simplified() == chosen.simplified()) at = i;
+        }
+    }
+    return at < 0 ? 1 : at + 1;
+}
+
 void QtHost::message(const std::string& text, const std::string& title, MsgIcon icon) {
     const QString t = QString::fromStdString(title), m = QString::fromStdString(text);
     switch (icon) {
@@ -72,14 +88,24 @@ void QtHost::about(const std::string& title, const std::string& text) {
     QMessageBox::about(parent_, QString::fromStdString(title), QString::fromStdString(text));
 }
 
-static FileChoice runFileDialog(QWidget* parent, const std::string& filter,
-                                const std::string& title, int filterIndex, bool save,
-                                const std::string& suggested) {
-    QFileDialog dlg(parent, QString::fromStdString(title));
+QStringList prepareFileDialog(QFileDialog& dlg, const std::string& filter, int filterIndex,
+                              const std::string& folder) {
     const QStringList filters = qtNameFilters(filter);
+    // The entries' texts carry their patterns already; Qt would add them a second time.
+    dlg.setOption(QFileDialog::HideNameFilterDetails);
     dlg.setNameFilters(filters);
+    if (!folder.empty() && QFileInfo(QString::fromStdString(folder)).isDir())
+        dlg.setDirectory(QString::fromStdString(folder));
     if (filterIndex >= 1 && filterIndex <= filters.size())
         dlg.selectNameFilter(filters[filterIndex - 1]);
+    return filters;
+}
+
+static FileChoice runFileDialog(QWidget* parent, const std::string& filter,
+                                const std::string& title, int filterIndex, bool save,
+                                const std::string& suggested, const std::string& folder = {}) {
+    QFileDialog dlg(parent, QString::fromStdString(title));
+    const QStringList filters = prepareFileDialog(dlg, filter, filterIndex, folder);
     dlg.setAcceptMode(save ? QFileDialog::AcceptSave : QFileDialog::AcceptOpen);
     dlg.setFileMode(save ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
     if (!suggested.empty()) dlg.selectFile(QString::fromStdString(suggested));
@@ -88,13 +114,13 @@ static FileChoice runFileDialog(QWidget* parent, const std::string& filter,
     c.cancelled = false;
     c.path = dlg.selectedFiles().first().toStdString();
     c.title = QFileInfo(dlg.selectedFiles().first()).fileName().toStdString();
-    c.filterIndex = int(filters.indexOf(dlg.selectedNameFilter())) + 1;
-    if (c.filterIndex < 1) c.filterIndex = 1;
+    c.filterIndex = chosenFilterPosition(filters, dlg.selectedNameFilter());
     return c;
 }
 
-FileChoice QtHost::openFile(const std::string& filter, const std::string& title, int index) {
-    return runFileDialog(parent_, filter, title, index, false, {});
+FileChoice QtHost::openFile(const std::string& filter, const std::string& title, int index,
+                            const std::string& folder) {
+    return runFileDialog(parent_, filter, title, index, false, {}, folder);
 }
 
 FileChoice QtHost::saveFile(const std::string& filter, const std::string& title, int index,
@@ -130,6 +156,17 @@ std::optional<std::string> QtHost::askText(const std::string& prompt, const std:
 
 std::unique_ptr<Progress> QtHost::progress(const std::string& title, int max) {
     return std::make_unique<QtProgress>(parent_, QString::fromStdString(title), max);
+}
+
+QString helpGuidePath() {
+    return QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("doc/guide.html"));
+}
+
+void QtHost::showHelp() {
+    const QString guide = helpGuidePath();
+    if (!QFileInfo(guide).isFile() || !QDesktopServices::openUrl(QUrl::fromLocalFile(guide)))
+        message("The user guide could not be opened: " + guide.toStdString(), kMessageTitle,
+                MsgIcon::Exclamation);
 }
 
 void QtHost::yield() {

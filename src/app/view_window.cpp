@@ -4,10 +4,12 @@
 #include "views/view_model.h"
 
 #include <QCloseEvent>
+#include <QCursor>
 #include <QMenu>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QScrollBar>
+#include <QToolTip>
 
 namespace kv {
 
@@ -35,6 +37,17 @@ ViewWindow::ViewWindow(ViewModel& model, QWidget* parent)
         model_.scrolled(v);
         refresh();
     });
+    // While the thumb is dragged the tip rides with it, so the user sees where it will land.
+    connect(hs_, &QScrollBar::sliderMoved, this, [this](int v) { updateTip(v, true); });
+    connect(hs_, &QScrollBar::sliderPressed, this, [this] { updateTip(hs_->value(), true); });
+}
+
+void ViewWindow::updateTip(int value, bool show) {
+    if (!tipText) return;
+    const QString tip = tipText(value);
+    hs_->setToolTip(tip);
+    if (show || (QToolTip::isVisible() && hs_->underMouse()))
+        QToolTip::showText(QCursor::pos(), tip, hs_);
 }
 
 QImage ViewWindow::picture() const {
@@ -50,6 +63,7 @@ void ViewWindow::mirrorScrollBar() {
     hs_->setValue(s.Value);
     hs_->setEnabled(s.Enabled);
     mirroring_ = false;
+    updateTip(s.Value, hs_->isSliderDown());
 }
 
 void ViewWindow::refresh() {

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <QWidget>
+#include <functional>
 
 class QMenu;
 class QScrollBar;
@@ -28,6 +29,8 @@ class ViewWindow : public QWidget {
     void setPopupMenu(QMenu* m) { popup_ = m; }
     /// After every change the model made: the scroll bar and the picture follow.
     void refresh();
+    /// The scroll bar's tip for a position ("Trace k of N"), shown on hover and while dragging.
+    std::function<QString(int)> tipText;
 
   protected:
     void paintEvent(QPaintEvent*) override;
@@ -41,6 +44,8 @@ class ViewWindow : public QWidget {
   private:
     /// The scroll bar follows the model's without moving through the data.
     void mirrorScrollBar();
+    /// The tip follows the position: set for hovering, and shown at once where it is on show.
+    void updateTip(int value, bool show);
 
     ViewModel& model_;
     QScrollBar* hs_;

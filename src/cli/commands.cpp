@@ -8,6 +8,8 @@
 #include "import/file_filters.h"
 #include "import/format_table.h"
 #include "platform/files.h"
+#include "platform/home_folder.h"
+#include "platform/message_title.h"
 
 #include <charconv>
 #include <chrono>
@@ -52,7 +54,7 @@ void applySets(ProgramState& st, const std::vector<std::string>& sets) {
 std::string resolveHome(const CommonOptions& o, const std::string& exeDir) {
     if (!o.home.empty()) return o.home;
     if (const char* env = std::getenv("KELVORANDINE_HOME"); env && *env) return env;
-    return exeDir;
+    return defaultHomeFolder(exeDir, folderWritable(exeDir), userDataFolder());
 }
 
 /// A spectrum figure as JSON: a number, or null where it is not finite.
@@ -90,6 +92,17 @@ void moveTo(ProgramState& st, int trace) {
     setCurrentTracePos(st);
 }
 
+void resolveOutput(std::string& path) {
+    if (path.empty()) return;
+    std::error_code ec;
+    const std::filesystem::path whole = std::filesystem::absolute(path, ec);
+    if (ec) return;
+    const std::filesystem::path folder = whole.parent_path();
+    if (!folder.empty() && !std::filesystem::is_directory(folder, ec))
+        throw UsageError("No such folder for the output: " + folder.string());
+    path = whole.string();
+}
+
 std::string filterHelp() {
     return "Import dialog entry: " + formatTable().names();
 }
@@ -119,9 +132,15 @@ bool openSession(Session& s, const CommonOptions& o, const std::string& exeDir) 
 
     const std::optional<int> index = chosenFilterIndex(s.st.Fil, o.file, o.filter);
     if (!index) throw UsageError("unknown filter: " + o.filter);
+    // A name that leads nowhere says so, under the name the user typed, rather than leaving it
+    // to a reader to call the file corrupted.
+    if (const std::string problem = sourceFileProblem(path, o.file); !problem.empty()) {
+        s.host.message(problem, kMessageTitle, MsgIcon::Critical);
+        return false;
+    }
     s.host.queueFile(path, *index);
     // A project file is opened the way "Open Kelvorandine File" opens it.
-    if (upperAscii(fileTitleOf(path)).ends_with(".KVD"))
+    if (isProjectFile(path))
         mnuOimp_Click(s.wb);
     else
         mnuOpen_Click(s.wb);

@@ -59,6 +59,10 @@ void printJson(const nlohmann::json& j);
 /// CurrentTracePos by the workbench's own rule.
 void moveTo(ProgramState& st, int trace);
 
+/// Makes an output path given on the command line absolute against the current folder, and
+/// checks that its folder exists (else a UsageError naming it). An empty path stays empty.
+void resolveOutput(std::string& path);
+
 /// The help text of --filter: the import dialog's entries by name.
 std::string filterHelp();
 

@@ -20,7 +20,9 @@ void addCommon(CLI::App* sub, kv::cli::CommonOptions& o) {
     sub->add_option("FILE", o.file, "Recording to open")->required();
     sub->add_option("--home", o.home, "Home folder (SP.ini, working files)");
     sub->add_option("--filter", o.filter, kv::cli::filterHelp());
-    sub->add_option("--set", o.sets, "Section.Key=Value overriding SP.ini for this run");
+    // One value per --set, so that a FILE after it stays the FILE.
+    sub->add_option("--set", o.sets, "Section.Key=Value overriding SP.ini for this run")
+        ->allow_extra_args(false);
 }
 
 } // namespace
@@ -80,6 +82,12 @@ int main(int argc, char** argv) {
     int code = kv::cli::kExitUsage;
     std::string why;
     try {
+        // Output names are the user's, relative to where the tool was started; the session
+        // moves the current folder to the home folder, so they are made whole first.
+        kv::cli::resolveOutput(convertOut);
+#ifdef KV_CLI_RENDER
+        kv::cli::resolveOutput(render.output);
+#endif
         // A file that cannot be read or written ends the run with no data; a fault in the
         // program is not caught and ends it abnormally.
         const kv::Failure how = kv::catchInputFailure(

@@ -47,6 +47,8 @@ int runRender(const RenderOptions& r, const std::string& exeDir) {
     Session s;
     nlohmann::json j;
     if (!openForWork(s, r.common, exeDir, j)) return kExitNoData;
+    if (r.trace > s.st.LastTrace)
+        throw UsageError("--trace must lie between 0 and " + std::to_string(s.st.LastTrace));
     if (r.view == "spectrum" && !s.st.SpectrumOpen) {
         printJson(j);
         return kExitNoData;

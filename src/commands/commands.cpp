@@ -376,9 +376,11 @@ void pressButton(Workbench& wb, int number) {
 }
 
 void mnuAbout_Click(Workbench& wb) {
-    wb.host.about(kMessageTitle, std::string("Kelvorandine workbench ") + kVersion +
-                                     "\n\nSpectrum, oscilloscope, phase and waterfall views of "
-                                     "geophysical and instrument recordings.");
+    wb.host.about(kMessageTitle,
+                  std::string("Kelvorandine workbench ") + kVersion +
+                      "\n\nSpectrum, oscilloscope, phase and waterfall views of "
+                      "geophysical and instrument recordings." +
+                      "\n\nHome folder (settings and working files): " + wb.st.AppPath);
 }
 
 bool menuCommand(Workbench& wb, const std::string& name) {
@@ -423,6 +425,7 @@ bool menuCommand(Workbench& wb, const std::string& name) {
     if (name == "mnuSnr") mnuSnr_Click(wb);
     if (name == "mnuEnob") mnuEnob_Click(wb);
     if (name == "mnuAbout") mnuAbout_Click(wb);
+    if (name == "mnuGSH") wb.host.showHelp();
     if (name == "mnuCasc") wb.views.arrange(wb, 0);
     if (name == "mnuHor") wb.views.arrange(wb, 1);
     if (name == "mnuVert") wb.views.arrange(wb, 2);

@@ -1,6 +1,7 @@
 // The Import command and the re-read after a settings change.
 #include "commands/open.h"
 
+#include "commands/export.h"
 #include "commands/lifecycle.h"
 #include "engine/engine.h"
 #include "engine/fft.h"
@@ -10,6 +11,10 @@
 #include "platform/message_title.h"
 #include "platform/read_error.h"
 #include "state/workbench.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
 
 namespace kv {
 
@@ -197,17 +202,67 @@ static void openChoice(Workbench& wb, const FileChoice& choice,
 }
 
 void openFromDialog(Workbench& wb, const std::string& filter, const std::string& title,
-                    const std::function<void(const FileChoice&)>& open) {
-    openChoice(wb, wb.host.openFile(filter, title, 1), open);
+                    const std::function<void(const FileChoice&)>& open, const std::string& folder) {
+    openChoice(wb, wb.host.openFile(filter, title, 1, folder), open);
+}
+
+std::string lastImportFolder(Host& host) {
+    std::string folder = host.userSetting(kImportSection, kLastFolderKey, "");
+    if (folder.empty()) {
+        // Never imported yet: the user's own folder, not the program's.
+        const char* home = std::getenv("HOME");
+        folder = home ? home : "";
+    }
+    return folder;
 }
 
 void mnuOpen_Click(Workbench& wb) {
     closeBeforeOpen(wb, false);
-    openFromDialog(wb, importFilter(wb.st.Fil), "Import data files",
-                   [&](const FileChoice& choice) { openChosenFile(wb, choice); });
+    openFromDialog(
+        wb, importDialogFilter(wb.st.Fil), "Import data files",
+        [&](const FileChoice& choice) {
+            rememberImportFolder(wb.host, choice.path);
+            openChosenFile(wb, choice);
+        },
+        lastImportFolder(wb.host));
+}
+
+void rememberImportFolder(Host& host, const std::string& path) {
+    const std::string folder = folderOf(path);
+    if (!folder.empty()) host.setUserSetting(kImportSection, kLastFolderKey, folder);
+}
+
+std::string sourceFileProblem(const std::string& path, const std::string& shownAs) {
+    const std::string& name = shownAs.empty() ? path : shownAs;
+    std::error_code ec;
+    const auto status = std::filesystem::status(path, ec);
+    if (!std::filesystem::exists(status)) return "No such file: " + name;
+    if (std::filesystem::is_directory(status)) return "Not a file: " + name;
+    if (!std::ifstream(path, std::ios::binary)) return "Cannot read file: " + name;
+    return {};
+}
+
+bool isProjectFile(const std::string& path) {
+    return upperAscii(fileTitleOf(path)).ends_with(".KVD");
 }
 
 void importFile(Workbench& wb, const std::string& path, int filterIndex) {
+    // Checked before anything closes: a mistyped name must not cost the user the data set on
+    // show, and must say which name it was.
+    if (const std::string problem = sourceFileProblem(path); !problem.empty()) {
+        wb.host.message(problem, kMessageTitle, MsgIcon::Critical);
+        return;
+    }
+    rememberImportFolder(wb.host, path);
+    if (isProjectFile(path)) {
+        closeBeforeOpen(wb, true);
+        FileChoice choice;
+        choice.cancelled = false;
+        choice.path = path;
+        choice.title = fileTitleOf(path);
+        openChoice(wb, choice, [&](const FileChoice& c) { openProjectFile(wb, c.path, c.title); });
+        return;
+    }
     FileChoice choice;
     choice.cancelled = false;
     choice.path = path;

@@ -11,6 +11,11 @@ struct Workbench;
 struct ProgramState;
 struct ImportContext;
 struct FileChoice;
+class Host;
+
+/// Where the per-user setting of the last import folder lives (outside SP.ini).
+inline constexpr const char* kImportSection = "Import";
+inline constexpr const char* kLastFolderKey = "LastFolder";
 
 /// The whole Import command, driven through the host's open dialog. A file that cannot be read
 /// ends in the messages and clean-up its format defines, with no data set; only a fault in the
@@ -18,16 +23,32 @@ struct FileChoice;
 void mnuOpen_Click(Workbench& wb);
 /// The Import command with the dialog's answer already known: a file named on the command line
 /// or dropped on the window, opened as if the user had picked it with the entry `filterIndex`.
+/// A project file (.kvd) opens as "Open Kelvorandine File" opens it. A path that names no
+/// readable file gets a message naming it, and the workbench stays as it was.
 void importFile(Workbench& wb, const std::string& path, int filterIndex);
+/// Why `path` cannot be opened at all: "No such file: PATH" when nothing is there, "Not a file:
+/// PATH" for a folder, "Cannot read file: PATH" when it will not open for reading; empty when
+/// it can be read. The message names the file `shownAs` when given (the name as the user typed
+/// it), else `path`.
+std::string sourceFileProblem(const std::string& path, const std::string& shownAs = {});
+/// True when `path` ends in .kvd (any case): the workbench's own project file.
+bool isProjectFile(const std::string& path);
 
 /// Runs an open or a re-read. When the file fails the read (see catchInputFailure) the data set
 /// is abandoned without a message, or with kOutOfMemoryText when memory ran out; the result is
 /// then false. A fault in the program passes through.
 bool abandonOnFailure(Workbench& wb, const std::function<void()>& body);
-/// Shows the open dialog with `filter` and `title` and runs `open` on the chosen file under
-/// abandonOnFailure. Cancel leaves no data set and shows nothing.
+/// Shows the open dialog with `filter` and `title`, starting in `folder` (empty: wherever the
+/// host chooses), and runs `open` on the chosen file under abandonOnFailure. Cancel leaves no
+/// data set and shows nothing.
 void openFromDialog(Workbench& wb, const std::string& filter, const std::string& title,
-                    const std::function<void(const FileChoice&)>& open);
+                    const std::function<void(const FileChoice&)>& open,
+                    const std::string& folder = {});
+/// The folder the Import dialog starts in: the one the user last imported from, else the
+/// user's home folder.
+std::string lastImportFolder(Host& host);
+/// Keeps the folder of `path` as the one the next Import dialog starts in.
+void rememberImportFolder(Host& host, const std::string& path);
 
 /// What an open does before its file dialog: the open's flags reset (IsProject as given; a
 /// project also clears the format flags), and the old data set closed.

@@ -5,6 +5,7 @@
 #include "engine/engine.h"
 #include "state/workbench.h"
 
+#include <algorithm>
 #include <chrono>
 
 namespace kv {
@@ -168,6 +169,12 @@ void peakHoldOnMove(ProgramState& st, int newPos) {
         st.PeakHoldSuspended = true;
     }
     if (st.PeakHoldSuspended && newPos > st.TracePos) st.ModeFFT = 3;
+}
+
+std::string traceTipText(const ProgramState& st, int position) {
+    const int64_t trace = int64_t(std::max<int>(st.TraceStep, 1)) * std::max(position, 0) + 1;
+    return "Trace " + std::to_string(std::min<int64_t>(trace, std::max(st.TraceCount, 1))) +
+           " of " + std::to_string(st.TraceCount);
 }
 
 } // namespace kv

@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 namespace kv {
 
@@ -37,6 +38,10 @@ void leaveMeasurementModes(Workbench& wb);
 /// mode clears the accumulator, drops to Single Trace and marks the mode as suspended; with the
 /// mark set, a move above TracePos brings Peak-hold back.
 void peakHoldOnMove(ProgramState& st, int newPos);
+
+/// Which trace a scroll position shows, for the scroll bar's tip: "Trace k of N", k counted
+/// from 1 through the whole data set (a position moves TraceStep traces), N the trace count.
+std::string traceTipText(const ProgramState& st, int position);
 
 /// Milliseconds of a monotonic clock, for the playback start time.
 uint32_t tickCount();

@@ -15,6 +15,13 @@ std::string importFilter(int fil) {
     return formatTable().dialogFilter(fil);
 }
 
+std::string importDialogFilter(int fil) {
+    std::string patterns;
+    for (const std::string& ext : formatTable().extensions())
+        patterns += (patterns.empty() ? "*." : ";*.") + ext;
+    return importFilter(fil) + kAllSupportedText + "|" + patterns + "|";
+}
+
 int filterIndexOf(int fil, FilterName f) {
     return formatTable().filterIndexOf(fil, f.row);
 }

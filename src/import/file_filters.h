@@ -18,8 +18,14 @@ struct FilterName {
 
 /// Parses a name such as "WAV" or "seismic" (case-blind); false when unknown.
 bool parseFilterName(const std::string& text, FilterName& out);
-/// The joined filter string for the dialog, in the order of `fil`.
+/// The joined filter string of the entries, in the order of `fil`.
 std::string importFilter(int fil);
+/// The text of the entry that lists every file any entry reads: "All supported files".
+inline constexpr const char* kAllSupportedText = "All supported files";
+/// The import dialog's whole filter: the entries in the order of `fil`, then "All supported
+/// files" after all of them, so that it moves none of their positions. Picked, it leaves the
+/// reader to the file's extension (the first entry in table order that reads it).
+std::string importDialogFilter(int fil);
 /// 1-based positions of the Radsys and SPRScan ERA entries in that order.
 int RadsysIndex(int fil);
 int SprScanIndex(int fil);

@@ -44,9 +44,10 @@ class Host {
     /// The About box: the program's name, version and a line on what it is for.
     virtual void about(const std::string& title, const std::string& text) = 0;
 
-    /// `filter` is a list of "Description|*.ext|" entries joined together.
+    /// `filter` is a list of "Description|*.ext|" entries joined together. `folder` is where the
+    /// dialog starts; empty leaves it to the platform.
     virtual FileChoice openFile(const std::string& filter, const std::string& title,
-                                int filterIndex) = 0;
+                                int filterIndex, const std::string& folder = {}) = 0;
     virtual FileChoice saveFile(const std::string& filter, const std::string& title,
                                 int filterIndex, const std::string& suggestedName) = 0;
 
@@ -62,6 +63,9 @@ class Host {
     /// Let pending user events run. Long loops call it once per trace so that Cancel and Pause
     /// work by re-entering the command handlers.
     virtual void yield() = 0;
+
+    /// The user guide, shown outside the workbench (the desktop's browser).
+    virtual void showHelp() = 0;
 
     /// Settings of this user kept outside SP.ini.
     virtual std::string userSetting(const std::string& section, const std::string& key,

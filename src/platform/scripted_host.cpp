@@ -63,7 +63,8 @@ FileChoice ScriptedHost::nextFile(const std::string& filter, const std::string& 
 }
 
 FileChoice ScriptedHost::openFile(const std::string& filter, const std::string& title,
-                                  int filterIndex) {
+                                  int filterIndex, const std::string& folder) {
+    dialogFolders.push_back(folder);
     return nextFile(filter, title, filterIndex);
 }
 

@@ -40,7 +40,9 @@ class ScriptedHost : public Host {
     std::vector<std::string> dialogTitles;  // titles of the file dialogs shown
     std::vector<std::string> dialogFilters; // their filter texts
     std::vector<int> dialogFilterIndexes;   // the filter index each dialog was opened with
+    std::vector<std::string> dialogFolders; // the folder each open dialog started in
     int yields = 0;
+    int helpShown = 0; // how often the user guide was asked for
     int progressWindows = 0;
     int lastProgressMax = -1;
     int lastProgressValue = -1;
@@ -50,8 +52,8 @@ class ScriptedHost : public Host {
     // ---- Host ---------------------------------------------------------------------------------
     void message(const std::string& text, const std::string& title, MsgIcon icon) override;
     void about(const std::string& title, const std::string& text) override;
-    FileChoice openFile(const std::string& filter, const std::string& title,
-                        int filterIndex) override;
+    FileChoice openFile(const std::string& filter, const std::string& title, int filterIndex,
+                        const std::string& folder = {}) override;
     FileChoice saveFile(const std::string& filter, const std::string& title, int filterIndex,
                         const std::string& suggestedName) override;
     std::optional<uint32_t> pickColor(const std::string& title, uint32_t initial) override;
@@ -60,6 +62,7 @@ class ScriptedHost : public Host {
                                        const std::string& initial) override;
     std::unique_ptr<Progress> progress(const std::string& title, int max) override;
     void yield() override;
+    void showHelp() override { ++helpShown; }
     std::string userSetting(const std::string& section, const std::string& key,
                             const std::string& fallback) override;
     void setUserSetting(const std::string& section, const std::string& key,

@@ -194,7 +194,6 @@ const char* const kNotYetBuiltMenus[] = {
     "mnuGPR", "mnuBCF", "mnuWhite",                                         // filters
     "mnuVertZoom", "mnuEYS",                                                // O-scope scale
     "mnuBscan",                                                             // other views
-    "mnuGSH",                                                               // help file
 };
 const int kNotYetBuiltButtons[] = {
     3, 4, 5, 7,                             // pictures, options, information

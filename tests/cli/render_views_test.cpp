@@ -43,7 +43,7 @@ int countColour(const QImage& img, QRect r, QRgb c) {
 
 struct RenderViews : ::testing::Test {
     kv::test::TempHome home;
-    const std::string sample = std::string(KV_HOME_DIR) + "/samples/sample_1khz.wav";
+    const std::string sample = std::string(KV_HOME_DIR) + "/samples/sample_tone.wav";
     std::string common() const { return sample + " --home " + home.path(); }
 };
 

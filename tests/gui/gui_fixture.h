@@ -11,7 +11,7 @@
 
 namespace kv::test {
 
-inline const char* const kSample = KV_HOME_DIR "/samples/sample_1khz.wav";
+inline const char* const kSample = KV_HOME_DIR "/samples/sample_tone.wav";
 
 class GuiTest : public ::testing::Test {
   protected:

@@ -41,14 +41,14 @@ TEST_F(Shell, StartsEmptyThenImportsTheSample) {
     w.importFile(kSample);
     EXPECT_FALSE(w.state().TempPath.empty());
     EXPECT_EQ(w.state().SampleRate, 48000.0);
-    EXPECT_EQ(w.state().TraceCount, 94); // 96000 samples / 1024, to even
+    EXPECT_EQ(w.state().TraceCount, 48); // 48 traces of 1024 samples
     EXPECT_EQ(w.panelLabel(3)->text(), "FFT Bins: 512");
     EXPECT_EQ(w.panelLabel(9)->text(), "Mono");
     EXPECT_TRUE(w.menuAction("mnuFFT")->isEnabled());
     EXPECT_TRUE(w.toolAction(12)->isVisible());
     EXPECT_EQ(w.mdiArea()->subWindowList().size(), 1);
     EXPECT_TRUE(w.state().SpectrumOpen);
-    EXPECT_EQ(w.windowTitle().toStdString(), "Kelvorandine   sample_1khz.wav - [Spectrum view]");
+    EXPECT_EQ(w.windowTitle().toStdString(), "Kelvorandine   sample_tone.wav - [Spectrum view]");
 
     // Closing the only view goes back to the three-button start.
     w.mdiArea()->subWindowList().first()->close();
@@ -122,7 +122,7 @@ TEST_F(Shell, PlaysFromTheToolbarAndPausesFromInsideTheLoop) {
     MainWindow w(home.path(), &host);
     w.show();
     w.importFile(kSample);
-    ASSERT_EQ(w.state().LastTrace, 93);
+    ASSERT_EQ(w.state().LastTrace, 47);
     host.onYield([&] {
         QApplication::processEvents();
         if (w.state().TracePos == 10) w.toolAction(11)->trigger(); // Pause
@@ -134,8 +134,8 @@ TEST_F(Shell, PlaysFromTheToolbarAndPausesFromInsideTheLoop) {
 
     host.onYield(nullptr);
     w.toolAction(13)->trigger(); // End
-    EXPECT_EQ(w.state().TracePos, 93);
-    EXPECT_EQ(w.state().CurrentTracePos, 1 + 93 * 1024 * 4);
+    EXPECT_EQ(w.state().TracePos, 47);
+    EXPECT_EQ(w.state().CurrentTracePos, 1 + 47 * 1024 * 4);
     EXPECT_EQ(w.panelLabel(8)->text(), "Single Trace mode");
 
     // Closing the window while a loop runs stops the loop first, then closes.

@@ -58,23 +58,23 @@ TEST_F(SpectrumShell, PlaysPausesAndEndsWithTheCurveAndPanelsFollowing) {
     // stay on trace 9, the last one drawn.
     EXPECT_EQ(st.TracePos, 10);
     EXPECT_EQ(sw->scrollBar()->value(), 9);
-    EXPECT_EQ(sw->scrollBar()->maximum(), 93);
-    EXPECT_EQ(w->panelLabel(6)->text(), "Peak: -7.6 dBFS 984.38Hz");
+    EXPECT_EQ(sw->scrollBar()->maximum(), 47);
+    EXPECT_EQ(w->panelLabel(6)->text(), "Peak: -6 dBFS 4.69kHz");
     EXPECT_EQ(w->panelLabel(4)->text(), "X-scale: linear ");
 
-    // The peak of a 1 kHz tone sits on its column, one dB scale step per pixel row down.
+    // The peak of the 4687.5 Hz tone sits on its column, one dB scale step per pixel row down.
     const auto& view = form->view();
     const QPoint top = topOfCurve();
-    EXPECT_NEAR(top.x(), 1000.0 / 24000.0 * view.PlotW(), view.ColStep());
-    EXPECT_EQ(top.y(), int(std::lround(-7.6078 * view.DbScale())));
+    EXPECT_NEAR(top.x(), 4687.5 / 24000.0 * view.PlotW(), view.ColStep());
+    EXPECT_EQ(top.y(), int(std::lround(-6.0 * view.DbScale())));
     EXPECT_EQ(view.surface().pixel(top.x(), top.y()), kGreen);
     const spectrum::PlotMargins m;
     EXPECT_EQ(sw->picture().pixel(m.left + top.x(), m.top + top.y()) & 0xFFFFFFu, kGreen);
 
     host.onYield(nullptr);
     w->toolAction(13)->trigger(); // End
-    EXPECT_EQ(st.TracePos, 93);
-    EXPECT_EQ(sw->scrollBar()->value(), 93);
+    EXPECT_EQ(st.TracePos, 47);
+    EXPECT_EQ(sw->scrollBar()->value(), 47);
     EXPECT_EQ(w->panelLabel(8)->text(), "Single Trace mode");
     EXPECT_EQ(w->panelLabel(6)->text().left(6), "Peak: ");
 
@@ -91,11 +91,11 @@ TEST_F(SpectrumShell, ScaleButtonsRedrawTheViewOnItsNewAxes) {
     w->toolAction(28)->trigger(); // logarithmic X
     EXPECT_EQ(view.XUnitText(), "Frequency Hz");
     EXPECT_EQ(view.xLabels().front().text, "50") << "the first decade mark past one bin";
-    // 984 Hz is bin 21 of 512: at Log10(21) / Log10(512) of the width.
+    // 4687.5 Hz is bin 100 of 512: at Log10(100) / Log10(512) of the width.
     const auto& pts = view.CurvePoints();
     const QPoint top =
         *std::min_element(pts.begin(), pts.end(), [](QPoint a, QPoint b) { return a.y() < b.y(); });
-    EXPECT_NEAR(top.x(), std::log10(21.0) / std::log10(512.0) * view.PlotW(), 1.0);
+    EXPECT_NEAR(top.x(), std::log10(100.0) / std::log10(512.0) * view.PlotW(), 1.0);
     EXPECT_EQ(view.surface().pixel(top.x(), top.y()), kGreen);
 }
 

@@ -21,7 +21,7 @@ int argc = 1;
 char arg0[] = "three_views_test";
 char* argv[] = {arg0, nullptr};
 
-const char* const kSample = KV_HOME_DIR "/samples/sample_1khz.wav";
+const char* const kSample = KV_HOME_DIR "/samples/sample_tone.wav";
 
 class ThreeViews : public ::testing::Test {
   protected:
