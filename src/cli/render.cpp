@@ -47,6 +47,7 @@ int runRender(const RenderOptions& r, const std::string& exeDir) {
     Session s;
     nlohmann::json j;
     if (!openForWork(s, r.common, exeDir, j)) return kExitNoData;
+    applyConditioning(s, r.common);
     if (r.view == "spectrum" && !s.st.SpectrumOpen) {
         printJson(j);
         return kExitNoData;
