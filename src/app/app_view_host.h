@@ -26,6 +26,11 @@ class AppViewHost : public ModelViewHost {
     void arrange(Workbench& wb, int mode) override;
     void traceChanged(Workbench& wb, ViewId v) override;
     void spectrumFinalDraw(Workbench& wb) override;
+    /// The conditioning dialogs' forms, beside the views; their events run through `runCommand`.
+    void showDialog(Workbench& wb, const std::string& name, bool modal) override;
+    void closeDialog(Workbench& wb, const std::string& name) override;
+    /// How a dialog's event runs: the main window's command runner.
+    std::function<void(const std::function<void()>&)> runCommand;
 
     /// The MDI sub-window of an open view.
     QMdiSubWindow* window(ViewId v) const;
