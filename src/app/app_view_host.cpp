@@ -1,6 +1,7 @@
 // View windows inside the main window's MDI area.
 #include "app/app_view_host.h"
 
+#include "app/conditioning_forms.h"
 #include "app/view_window.h"
 #include "commands/lifecycle.h"
 #include "commands/transport.h"
@@ -11,6 +12,15 @@
 #include <QMdiSubWindow>
 
 namespace kv {
+
+void AppViewHost::showDialog(Workbench& wb, const std::string& name, bool modal) {
+    const CommandRunner run = runCommand ? runCommand : [](const std::function<void()>& f) { f(); };
+    showConditioningForm(area_->window(), wb, name, modal, run);
+}
+
+void AppViewHost::closeDialog(Workbench&, const std::string& name) {
+    closeConditioningForm(name);
+}
 
 QMdiSubWindow* AppViewHost::window(ViewId v) const {
     auto it = windows_.find(v);

@@ -135,6 +135,7 @@ MainWindow::MainWindow(const std::string& home, Host* host, QWidget* parent)
     st_.AppPath = home;
     views_.onViewClosed = [this] { syncFromModel(); };
     views_.onTraceShown = [this] { syncPanels(); };
+    views_.runCommand = [this](const std::function<void()>& f) { runCommand(f); };
     setCentralWidget(mdi_);
     mdi_->viewport()->installEventFilter(this);
     mdi_->setBackground(QColor(0x78, 0x86, 0x8f));

@@ -4,6 +4,10 @@
 #include "commands/export.h"
 #include "commands/lifecycle.h"
 #include "commands/open.h"
+#include "conditioning/filter_dialogs.h"
+#include "conditioning/level_dialogs.h"
+#include "conditioning/span_dialog.h"
+#include "conditioning/white_dialog.h"
 #include "engine/engine.h"
 #include "import/file_filters.h"
 #include "import/format_table.h"
@@ -83,7 +87,71 @@ template <typename T> void appendCell(std::string& line, T x) {
     line.append(buf, r.ptr);
 }
 
+/// "A:B" as its two texts; a usage error without the colon.
+std::pair<std::string, std::string> figurePair(const std::string& option, const std::string& v) {
+    const auto colon = v.find(':');
+    if (colon == std::string::npos) throw UsageError(option + " wants two figures A:B, got: " + v);
+    return {v.substr(0, colon), v.substr(colon + 1)};
+}
+
+/// The dialog refused: its last message (already on stderr) names why.
+[[noreturn]] void refused(const Session& s, const std::string& option) {
+    const std::string why =
+        s.host.messages.empty() ? "the figures give no band" : s.host.messages.back().text;
+    throw UsageError(option + " refused: " + why);
+}
+
+class CliProgress : public Progress {
+  public:
+    CliProgress(std::string title, int max) : title_(std::move(title)), max_(max) {}
+    void setValue(int value) override {
+        const auto now = std::chrono::steady_clock::now();
+        if (now < next_ && value != max_) return;
+        next_ = now + std::chrono::seconds(1);
+        std::cerr << title_ << ": trace " << value << " of " << max_ << "\n";
+    }
+    bool cancelled() const override { return false; }
+
+  private:
+    std::string title_;
+    int max_;
+    std::chrono::steady_clock::time_point next_{};
+};
+
 } // namespace
+
+std::unique_ptr<Progress> CliHost::progress(const std::string& title, int max) {
+    ScriptedHost::progress(title, max);
+    return std::make_unique<CliProgress>(title, max);
+}
+
+void applyConditioning(Session& s, const CommonOptions& o) {
+    Workbench& wb = s.wb;
+    if (!o.gain.empty()) {
+        GainFields f{o.gain};
+        if (!dlgDoGain::Command1_Click(wb, f)) refused(s, "--gain");
+    }
+    if (!o.fftFilter.empty()) {
+        const auto [hp, lp] = figurePair("--fft-filter", o.fftFilter);
+        mnuBCF_Click(wb);
+        BoxFilterFields f{hp, lp, 0, 0, false};
+        if (!dlgBoxFilter::Command1_Click(wb, f)) refused(s, "--fft-filter");
+    }
+    if (!o.whiten.empty()) {
+        const auto [low, high] = figurePair("--whiten", o.whiten);
+        mnuWhite_Click(wb);
+        WhiteFields f{low, high, 0, 0, false};
+        if (!dlgWhite::Command1_Click(wb, f)) refused(s, "--whiten");
+    }
+    if (!o.span.empty()) {
+        const auto [centre, width] = figurePair("--span", o.span);
+        mnuSpan_Click(wb);
+        SpanFields f;
+        f.txtCenter = centre;
+        f.txtSp = width;
+        if (!ZenterFr::Command1_Click(wb, f)) refused(s, "--span");
+    }
+}
 
 void moveTo(ProgramState& st, int trace) {
     if (trace < 0 || trace > st.LastTrace)
@@ -229,6 +297,7 @@ int runSpectrum(const CommonOptions& o, int trace, int columns, const std::strin
     Session s;
     nlohmann::json j;
     if (!openForWork(s, o, exeDir, j)) return kExitNoData;
+    applyConditioning(s, o);
     ProgramState& st = s.st;
     moveTo(st, trace);
     st.PlotColumns = columns;
@@ -251,7 +320,28 @@ int runSpectrum(const CommonOptions& o, int trace, int columns, const std::strin
     j["TopDb"] = number(st.TopDb);
     j["SpAmp"] = numbers(st.SpAmp, 0, half);
     j["SpPhase"] = numbers(st.SpPhase, 0, half + 1);
-    if (columns > 0) {
+    j["FftFilterOn"] = st.FftFilterOn;
+    j["WhiteningOn"] = st.WhiteningOn;
+    j["GainFactor"] = number(st.GainOn ? st.GainFactor : 1.0);
+    j["SpanActive"] = st.SpanActive;
+    if (st.SpanActive) {
+        j["SpanStart"] = st.SpanStart;
+        j["SpanEnd"] = st.SpanEnd;
+        j["SpanLowFreq"] = number(st.SpanLowFreq);
+        j["SpanHighFreq"] = number(st.SpanHighFreq);
+    }
+    if (st.WhiteningOn) {
+        j["WhiteLowBin"] = st.WhiteLowBin;
+        j["WhiteHighBin"] = st.WhiteHighBin;
+        j["WhiteRe"] = number(st.WhiteRe);
+        j["WhiteIm"] = number(st.WhiteIm);
+    }
+    j["TraceBuf"] = numbers(st.TraceBuf, 0, size_t(std::max(st.Sp_Samples, 0)));
+    if (columns > 0 && st.SpanActive) {
+        j["PlotColumns"] = st.PlotColumns;
+        j["SpanBins"] = st.SpanBins;
+        j["SpanCol"] = numbers(st.SpanCol, 0, st.SpanCol.size());
+    } else if (columns > 0) {
         j["PlotColumns"] = st.PlotColumns;
         j["BinsPerColumn"] = st.BinsPerColumn;
         j["ColumnCount"] = st.ColumnCount;
@@ -265,6 +355,7 @@ int runMetrics(const CommonOptions& o, int trace, bool allTraces, const std::str
     Session s;
     nlohmann::json j;
     if (!openForWork(s, o, exeDir, j)) return kExitNoData;
+    applyConditioning(s, o);
     ProgramState& st = s.st;
     metricsOn(st);
     if (!allTraces) {

@@ -21,6 +21,17 @@ struct CommonOptions {
     std::string home;              // --home; empty: KELVORANDINE_HOME, then the tool's folder
     std::string filter;            // --filter NAME; empty: the first entry matching the file
     std::vector<std::string> sets; // --set Section.Key=Value
+    // Conditioning, each as its dialog's Apply with the figures in Hz; empty: not asked for.
+    std::string fftFilter; // --fft-filter HP:LP
+    std::string whiten;    // --whiten LOW:HIGH
+    std::string span;      // --span CENTRE:WIDTH
+    std::string gain;      // --gain DB
+};
+
+/// The tool's host: the scripted one, with a long scan's progress reported on stderr.
+class CliHost : public ScriptedHost {
+  public:
+    std::unique_ptr<Progress> progress(const std::string& title, int max) override;
 };
 
 /// Exit codes.
@@ -31,7 +42,7 @@ inline constexpr int kExitUsage = 2;
 struct Session {
     ProgramState st;
     CommandState cmd;
-    ScriptedHost host;
+    CliHost host;
     RecordingViewHost views;
     Workbench wb{st, cmd, host, views};
 };
@@ -48,6 +59,11 @@ bool openSession(Session& s, const CommonOptions& o, const std::string& exeDir);
 /// openSession, then `j` = describe(s); when no data set was loaded `j` is printed and the
 /// result is false, so the subcommand can end with kExitNoData.
 bool openForWork(Session& s, const CommonOptions& o, const std::string& exeDir, nlohmann::json& j);
+
+/// Switches on the conditioning the options ask for, in the order gain, FFT filter, whitening,
+/// span, each through its dialog's Apply. A figure the dialog refuses (its message is on stderr
+/// and in the messages) ends the run as a usage error.
+void applyConditioning(Session& s, const CommonOptions& o);
 
 /// The data-set facts under their own names, plus the messages shown and the views requested.
 nlohmann::json describe(const Session& s);

@@ -25,6 +25,14 @@ void addCommon(CLI::App* sub, kv::cli::CommonOptions& o) {
         ->allow_extra_args(false);
 }
 
+/// The conditioning options of the subcommands that show a spectrum or a trace.
+void addConditioning(CLI::App* sub, kv::cli::CommonOptions& o) {
+    sub->add_option("--fft-filter", o.fftFilter, "FFT filter corners HP:LP in Hz");
+    sub->add_option("--whiten", o.whiten, "Whitening band LOW:HIGH in Hz (scans every trace)");
+    sub->add_option("--span", o.span, "Span mode CENTRE:WIDTH in Hz");
+    sub->add_option("--gain", o.gain, "Gain in dB on every trace");
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -44,6 +52,7 @@ int main(int argc, char** argv) {
     kv::cli::RenderOptions render;
     auto* renderCmd = app.add_subcommand("render", "Draw a view as the workbench shows it, to PNG");
     addCommon(renderCmd, render.common);
+    addConditioning(renderCmd, render.common);
     renderCmd->add_option("--view", render.view, "spectrum, oscope or phase")->required();
     renderCmd->add_option("--size", render.size, "Picture size WxH (default 800x600)");
     renderCmd->add_option("--trace", render.trace, "Scroll position TracePos (default 0)");
@@ -55,11 +64,13 @@ int main(int argc, char** argv) {
     auto* spectrumCmd =
         app.add_subcommand("spectrum", "Spectrum of one trace with its peak figures");
     addCommon(spectrumCmd, spectrum);
+    addConditioning(spectrumCmd, spectrum);
     spectrumCmd->add_option("--trace", spectrumTrace, "Scroll position (TracePos), default 0");
     spectrumCmd->add_option("--columns", spectrumColumns, "Fold into this many plot columns")
         ->check(CLI::PositiveNumber);
     auto* metricsCmd = app.add_subcommand("metrics", "SNR, THD, THD+N, SFDR, SINAD and ENOB");
     addCommon(metricsCmd, metrics);
+    addConditioning(metricsCmd, metrics);
     auto* traceOpt =
         metricsCmd->add_option("--trace", metricsTrace, "Scroll position (TracePos), default 0");
     auto* allOpt =

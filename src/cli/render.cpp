@@ -49,6 +49,7 @@ int runRender(const RenderOptions& r, const std::string& exeDir) {
     if (!openForWork(s, r.common, exeDir, j)) return kExitNoData;
     if (r.trace > s.st.LastTrace)
         throw UsageError("--trace must lie between 0 and " + std::to_string(s.st.LastTrace));
+    applyConditioning(s, r.common);
     if (r.view == "spectrum" && !s.st.SpectrumOpen) {
         printJson(j);
         return kExitNoData;

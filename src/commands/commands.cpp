@@ -5,6 +5,10 @@
 #include "commands/lifecycle.h"
 #include "commands/open.h"
 #include "commands/transport.h"
+#include "conditioning/filter_dialogs.h"
+#include "conditioning/level_dialogs.h"
+#include "conditioning/span_dialog.h"
+#include "conditioning/white_dialog.h"
 #include "engine/metrics.h"
 #include "generated/version.h"
 #include "state/workbench.h"
@@ -362,6 +366,16 @@ void TB_event9(Workbench& wb, const std::string& key) {
     if (key == "SINAD") mnuSnd_Click(wb);
     if (key == "SNR") mnuSnr_Click(wb);
     if (key == "ENOB") mnuEnob_Click(wb);
+    // Signal conditioning.
+    if (key == "Autoscale") mnuAutoscale_Click(wb);
+    if (key == "Autotune") mnuAutotune_Click(wb);
+    if (key == "Span") mnuSpan_Click(wb);
+    if (key == "GPR Filter") mnuGPR_Click(wb);
+    if (key == "Whitening") mnuWhite_Click(wb);
+    if (key == "FFT Filter") mnuBCF_Click(wb);
+    if (key == "Level") mnuLevel_Click(wb);
+    if (key == "VertZoom") mnuVertZoom_Click(wb);
+    if (key == "Gain") mnuGain_Click(wb);
     wb.cmd.touch();
 }
 
@@ -400,7 +414,10 @@ bool menuCommand(Workbench& wb, const std::string& name) {
         {"mnuFFT", "Spectrum"},      {"mnuTime", "O-scope"},   {"mnuPhase", "Phase"},
         {"mnuBscan", "Waterfall"},   {"mnuOlOp", "All open"},  {"mnuCurvLine", "FFT_AsLine"},
         {"mnuCurvBar", "FFT_AsBar"}, {"mnuxl", "FFT_x_lin"},   {"mnuxlog", "FFT_x_log"},
-        {"mnuylin", "FFT_y_lin"},    {"mnuYlog", "FFT_y_log"},
+        {"mnuylin", "FFT_y_lin"},    {"mnuYlog", "FFT_y_log"}, {"mnuAutoscale", "Autoscale"},
+        {"mnuAutotune", "Autotune"}, {"mnuSpan", "Span"},      {"mnuGPR", "GPR Filter"},
+        {"mnuWhite", "Whitening"},   {"mnuBCF", "FFT Filter"}, {"mnuLevel", "Level"},
+        {"mnuVertZoom", "VertZoom"}, {"mnuEYS", "VertZoom"},   {"mnuGain", "Gain"},
     };
     for (const auto& c : kOscopeCommands)
         if (name == c.menu) {

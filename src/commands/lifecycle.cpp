@@ -2,6 +2,7 @@
 #include "commands/lifecycle.h"
 
 #include "commands/open.h"
+#include "conditioning/conditioning_hooks.h"
 #include "engine/engine.h"
 #include "platform/files.h"
 #include "platform/numeric.h"
@@ -24,6 +25,8 @@ void applyStartConstants(ProgramState& st) {
     st.AutotuneLevel = 10;
     st.DownsampleMode = 0;
     st.GprFilterOn = st.FftFilterOn = st.WhiteningOn = st.AutotuneOn = st.LevelOn = false;
+    st.GainOn = false;
+    st.GainFactor = 1.0;
     st.PosiblValue = 3.0f;
 }
 
@@ -35,6 +38,7 @@ void MDIForm_Load(Workbench& wb) {
         std::filesystem::current_path(st.AppPath, ec);
     }
     applyStartConstants(st);
+    installConditioning(st);
     cmd.panel(1) = kCompanyPanel;
     for (const char* m : {"mnuFFT", "mnuTime", "mnuPhase", "mnuBscan", "mnuExport"})
         cmd.enable(m, false);
@@ -132,6 +136,9 @@ void CleanSet(Workbench& wb) {
     ProgramState& st = wb.st;
     CommandState& cmd = wb.cmd;
     cmd.caption = "Kelvorandine ";
+    st.FftFilterOn = false;
+    cmd.check("mnuBCF", false);
+    cmd.button(48).down = false;
     if (!anyViewOpen(st)) {
         st.TempPath.clear();
         for (int p = 2; p <= 9; ++p)

@@ -4,7 +4,6 @@
 #include "engine/display_map.h"
 
 #include "engine/spectrum.h"
-#include "engine/spectrum_hooks.h"
 #include "platform/numeric.h"
 #include "state/program_state.h"
 
@@ -127,10 +126,6 @@ void SamToWidth(ProgramState& st) {
     } else {
         st.Sp_Bins = st.Fft_Samples / 2;
         GenDraw(st);
-    }
-    if (!st.ViewLaidOut) {
-        SpectrumHooks& h = st.spectrumHooks ? *st.spectrumHooks : noSpectrumHooks();
-        h.layOutSpectrumView(st);
     }
 }
 

@@ -10,8 +10,7 @@ namespace kv {
 
 struct ProgramState;
 
-/// After each spectrum: folds the span (SpanActive) or the whole band (Sp_Bins back to N/2),
-/// then lays out the spectrum view while ViewLaidOut is false.
+/// After each spectrum: folds the span (SpanActive) or the whole band (Sp_Bins back to N/2).
 void SamToWidth(ProgramState& st);
 
 /// Folds SpDisp[0..Sp_Bins-1] into ColVal, ColLogX, ColPhase with BinsPerColumn = Sp_Bins /

@@ -1,8 +1,7 @@
-// Where the spectrum builder hands over to the parts of the workbench around it: the signal
-// conditioning that changes a trace as shown (FFT filter, whitening, auto-span, gain) and the
-// spectrum view's layout. The builder calls each hook at its fixed point in every trace; this base
-// class is the workbench with none of them switched on and no spectrum view laid out, so every
-// hook leaves the spectrum as the builder made it. A workbench plugs its own in through
+// Where the spectrum builder hands over to the signal conditioning that changes a trace as
+// shown: the FFT filter, auto-span, whitening and gain. The builder calls each hook at its fixed
+// point in every trace; this base class is the workbench with none of them, so every hook leaves
+// the spectrum as the builder made it. The conditioning floor plugs its own in through
 // ProgramState::spectrumHooks.
 #pragma once
 
@@ -33,13 +32,9 @@ class SpectrumHooks {
     /// The factor every sample of the time trace is multiplied by after the transform; 1 while
     /// the gain is off.
     virtual float traceGain(const ProgramState&) const { return 1.0f; }
-
-    /// The spectrum view's layout (PlotColumns, TopDb, ViewLaidOut), run by the fold while
-    /// ViewLaidOut is false. Without a view nothing is laid out.
-    virtual void layOutSpectrumView(ProgramState&) {}
 };
 
-/// The hooks of a workbench with nothing switched on and no view: one shared, stateless object.
+/// The hooks of a workbench with nothing switched on: one shared, stateless object.
 SpectrumHooks& noSpectrumHooks();
 
 } // namespace kv

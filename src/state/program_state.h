@@ -162,6 +162,31 @@ struct ProgramState {
     bool ReferenceActive = false;
     int32_t GainItemCount = 0;
 
+    // ---- Signal conditioning --------------------------------------------------------------------
+    // The GPR band read-out: the lower and upper -10 dB points of the trace on show, in Hz.
+    float GprLowHz = 0.0f, GprHighHz = 0.0f;
+    // The FFT filter: corners and stop edges in Hz, the same in bins (the stop edges truncated),
+    // the bin width they were taken with, and the degrees per bin of the two sine tapers.
+    float BoxHP = 0.0f, BoxLP = 0.0f, BoxHPStop = 0.0f, BoxLPStop = 0.0f;
+    float BoxBinWidth = 0.0f, BoxHPBin = 0.0f, BoxLPBin = 0.0f;
+    int32_t BoxHPStopBin = 0, BoxLPStopBin = 0, BoxHPStep = 0, BoxLPStep = 0;
+    // Whitening: the band in Hz and in elements of the transform, and the one complex value that
+    // replaces every element of it (the strongest found over the whole data set).
+    float WhiteLowHz = 0.0f, WhiteHighHz = 0.0f;
+    int32_t WhiteLowBin = 0, WhiteHighBin = 0;
+    float WhiteRe = 0.0f, WhiteIm = 0.0f;
+    // Span: the centre and width as entered (Hz), the band's width and its count of bins.
+    double CenterFreq = 0.0;
+    float SpanFreq = 0.0f, SpanWidth = 0.0f;
+    int32_t SpanBinCount = 0;
+    // Level line, gain and autoscale. LevelValue is in dB (the level works on a dB plot only);
+    // LevelShown is how far under the top of the plot the line stands, in dB.
+    double LevelValue = 0.0;
+    float LevelShown = 0.0f;
+    double GainDb = 0.0, GainFactor = 1.0;
+    bool GainOn = false;
+    float AutoRange = 0.0f;
+
     // ---- Markers --------------------------------------------------------------------------------
     bool MarkerMode = false;
     int16_t MarkerCount = 0;

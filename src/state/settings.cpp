@@ -158,6 +158,16 @@ std::string settingsPath(const ProgramState& st) {
     return joinPath(st.AppPath, "SP.ini");
 }
 
+std::string readSetting(const ProgramState& st, const char* section, const char* key) {
+    CSimpleIniA file, factory;
+    file.SetUnicode(true);
+    loadFactory(factory);
+    const std::string path = settingsPath(st);
+    const bool found = fileExists(path) && file.LoadFile(path.c_str()) >= 0;
+    IniReader r(found ? file : factory, factory, st.SettingsOverrides);
+    return r.text(section, key);
+}
+
 void ReadINI(Workbench& wb) {
     ProgramState& st = wb.st;
     const std::string path = settingsPath(st);

@@ -13,6 +13,10 @@ struct ProgramState;
 /// Path of SP.ini in the home folder.
 std::string settingsPath(const ProgramState& st);
 
+/// The text of one key as the settings file holds it now (a setting given for this run wins);
+/// "" when the file or the key is missing. A dialog's Cancel reads a saved value back this way.
+std::string readSetting(const ProgramState& st, const char* section, const char* key);
+
 /// Loads every settings item. A missing file or a numeric key that is empty or not a number is
 /// reported in one critical message naming the file and the keys; those keys take their
 /// factory values and everything else loads as usual.

@@ -78,10 +78,11 @@ TEST_F(Shell, MirrorsTheCommandModelWithCommandsToComeGreyed) {
     EXPECT_EQ(shownButtons(w), model);
     EXPECT_EQ(w.toolAction(24)->toolTip(), "Show Grid");
     EXPECT_TRUE(w.toolAction(24)->isChecked()) << "grid on in the factory settings";
-    EXPECT_TRUE(w.toolAction(47)->isVisible());
-    EXPECT_FALSE(w.toolAction(47)->isEnabled()) << "whitening comes with a later subsystem";
-    EXPECT_TRUE(w.commands().enabled("mnuWhite"));
-    EXPECT_FALSE(w.menuAction("mnuWhite")->isEnabled());
+    EXPECT_TRUE(w.toolAction(53)->isVisible());
+    EXPECT_FALSE(w.toolAction(53)->isEnabled()) << "references come with a later subsystem";
+    EXPECT_FALSE(w.menuAction("mnuRef")->isEnabled());
+    EXPECT_TRUE(w.toolAction(47)->isEnabled()) << "whitening stands ready";
+    EXPECT_TRUE(w.menuAction("mnuWhite")->isEnabled());
     // A metric from the toolbar: the menu entry's tick follows the button.
     ASSERT_TRUE(w.toolAction(41)->isEnabled());
     w.toolAction(41)->trigger();

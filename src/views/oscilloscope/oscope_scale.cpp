@@ -163,6 +163,7 @@ void OscopeView::command(const std::string& name) {
         {"mnuPP", &OscopeView::mnuPP},
         {"mnuCur", &OscopeView::mnuCur},
         {"leaveMeasurementModes", &OscopeView::leaveMeasurementModes},
+        {"refreshScale", &OscopeView::refreshScale},
     };
     for (const auto& [n, run] : kCommands)
         if (n == name) (this->*run)();
@@ -211,6 +212,17 @@ void OscopeView::CountAmpl() {
     const double d = lblText_.text == "Bits" ? Fix(DivValue_) : throughPicture(DivValue_, "##.00");
     txtText_ = shortestText(d) + " " + lblText_.text + " " + "/Div";
     ShowYText();
+}
+
+void OscopeView::refreshScale() {
+    ProgramState& s = st();
+    picGraph_.fill(colorFromIni(s.Time_BackColor));
+    TracePointCount_ = 1;
+    CountAmpl();
+    GridLines();
+    Draw();
+    if (KursorOn_) Kursor();
+    placeYLabels();
 }
 
 void OscopeView::CountNewAmp() {

@@ -113,7 +113,8 @@ class OscopeView : public ViewModel {
     void traceChanged() override { TimerDraw(); }
     /// The menu commands of this view ("mnuZoomIn", "mnuZoomOut", "mnuNoZoom", "mnuFlip",
     /// "mnuMxA", "mnuMa", "mnuPP", "mnuCur") and "leaveMeasurementModes", which the transport
-    /// buttons send: the maximum, minimum and peak-to-peak read-outs go off.
+    /// buttons send: the maximum, minimum and peak-to-peak read-outs go off; "refreshScale"
+    /// after the scale or gain dialogs.
     void command(const std::string& name) override;
     /// The whole view as the user sees it: graph, labels, cursors, pointer, scroll bar.
     QImage picture() const override;
@@ -134,6 +135,9 @@ class OscopeView : public ViewModel {
     // ---- Scales -------------------------------------------------------------------------------
     void CountAmpl();
     void CountNewAmp();
+    /// A new value per division or gain: the graph drawn again at the present zoom, with its
+    /// amplitude labels and cursors.
+    void refreshScale();
     void GridLines();
     /// Back to the whole trace with fresh scales: after a new data set, new options, or a
     /// cancelled scale dialog.

@@ -26,6 +26,7 @@ SpectrumFeed feedFrom(const ProgramState& st) {
     f.BinWidth = st.BinWidth;
     f.SpanLowFreq = st.SpanLowFreq;
     f.SpanHighFreq = st.SpanHighFreq;
+    f.LevelDb = st.LevelValue;
     return f;
 }
 
