@@ -7,7 +7,7 @@
 #include <algorithm>
 
 using namespace kv;
-using test::DztSpec;
+using test::DztLayout;
 
 namespace {
 
@@ -43,7 +43,7 @@ TEST(DztStd, EachSampleWidthReadsCentredSamplesWithItsFullScale) {
                           Case{32, -2000000, 70001, 2147483647.0f, 2147483648.0f}}) {
         SCOPED_TRACE(c.bits);
         test::StdBench b;
-        DztSpec s;
+        DztLayout s;
         s.bits = c.bits;
         s.samples = 6;
         s.rangeNs = 12.0f;
@@ -63,7 +63,7 @@ TEST(DztStd, EachSampleWidthReadsCentredSamplesWithItsFullScale) {
 }
 
 TEST(DztStd, TwoChannelsTakeTurnsAndTheOptionsChooseOne) {
-    DztSpec s;
+    DztLayout s;
     s.samples = 4;
     s.scans = {scans(5, 4, 100, 1), scans(5, 4, -900, -2)};
     for (int channel : {1, 2}) {
@@ -86,7 +86,7 @@ TEST(DztStd, TwoChannelsTakeTurnsAndTheOptionsChooseOne) {
 TEST(DztStd, TheDataFieldCountsBlocksBelow1024AndBytesFrom1024On) {
     for (auto [field, header] : {std::pair{uint16_t(3), 3072}, std::pair{uint16_t(1536), 1536}}) {
         SCOPED_TRACE(field);
-        DztSpec s;
+        DztLayout s;
         s.dataField = field;
         s.headerBytes = uint64_t(header);
         s.scans = {scans(2, 4, 7, 1)};
@@ -98,7 +98,7 @@ TEST(DztStd, TheDataFieldCountsBlocksBelow1024AndBytesFrom1024On) {
 }
 
 TEST(DztStd, ThinningByTheDownSamplingSettingsShortensTheScan) {
-    DztSpec s;
+    DztLayout s;
     s.samples = 8;
     s.scans = {{{0, 0, 2, 4, 6, 8, 10, 12}}};
     test::StdBench b;
@@ -177,7 +177,7 @@ TEST(DztStd, RealRecordingsGiveTheirScansAndSamples) {
 
 TEST(DztStd, HeadersThatCannotBeReadSayWhyAndLeaveNoDataSet) {
     auto base = [] {
-        DztSpec s;
+        DztLayout s;
         s.scans = {scans(2, 4, 1, 1)};
         return s;
     };

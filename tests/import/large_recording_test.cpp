@@ -78,7 +78,7 @@ TEST(LargeRecordings, FiveGigabytesImportScrollPlayAndExportWithExactPositions) 
     const std::string path = b.home.file("survey.segy");
     const int64_t lastShown = kTraces - 10; // the trace at the last scroll position
     {
-        test::SegySpec s;
+        test::SegyLayout s;
         s.binarySamples = int(kSamples);
         const auto header = test::segyFile(s);
         std::ofstream f(path, std::ios::binary);

@@ -11,7 +11,7 @@
 #include <sstream>
 
 using namespace kv;
-using test::Seg2Spec;
+using test::Seg2Layout;
 using test::Seg2Trace;
 
 namespace {
@@ -64,7 +64,7 @@ TEST(Seg2Std, EveryDataFormatInBothByteOrders) {
     for (const Case& c : cases) {
         for (bool big : {false, true}) {
             SCOPED_TRACE("format " + std::to_string(c.format) + (big ? " big" : " little"));
-            Seg2Spec s;
+            Seg2Layout s;
             s.big = big;
             s.traces = {traceOf(c.format, c.a), traceOf(c.format, c.b)};
             test::StdReader r;
@@ -88,7 +88,7 @@ TEST(Seg2Std, EveryDataFormatInBothByteOrders) {
 }
 
 TEST(Seg2Std, ShorterTracesArePaddedToTheLongestAndSaidSo) {
-    Seg2Spec s;
+    Seg2Layout s;
     s.traces = {traceOf(1, {1, 2, 3}), traceOf(4, {0.5, -0.75, 1, 2, 3}), traceOf(1, {})};
     s.traces[1].padding = 12; // a descriptor longer than its strings
     test::StdReader r;
@@ -106,7 +106,7 @@ TEST(Seg2Std, ShorterTracesArePaddedToTheLongestAndSaidSo) {
 }
 
 TEST(Seg2Std, DescriptorStringsReachFileInformation) {
-    Seg2Spec s;
+    Seg2Layout s;
     s.big = true;
     s.traces = {traceOf(2, {1, 2}), traceOf(2, {3, 4})};
     s.traces[0].strings = {"SAMPLE_INTERVAL 0.000125", "DESCALING_FACTOR 0.5", "CHANNEL_NUMBER 1"};
@@ -139,7 +139,7 @@ TEST(Seg2Std, DescriptorStringsReachFileInformation) {
 }
 
 TEST(Seg2Std, FilesThatDoNotHoldWhatTheirHeadersPromise) {
-    Seg2Spec s;
+    Seg2Layout s;
     s.traces = {traceOf(2, {1, 2, 3, 4}), traceOf(2, {5, 6, 7, 8})};
     const auto bytes = test::seg2File(s);
     const size_t second = bytes[36] | bytes[37] << 8; // the second trace pointer, low first
@@ -186,7 +186,7 @@ TEST(Seg2Std, FilesThatDoNotHoldWhatTheirHeadersPromise) {
     // A sample interval that is missing, zero or not a number.
     for (const char* interval : {"", "SAMPLE_INTERVAL 0", "SAMPLE_INTERVAL fast"}) {
         SCOPED_TRACE(interval);
-        Seg2Spec bad = s;
+        Seg2Layout bad = s;
         bad.traces[1].strings = {interval};
         test::StdReader r;
         r.seg2(test::seg2File(bad));

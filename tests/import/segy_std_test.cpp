@@ -9,7 +9,7 @@
 #include <cfloat>
 
 using namespace kv;
-using test::SegySpec;
+using test::SegyLayout;
 
 namespace {
 
@@ -72,7 +72,7 @@ TEST(SegyStd, EverySampleFormatInBothByteOrders) {
     for (int format : {1, 2, 3, 5, 6, 7, 8, 9, 10, 11, 12, 15, 16}) {
         for (bool big : {true, false}) {
             SCOPED_TRACE("format " + std::to_string(format) + (big ? " big" : " little"));
-            SegySpec s;
+            SegyLayout s;
             s.big = big;
             s.format = format;
             s.interval = 2000;
@@ -124,7 +124,7 @@ TEST(SegyStd, IbmFloatsAtTheirEdges) {
         EXPECT_EQ(ibmToFloat(c.bits), c.want) << std::hex << c.bits;
 
     // The same patterns from a file, high byte first as SEG-Y writes them.
-    SegySpec s;
+    SegyLayout s;
     s.format = 1;
     s.traces = {{0, 0, 0, 0}};
     auto bytes = test::segyFile(s);
@@ -142,7 +142,7 @@ TEST(SegyStd, IbmFloatsAtTheirEdges) {
 TEST(SegyStd, TextualHeadersReachFileInformation) {
     for (bool ebcdic : {true, false}) {
         SCOPED_TRACE(ebcdic ? "EBCDIC" : "ASCII");
-        SegySpec s;
+        SegyLayout s;
         s.ebcdic = ebcdic;
         s.cards = {"C 1 CLIENT ACME (NORTH) 50% DONE", "", "C 3 END"};
         s.extended = {"((SEG: Extra ver 1.0))"};
@@ -166,7 +166,7 @@ TEST(SegyStd, TextualHeadersReachFileInformation) {
 }
 
 TEST(SegyStd, AVariableCountOfExtendedHeadersEndsAtTheStanza) {
-    SegySpec s;
+    SegyLayout s;
     s.revision = 2;
     s.big = false;
     s.variableExtended = true;
@@ -184,7 +184,7 @@ TEST(SegyStd, AVariableCountOfExtendedHeadersEndsAtTheStanza) {
 TEST(SegyStd, WhereTheSampleCountAndIntervalComeFrom) {
     {
         // 60000 samples: a count only an unsigned reading gives; the trace headers say 0.
-        SegySpec s;
+        SegyLayout s;
         s.format = 8;
         s.traces = {std::vector<double>(60000, 3.0)};
         s.traces[0][59999] = -7;
@@ -197,7 +197,7 @@ TEST(SegyStd, WhereTheSampleCountAndIntervalComeFrom) {
     }
     {
         // A stale trace-header count does not win over the binary header's.
-        SegySpec s;
+        SegyLayout s;
         s.traces = {{1, 2, 3}, {4, 5, 6}};
         s.traceSamples = 462;
         test::StdReader r;
@@ -210,7 +210,7 @@ TEST(SegyStd, WhereTheSampleCountAndIntervalComeFrom) {
         // A binary count of 0, or one that does not divide the file into traces: the first
         // trace header's; an interval of 0 in the binary header: the first trace header's.
         for (int binary : {0, 4}) {
-            SegySpec s;
+            SegyLayout s;
             s.traces = {{1, 2, 3}, {4, 5, 6}, {7, 8, 9}};
             s.binarySamples = binary;
             auto bytes = test::segyFile(s);
@@ -228,7 +228,7 @@ TEST(SegyStd, WhereTheSampleCountAndIntervalComeFrom) {
     }
     {
         // Revision 2: the extended count and the extended interval (a double) override.
-        SegySpec s;
+        SegyLayout s;
         s.revision = 2;
         s.traces = {{1, 2, 3, 4, 5}};
         s.binarySamples = 9;
@@ -247,7 +247,7 @@ TEST(SegyStd, WhereTheSampleCountAndIntervalComeFrom) {
 TEST(SegyStd, TheByteOrderComesFromTheFile) {
     // Revision 2's constant decides even where the format code would not (an unknown code
     // then is not supported).
-    SegySpec s;
+    SegyLayout s;
     s.big = false;
     s.revision = 2;
     s.traces = {{1, 2}};
@@ -265,7 +265,7 @@ TEST(SegyStd, TheByteOrderComesFromTheFile) {
 }
 
 TEST(SegyStd, FilesThatDoNotHoldWhatTheirHeadersPromise) {
-    SegySpec good;
+    SegyLayout good;
     good.traces = {{1, 2, 3, 4}, {5, 6, 7, 8}};
     const auto bytes = test::segyFile(good);
     // Two big-endian bytes at each offset; 3600 + 114 and 3856 + 114 are the trace headers'
@@ -312,7 +312,7 @@ TEST(SegyStd, FilesThatDoNotHoldWhatTheirHeadersPromise) {
 }
 
 TEST(SegyStd, FloatFullScaleIsTheLargestMagnitudeAndNeverZero) {
-    SegySpec s;
+    SegyLayout s;
     s.traces = {{0.5, -3.25, 1}, {2, 0, -1}};
     test::StdReader r;
     r.segy(test::segyFile(s));
@@ -326,7 +326,7 @@ TEST(SegyStd, FloatFullScaleIsTheLargestMagnitudeAndNeverZero) {
 }
 
 TEST(SegyStd, CancelStopsAtTheTraceItWasPressedAt) {
-    SegySpec s;
+    SegyLayout s;
     s.traces.assign(20, {1, 2, 3});
     test::StdReader r;
     r.host.cancelProgressAt(5);

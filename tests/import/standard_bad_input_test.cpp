@@ -39,7 +39,7 @@ void endsCleanly(const Reader& r, const std::vector<uint8_t>& bytes, const std::
 /// A small good file of each kind.
 std::vector<uint8_t> goodFile(const std::string& ext) {
     if (ext == "dzt") {
-        test::DztSpec s;
+        test::DztLayout s;
         s.bits = 32;
         s.scans = {{{0, 0, 5, -5}, {1, 0, 7, -7}}, {{0, 0, 9, -9}, {1, 0, 3, -3}}};
         return test::dztFile(s);

@@ -122,7 +122,7 @@ inline uint64_t segySampleBits(int format, double v, int& n) {
 }
 
 /// A SEG-Y file as a writer following the standard makes it.
-struct SegySpec {
+struct SegyLayout {
     bool big = true;
     int format = 5;
     int interval = 1000; // microseconds, in the binary header and every trace header
@@ -151,7 +151,7 @@ inline uint8_t toEbcdic(char c) {
     return i == std::string::npos ? 0x40 : to[i];
 }
 
-inline std::vector<uint8_t> segyFile(const SegySpec& s) {
+inline std::vector<uint8_t> segyFile(const SegyLayout& s) {
     Bytes img;
     const bool big = s.big;
     const int n = s.traces.empty() ? 0 : int(s.traces[0].size());
@@ -199,7 +199,7 @@ struct Seg2Trace {
     int padding = 0; // extra bytes at the end of the descriptor block
 };
 
-struct Seg2Spec {
+struct Seg2Layout {
     bool big = false;
     std::vector<std::string> fileStrings = {"COMPANY TEST", "NOTE first\nsecond"};
     std::vector<Seg2Trace> traces;
@@ -220,7 +220,7 @@ inline void seg2Strings(Bytes& img, size_t& pos, const std::vector<std::string>&
     pos += 2;
 }
 
-inline std::vector<uint8_t> seg2File(const Seg2Spec& s) {
+inline std::vector<uint8_t> seg2File(const Seg2Layout& s) {
     Bytes img;
     const bool big = s.big;
     const size_t count = s.traces.size();
@@ -286,7 +286,7 @@ inline std::vector<uint8_t> seg2File(const Seg2Spec& s) {
         img.ensure(desc + blockSize);
         pos = desc + blockSize;
         img.ensure(pos + data.b.size());
-        std::memcpy(img.b.data() + pos, data.b.data(), data.b.size());
+        if (!data.b.empty()) std::memcpy(img.b.data() + pos, data.b.data(), data.b.size());
         pos += data.b.size();
     }
     return img.b;

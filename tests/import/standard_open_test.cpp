@@ -31,14 +31,14 @@ struct Opened : test::Bench {
 };
 
 std::vector<uint8_t> smallSegy() {
-    test::SegySpec s;
+    test::SegyLayout s;
     s.format = 1;
     s.traces = {{1, -2, 3, -4, 5, 6, 7}, {8, 9, 10, 11, 12, 13, 14}, {0, 0, 0, 0, 0, 0, 0.5}};
     return test::segyFile(s);
 }
 
 std::vector<uint8_t> smallSeg2() {
-    test::Seg2Spec s;
+    test::Seg2Layout s;
     test::Seg2Trace t;
     t.format = 4;
     t.samples = {0.5, 1, -1.5, 2, 3};
@@ -139,7 +139,7 @@ TEST(StandardEntries, ADamagedFileEndsTheOpenWithItsMessageAndNoDataSet) {
 }
 
 TEST(StandardEntries, ATraceOfOneSampleComesUpToo) {
-    test::SegySpec s;
+    test::SegyLayout s;
     s.traces = {{2.5}, {-1}};
     Opened b;
     b.open(test::segyFile(s), "one.segy", "SEGY-STD");

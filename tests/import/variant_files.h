@@ -53,7 +53,7 @@ inline void appendSample(std::vector<uint8_t>& b, SampleCoding c, double v) {
 
 /// A DZT file: one 1024-byte header block per channel (the first holds the fields), then
 /// `scans[channel][scan][sample]` with the channels taking turns scan by scan.
-struct DztSpec {
+struct DztLayout {
     uint16_t samples = 4;
     uint16_t bits = 16;
     uint16_t dataField = 1024; // rh_data as written
@@ -64,7 +64,7 @@ struct DztSpec {
     uint64_t headerBytes = 0;                            // 0: 1024 per channel
 };
 
-inline std::vector<uint8_t> dztFile(const DztSpec& s) {
+inline std::vector<uint8_t> dztFile(const DztLayout& s) {
     const size_t channels = s.scans.size();
     std::vector<uint8_t> b(s.headerBytes ? s.headerBytes : 1024 * channels, 0);
     auto put16 = [&](size_t off, uint16_t v) { std::memcpy(b.data() + off, &v, 2); };
