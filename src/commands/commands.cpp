@@ -7,6 +7,7 @@
 #include "commands/transport.h"
 #include "engine/metrics.h"
 #include "generated/version.h"
+#include "references/spectrum_refs.h"
 #include "state/workbench.h"
 
 #include <algorithm>
@@ -362,6 +363,12 @@ void TB_event9(Workbench& wb, const std::string& key) {
     if (key == "SINAD") mnuSnd_Click(wb);
     if (key == "SNR") mnuSnr_Click(wb);
     if (key == "ENOB") mnuEnob_Click(wb);
+    if (key == "Markers") mnuMarkers_Click(wb);
+    // The text dialog works on the active view.
+    if (key == "Text" || key == "Text_O" || key == "T_P") wb.host.showDialog("dlgText");
+    if (key == "Reference") openReferenceDialog(wb, "dlgRef");
+    if (key == "Reference_O") openReferenceDialog(wb, "TimeRef");
+    if (key == "Ref_P") openReferenceDialog(wb, "PhasaRef");
     wb.cmd.touch();
 }
 
@@ -373,6 +380,31 @@ void pressButton(Workbench& wb, int number) {
     // Copy: a command may rebuild the toolbar state while it runs.
     const std::string key = b.key;
     TB_event9(wb, key);
+}
+
+void mnuMarkers_Click(Workbench& wb) {
+    ProgramState& st = wb.st;
+    if (wb.cmd.checked("mnuMarkers")) {
+        ExitMarkerModue(wb);
+        return;
+    }
+    if (!st.SpectrumOpen) return;
+    st.MarkerMode = true;
+    wb.cmd.check("mnuMarkers");
+    wb.cmd.button(55).down = true;
+    wb.cmd.enable("mnMM", false);
+    wb.cmd.touch();
+    wb.views.viewCommand(wb, ViewId::Spectrum, "MarkerModeOn");
+    wb.host.showDialog("dlgMarkers");
+}
+
+void ExitMarkerModue(Workbench& wb) {
+    wb.st.MarkerMode = false;
+    wb.cmd.check("mnuMarkers", false);
+    wb.cmd.button(55).down = false;
+    wb.cmd.enable("mnMM", wb.st.MarkerCount < 20);
+    wb.cmd.touch();
+    if (wb.st.SpectrumOpen) wb.views.viewCommand(wb, ViewId::Spectrum, "ExitMarkerModue");
 }
 
 void mnuAbout_Click(Workbench& wb) {
@@ -398,7 +430,9 @@ bool menuCommand(Workbench& wb, const std::string& name) {
         {"mnuFFT", "Spectrum"},      {"mnuTime", "O-scope"},   {"mnuPhase", "Phase"},
         {"mnuBscan", "Waterfall"},   {"mnuOlOp", "All open"},  {"mnuCurvLine", "FFT_AsLine"},
         {"mnuCurvBar", "FFT_AsBar"}, {"mnuxl", "FFT_x_lin"},   {"mnuxlog", "FFT_x_log"},
-        {"mnuylin", "FFT_y_lin"},    {"mnuYlog", "FFT_y_log"},
+        {"mnuylin", "FFT_y_lin"},    {"mnuYlog", "FFT_y_log"}, {"mnuRef", "Reference"},
+        {"mnuRefO", "Reference_O"},  {"mnuRefPh", "Ref_P"},    {"mnuMarkers", "Markers"},
+        {"mnuTextEdit", "Text"},     {"mnuTO", "Text_O"},      {"mnuTP", "T_P"},
     };
     for (const auto& c : kOscopeCommands)
         if (name == c.menu) {
@@ -423,6 +457,10 @@ bool menuCommand(Workbench& wb, const std::string& name) {
     if (name == "mnuSnr") mnuSnr_Click(wb);
     if (name == "mnuEnob") mnuEnob_Click(wb);
     if (name == "mnuAbout") mnuAbout_Click(wb);
+    // The markers' pop-ups.
+    if (name == "mnMM" && !st.MarkerMode) mnuMarkers_Click(wb);
+    if (name == "mnuPopUp") ExitMarkerModue(wb);
+    if (name == "mnuExM") NoMarkers(wb);
     if (name == "mnuCasc") wb.views.arrange(wb, 0);
     if (name == "mnuHor") wb.views.arrange(wb, 1);
     if (name == "mnuVert") wb.views.arrange(wb, 2);

@@ -63,6 +63,10 @@ class Host {
     /// work by re-entering the command handlers.
     virtual void yield() = 0;
 
+    /// Shows one of the workbench's dialogs by its name ("dlgRef", "TimeRef" ...). A host without
+    /// windows has none to show.
+    virtual void showDialog(const std::string& name) { (void)name; }
+
     /// Settings of this user kept outside SP.ini.
     virtual std::string userSetting(const std::string& section, const std::string& key,
                                     const std::string& fallback) = 0;

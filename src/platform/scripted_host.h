@@ -40,6 +40,7 @@ class ScriptedHost : public Host {
     std::vector<std::string> dialogTitles;  // titles of the file dialogs shown
     std::vector<std::string> dialogFilters; // their filter texts
     std::vector<int> dialogFilterIndexes;   // the filter index each dialog was opened with
+    std::vector<std::string> dialogsShown;  // the workbench's dialogs asked for, by name
     int yields = 0;
     int progressWindows = 0;
     int lastProgressMax = -1;
@@ -59,6 +60,7 @@ class ScriptedHost : public Host {
     std::optional<std::string> askText(const std::string& prompt, const std::string& title,
                                        const std::string& initial) override;
     std::unique_ptr<Progress> progress(const std::string& title, int max) override;
+    void showDialog(const std::string& name) override { dialogsShown.push_back(name); }
     void yield() override;
     std::string userSetting(const std::string& section, const std::string& key,
                             const std::string& fallback) override;

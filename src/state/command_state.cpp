@@ -186,10 +186,9 @@ const ButtonDef kButtonDefs[] = {
 // clang-format off
 const char* const kNotYetBuiltMenus[] = {
     "mnuSw", "mnuPrint",                                                    // pictures
-    "mnuRR", "mnuRef", "mnuRefO", "mnuRefPh",                               // references
     "mnuLevel", "mnuGain", "mnuAutoscale", "mnuAutotune", "mnuSpan",        // conditioning
-    "mnuMarkers", "mnuDM", "mnuEM", "mnuExM", "mnMM", "mnuPopUp", "mnuExMT", // markers
-    "mnuTT", "mnuTextEdit", "mnuTO", "mnuTP", "mnuTW",                      // text annotations
+    "mnuDM", "mnuEM", "mnuExMT",                                            // marker editing
+    "mnuTW",                                                                // waterfall text
     "mnuOp", "mnuFInf", "mnuPalettet",                                      // options
     "mnuGPR", "mnuBCF", "mnuWhite",                                         // filters
     "mnuVertZoom", "mnuEYS",                                                // O-scope scale
@@ -200,9 +199,7 @@ const int kNotYetBuiltButtons[] = {
     3, 4, 5, 7,                             // pictures, options, information
     18,                                     // other views
     31, 32, 33, 39, 47, 48, 54, 73,         // conditioning and filters
-    53, 84, 97,                             // references
-    55,                                     // markers
-    56, 85, 98, 105,                        // text annotations
+    105,                                    // waterfall text
     68,                                     // O-scope scale
     104,                                    // palettes
 };

@@ -1,6 +1,7 @@
 // Drawing the trace in the O-scope, moving through the data with its scroll bar, the pointer
 // cross with its read-out, the rubber-band zoom and its stack of levels, and flipping.
 #include "engine/engine.h"
+#include "platform/message_title.h"
 #include "platform/numeric.h"
 #include "state/command_state.h"
 #include "state/workbench.h"
@@ -8,6 +9,7 @@
 #include "views/other_views.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <exception>
 #include <limits>
@@ -122,6 +124,58 @@ void OscopeView::Draw() {
 void OscopeView::setReferencePoints(std::vector<QPoint> ref1, std::vector<QPoint> ref2) {
     TimeRef1Points_ = std::move(ref1);
     TimeRef2Points_ = std::move(ref2);
+}
+
+void OscopeView::CreateRef() {
+    ProgramState& s = st();
+    const bool Rescaled = s.ScaleBits != s.FullScalePos;
+    struct RefLine {
+        bool& on;
+        int16_t samples;
+        const std::vector<float>& data;
+        float scale;
+        double span;
+        std::vector<QPoint>& points;
+    };
+    RefLine lines[] = {
+        {s.TimeRef1On, s.TimeRef1Samples, s.TimeRef1Data, s.TimeRef1Scale, s.TimeRef1Span,
+         TimeRef1Points_},
+        {s.TimeRef2On, s.TimeRef2Samples, s.TimeRef2Data, s.TimeRef2Scale, s.TimeRef2Span,
+         TimeRef2Points_},
+    };
+    for (RefLine& r : lines) {
+        r.points.clear();
+        if (!r.on) continue;
+        float half = r.scale;
+        if (Rescaled)
+            half = s.ShowVertical == 2 ? float(s.ScaleBitsInt)
+                                       : f32(double(s.ScaleVolt) * r.scale / s.Reference);
+        const double fit = r.span > 0 ? roundHalfEven(r.samples * s.ViewTimeSpan / r.span) : 0;
+        if (!(fit > 2 && half != 0 && std::isfinite(half))) {
+            wb_.host.message("Reference file does not exist or is invalid", kMessageTitle,
+                             MsgIcon::Information);
+            r.on = false;
+            continue;
+        }
+        const double step = GraphWidth_ / fit;
+        const double scale = (GraphHeight_ / 2.0) / half;
+        // A reference that ends before the view does lies on the zero line from its end on.
+        const bool endsEarly = fit >= r.samples;
+        const int32_t highest = endsEarly ? r.samples - 1 : s.Sp_Samples - 1;
+        const int32_t count = std::max(highest + 1, endsEarly ? s.Sp_Samples + 1 : 0);
+        r.points.reserve(size_t(std::max(count, 0)));
+        for (int32_t i = 0; i < count; ++i) {
+            const bool stored = i <= highest && size_t(i) < r.data.size() && i < r.samples;
+            const double y = stored ? ZeroLine_ - scale * r.data[size_t(i)] : ZeroLine_;
+            r.points.emplace_back(toInt32(std::clamp(step * i, -1e6, 1e6)),
+                                  toInt32(std::clamp(y, -1e6, 1e6)));
+        }
+    }
+    s.TimeRefOn = s.TimeRef1On || s.TimeRef2On;
+    cmd().check("mnuRefO", s.TimeRefOn);
+    cmd().touch();
+    GridLines();
+    Draw();
 }
 
 // ---- Moving through the data --------------------------------------------------------------------

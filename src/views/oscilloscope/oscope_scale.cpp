@@ -163,6 +163,7 @@ void OscopeView::command(const std::string& name) {
         {"mnuPP", &OscopeView::mnuPP},
         {"mnuCur", &OscopeView::mnuCur},
         {"leaveMeasurementModes", &OscopeView::leaveMeasurementModes},
+        {"CreateRef", &OscopeView::CreateRef},
     };
     for (const auto& [n, run] : kCommands)
         if (n == name) (this->*run)();
