@@ -155,6 +155,28 @@ TEST_F(ScopeRefs, ATraceKeepsItsTimeScaleAndEndsOnTheZeroLine) {
     EXPECT_EQ(shortPts[512].x(), 256);
 }
 
+TEST_F(ScopeRefs, ZoomedInTheReferenceShowsTheSameStretchOfTime) {
+    line1(512, 0.5, 400.0f); // half a second: it ends half way across
+    v->CreateRef();
+    v->mnuZoomIn(); // then a right-button drag over the middle half: samples 256 to 768
+    v->picGraph_MouseDown(RightButton, 128, 10);
+    v->picGraph_MouseMove(RightButton, 384, 10);
+    v->picGraph_MouseUp(RightButton, 384, 10);
+    ASSERT_TRUE(v->ZoomOn());
+    ASSERT_EQ(v->ZoomFirst(), 256);
+    const double from = v->ZoomFirst() / 1024.0, to = v->ZoomLast() / 1024.0;
+    ASSERT_LT(from, 0.5);
+    ASSERT_GT(to, 0.5);
+    const auto& z = v->ZoomRefPoints(1);
+    ASSERT_FALSE(z.empty());
+    EXPECT_EQ(long(z.size()), std::lround(512 * to / 0.5) - std::lround(512 * from / 0.5) + 1);
+    // Its first sample in the zoom at the left edge; past its end, the zero line.
+    EXPECT_EQ(z.front().x(), 0);
+    EXPECT_EQ(z.front().y(), int(v->ZeroLine()) - 100);
+    EXPECT_EQ(z.back().y(), int(v->ZeroLine()));
+    EXPECT_NEAR(z.back().x(), 512, 1);
+}
+
 TEST_F(ScopeRefs, AReferenceWithTooFewSamplesInViewGoesOff) {
     line1(4, 2.0, 1.0f); // two of its samples in the view
     v->CreateRef();

@@ -116,9 +116,43 @@ void OscopeView::Draw() {
         ProzessingAmp();
     }
     if (s.TimeRefOn) {
-        if (s.TimeRef1On) g.polyline(TimeRef1Points_, colorFromIni(s.Osc1Color));
-        if (s.TimeRef2On) g.polyline(TimeRef2Points_, colorFromIni(s.Osc2Color));
+        // Zoomed in, the references show the same stretch of time as the trace.
+        if (ZoomOn_) Ref_Zoom_Flip();
+        const auto& r1 = ZoomOn_ ? ZoomRef1Points_ : TimeRef1Points_;
+        const auto& r2 = ZoomOn_ ? ZoomRef2Points_ : TimeRef2Points_;
+        if (s.TimeRef1On) g.polyline(r1, colorFromIni(s.Osc1Color));
+        if (s.TimeRef2On) g.polyline(r2, colorFromIni(s.Osc2Color));
     }
+}
+
+void OscopeView::Ref_Zoom_Flip() {
+    const ProgramState& s = st();
+    if (!(s.SampleRate > 0)) return;
+    const double RefZoomStart = ZoomFirst_ / s.SampleRate, RefZoomEnd = ZoomLast_ / s.SampleRate;
+    const auto lay = [&](bool on, int16_t samples, double span, float half,
+                         const std::vector<float>& data, std::vector<QPoint>& pts) {
+        if (!on || !(span > 0) || half == 0 || samples < 1) return;
+        const double first = roundHalfEven(samples * RefZoomStart / span);
+        if (first >= samples) return; // the line is left as it was
+        const double t = samples * RefZoomEnd / span;
+        const double last = t - std::floor(t) < 0.5 ? std::floor(t) : std::floor(t) + 1;
+        const double count = last - first;
+        if (!(count >= 1 && count <= 1e7)) return;
+        const double step = GraphWidth_ / count;
+        const double scale = (GraphHeight_ / 2.0) / half;
+        pts.clear();
+        // The references are always drawn the right way up, flipped trace or not.
+        for (int64_t i = int64_t(first); i <= int64_t(last); ++i) {
+            const bool stored = i >= 0 && i < samples && size_t(i) < data.size();
+            const double y = stored ? ZeroLine_ - scale * data[size_t(i)] : ZeroLine_;
+            pts.emplace_back(toInt32(std::clamp(step * double(i - int64_t(first)), -1e6, 1e6)),
+                             toInt32(std::clamp(y, -1e6, 1e6)));
+        }
+    };
+    lay(s.TimeRef1On, s.TimeRef1Samples, s.TimeRef1Span, TimeRefHalfScale_[0], s.TimeRef1Data,
+        ZoomRef1Points_);
+    lay(s.TimeRef2On, s.TimeRef2Samples, s.TimeRef2Span, TimeRefHalfScale_[1], s.TimeRef2Data,
+        ZoomRef2Points_);
 }
 
 void OscopeView::setReferencePoints(std::vector<QPoint> ref1, std::vector<QPoint> ref2) {
@@ -146,7 +180,8 @@ void OscopeView::CreateRef() {
     for (RefLine& r : lines) {
         r.points.clear();
         if (!r.on) continue;
-        float half = r.scale;
+        float& half = TimeRefHalfScale_[&r == &lines[0] ? 0 : 1];
+        half = r.scale;
         if (Rescaled)
             half = s.ShowVertical == 2 ? float(s.ScaleBitsInt)
                                        : f32(double(s.ScaleVolt) * r.scale / s.Reference);

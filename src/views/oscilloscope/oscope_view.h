@@ -168,6 +168,12 @@ class OscopeView : public ViewModel {
     const std::vector<QPoint>& TimeRefPoints(int line) const {
         return line == 2 ? TimeRef2Points_ : TimeRef1Points_;
     }
+    /// The reference lines for the zoomed stretch of time: its first stored sample at the left
+    /// edge, the samples after a reference's end on the zero line. Never flipped.
+    void Ref_Zoom_Flip();
+    const std::vector<QPoint>& ZoomRefPoints(int line) const {
+        return line == 2 ? ZoomRef2Points_ : ZoomRef1Points_;
+    }
 
     // ---- Zoom and flip ------------------------------------------------------------------------
     void mnuZoomIn();
@@ -352,6 +358,8 @@ class OscopeView : public ViewModel {
     int32_t SampleStep_ = 1;
     float PixelsPerSample_ = 0.0f;
     std::vector<QPoint> TimeRef1Points_, TimeRef2Points_;
+    std::vector<QPoint> ZoomRef1Points_, ZoomRef2Points_;
+    std::array<float, 2> TimeRefHalfScale_{};
 
     // Zoom
     bool ZoomOn_ = false;
