@@ -96,7 +96,7 @@ void setLine(Workbench& wb, const Kind& k, TimeRefFields& f) {
     if (!writeFileAtomically(path, &k == &kTime ? timeRefBytes(st) : phaseRefBytes(st))) return;
     if (&k == &kTime) {
         // The line keeps the scale on show, not the full scale the file records.
-        readTimeRef(st, n);
+        if (!readTimeRef(st, n)) return;
         (n == 2 ? st.TimeRef2Scale : st.TimeRef1Scale) = st.ScaleBits;
     } else if (!readPhaseRef(wb, n)) {
         return;
