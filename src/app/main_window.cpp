@@ -1,5 +1,9 @@
 // The main window.
 #include "app/main_window.h"
+#include "app/markers_window.h"
+#include "app/reference_dialog.h"
+#include "app/text_dialog.h"
+#include "views/spectrum/spectrum_form.h"
 
 #include "app/view_window.h"
 #include "commands/commands.h"
@@ -136,6 +140,7 @@ MainWindow::MainWindow(const std::string& home, Host* host, QWidget* parent)
     views_.onViewClosed = [this] { syncFromModel(); };
     views_.onTraceShown = [this] { syncPanels(); };
     views_.runCommand = [this](const std::function<void()>& f) { runCommand(f); };
+    qtHost_.setDialogOpener([this](const std::string& name) { showDialog(name); });
     setCentralWidget(mdi_);
     mdi_->viewport()->installEventFilter(this);
     mdi_->setBackground(QColor(0x78, 0x86, 0x8f));
@@ -272,6 +277,36 @@ void MainWindow::stepTrace(int delta) {
     runCommand([&] { s->setValue(s->value() + delta); });
 }
 
+void MainWindow::showDialog(const std::string& name) {
+    if (name == "dlgText") {
+        const auto v = ViewId(st_.ActiveView);
+        if (ViewModel* m = views_.model(v))
+            showTextDialog(this, wb_, *m, [this, v] {
+                if (auto* w = views_.viewWindow(v)) w->refresh();
+            });
+        return;
+    }
+    if (name != "dlgMarkers") {
+        showReferenceDialog(this, wb_, name,
+                            [this](const std::function<void()>& f) { runCommand(f); });
+        return;
+    }
+    if (!markersWindow_) {
+        const auto form = [this] {
+            return views_.modelOf<spectrum::SpectrumForm>(ViewId::Spectrum);
+        };
+        markersWindow_ = new MarkersWindow(this, form, [this, form](int row) {
+            runCommand([&] {
+                if (auto* f = form()) f->markerRowClicked(row);
+            });
+            if (auto* w = views_.viewWindow(ViewId::Spectrum)) w->refresh();
+        });
+    }
+    markersWindow_->refill();
+    markersWindow_->show();
+    markersWindow_->raise();
+}
+
 void MainWindow::runCommand(const std::function<void()>& f) {
     ++commandDepth_;
     try {
@@ -357,6 +392,14 @@ void MainWindow::syncFromModel() {
         }
     }
     if (lastSeparator) lastSeparator->setVisible(false);
+    if (markersWindow_) {
+        // The table closes with the markers (NoMarkers) and with the Spectrum view.
+        auto* f = views_.modelOf<spectrum::SpectrumForm>(ViewId::Spectrum);
+        if (!f || !f->markers().MarkerTableOn)
+            markersWindow_->hide();
+        else if (markersWindow_->isVisible())
+            markersWindow_->refill();
+    }
     syncPanels();
 }
 

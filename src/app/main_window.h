@@ -20,6 +20,8 @@ class QToolBar;
 
 namespace kv {
 
+class MarkersWindow;
+
 class MainWindow : public QMainWindow {
     Q_OBJECT
   public:
@@ -42,6 +44,8 @@ class MainWindow : public QMainWindow {
     QAction* toolAction(int number) const;
     /// A hidden pop-up menu (mnuMyPopUp, mnuPup, mnuPupT, mnuTimeY).
     QMenu* popupMenu(const std::string& name) const;
+    /// The marker table, while it is open.
+    MarkersWindow* markersWindow() const { return markersWindow_; }
 
     /// Imports `path` as if the user had picked it in the Import dialog (with the filter entry
     /// `filterIndex`, 0 for the first entry matching the file's extension).
@@ -92,6 +96,9 @@ class MainWindow : public QMainWindow {
     int commandDepth_ = 0;
     bool closePending_ = false;
     bool unloaded_ = false;
+    MarkersWindow* markersWindow_ = nullptr;
+    /// The workbench's dialogs by name (the reference dialogs, the marker table).
+    void showDialog(const std::string& name);
 };
 
 } // namespace kv

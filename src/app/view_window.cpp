@@ -51,7 +51,7 @@ void ViewWindow::updateTip(int value, bool show) {
 }
 
 QImage ViewWindow::picture() const {
-    return model_.picture();
+    return model_.pictureWithText();
 }
 
 void ViewWindow::mirrorScrollBar() {
@@ -74,7 +74,7 @@ void ViewWindow::refresh() {
 void ViewWindow::paintEvent(QPaintEvent*) {
     QPainter p(this);
     if (loaded_)
-        p.drawImage(0, 0, model_.picture());
+        p.drawImage(0, 0, model_.pictureWithText());
     else
         p.fillRect(rect(), QColor(kFormBackColor));
 }
@@ -91,19 +91,33 @@ void ViewWindow::resizeEvent(QResizeEvent*) {
 
 void ViewWindow::mousePressEvent(QMouseEvent* e) {
     if (!loaded_) return;
-    model_.mousePress(buttonsOf(e->button()), int(e->position().x()), int(e->position().y()));
+    const int x = int(e->position().x()), y = int(e->position().y());
+    if (model_.textPress(buttonsOf(e->button()), x, y)) {
+        refresh();
+        return;
+    }
+    model_.mousePress(buttonsOf(e->button()), x, y);
     if (model_.takePopupRequest() && popup_) popup_->popup(e->globalPosition().toPoint());
     refresh();
 }
 
 void ViewWindow::mouseMoveEvent(QMouseEvent* e) {
     if (!loaded_) return;
-    model_.mouseMove(buttonsOf(e->buttons()), int(e->position().x()), int(e->position().y()));
+    const int x = int(e->position().x()), y = int(e->position().y());
+    if (model_.textMove(buttonsOf(e->buttons()), x, y)) {
+        refresh();
+        return;
+    }
+    model_.mouseMove(buttonsOf(e->buttons()), x, y);
     refresh();
 }
 
 void ViewWindow::mouseReleaseEvent(QMouseEvent* e) {
     if (!loaded_) return;
+    if (model_.textRelease()) {
+        refresh();
+        return;
+    }
     model_.mouseRelease(buttonsOf(e->button()), int(e->position().x()), int(e->position().y()));
     refresh();
 }

@@ -14,6 +14,9 @@
 #include "platform/files.h"
 #include "platform/home_folder.h"
 #include "platform/message_title.h"
+#include "platform/numeric.h"
+#include "references/spectrum_refs.h"
+#include "references/time_phase_refs.h"
 
 #include <charconv>
 #include <chrono>
@@ -349,6 +352,51 @@ int runSpectrum(const CommonOptions& o, int trace, int columns, const std::strin
     }
     printJson(j);
     return kExitOk;
+}
+
+std::string referenceKindOf(const std::string& path) {
+    const std::string ext = upperAscii(path.size() >= 4 ? path.substr(path.size() - 4) : "");
+    if (ext == ".PNS") return "spectrum";
+    if (ext == ".PNO") return "time";
+    if (ext == ".PNP") return "phase";
+    return "";
+}
+
+void setUnzoomedTimeSpan(ProgramState& st) {
+    st.ViewTimeSpan = double(f32((1.0 / st.SampleRate) * double(st.Sp_Samples) / 10)) * 10;
+}
+
+int runReference(const CommonOptions& o, int trace, const std::string& kind, const std::string& out,
+                 const std::string& exeDir) {
+    const std::string k = kind.empty() ? referenceKindOf(out) : kind;
+    if (k.empty() && kind.empty())
+        throw UsageError("reference wants --kind or an output ending in .pns, .pno or .pnp");
+    if (k != "spectrum" && k != "time" && k != "phase")
+        throw UsageError("--kind is spectrum, time or phase; not: " + kind);
+    Session s;
+    nlohmann::json j;
+    if (!openForWork(s, o, exeDir, j)) return kExitNoData;
+    ProgramState& st = s.st;
+    moveTo(st, trace);
+    FyllSpData(st);
+    std::string bytes;
+    if (k == "spectrum") {
+        bytes = spectrumRefBytes(st);
+    } else if (k == "time") {
+        setUnzoomedTimeSpan(st);
+        bytes = timeRefBytes(st);
+    } else {
+        bytes = phaseRefBytes(st);
+    }
+    const bool written = writeFileAtomically(out, bytes);
+    j = describe(s);
+    j["TracePos"] = st.TracePos;
+    j["kind"] = k;
+    j["output"] = out;
+    j["bytes"] = bytes.size();
+    j["written"] = written;
+    printJson(j);
+    return written ? kExitOk : kExitNoData;
 }
 
 int runMetrics(const CommonOptions& o, int trace, bool allTraces, const std::string& exeDir) {

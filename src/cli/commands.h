@@ -94,12 +94,24 @@ int runSpectrum(const CommonOptions& o, int trace, int columns, const std::strin
 /// row per scroll position (a progress line on stderr while it runs long).
 int runMetrics(const CommonOptions& o, int trace, bool allTraces, const std::string& exeDir);
 
-/// `render FILE --view V [--size WxH] [--trace K] -o OUT.png`.
+/// `reference FILE [--trace K] [--kind spectrum|time|phase] -o OUT`: the reference file the
+/// reference dialog's Save writes for scroll position `trace` (an O-scope trace as the view
+/// shows it unzoomed). Without --kind the output's extension (.pns, .pno, .pnp) chooses.
+int runReference(const CommonOptions& o, int trace, const std::string& kind, const std::string& out,
+                 const std::string& exeDir);
+/// The kind of reference a file name's extension stands for ("spectrum", "time", "phase"), or
+/// "" for another extension.
+std::string referenceKindOf(const std::string& path);
+/// The unzoomed O-scope's seconds across the view (what a saved O-scope trace records).
+void setUnzoomedTimeSpan(ProgramState& st);
+
+/// `render FILE --view V [--size WxH] [--trace K] [--ref1 F] [--ref2 F] -o OUT.png`.
 struct RenderOptions {
     CommonOptions common;
     std::string view;
     std::string size = "800x600";
     int trace = 0;
+    std::string ref1, ref2; // saved references of the view's kind, drawn over it
     std::string output;
 };
 int runRender(const RenderOptions& r, const std::string& exeDir);

@@ -57,7 +57,20 @@ int main(int argc, char** argv) {
     renderCmd->add_option("--size", render.size, "Picture size WxH (default 800x600)");
     renderCmd->add_option("--trace", render.trace, "Scroll position TracePos (default 0)");
     renderCmd->add_option("-o,--output", render.output, "Output picture (.png)")->required();
+    renderCmd->add_option("--ref1", render.ref1,
+                          "Saved reference drawn as line 1 (.pns, .pno, .pnp)");
+    renderCmd->add_option("--ref2", render.ref2, "Saved reference drawn as line 2");
 #endif
+    kv::cli::CommonOptions reference;
+    int referenceTrace = 0;
+    std::string referenceKind, referenceOut;
+    auto* referenceCmd =
+        app.add_subcommand("reference", "Write the reference file Save writes for one trace");
+    addCommon(referenceCmd, reference);
+    referenceCmd->add_option("--trace", referenceTrace, "Scroll position (TracePos), default 0");
+    referenceCmd->add_option("--kind", referenceKind, "spectrum, time or phase");
+    referenceCmd->add_option("-o,--output", referenceOut, "Output file (.pns, .pno or .pnp)")
+        ->required();
     kv::cli::CommonOptions spectrum, metrics;
     int spectrumTrace = 0, spectrumColumns = 0, metricsTrace = 0;
     bool allTraces = false, csv = false;
@@ -108,6 +121,9 @@ int main(int argc, char** argv) {
 #ifdef KV_CLI_RENDER
                 if (*renderCmd) code = kv::cli::runRender(render, exeDir);
 #endif
+                if (*referenceCmd)
+                    code = kv::cli::runReference(reference, referenceTrace, referenceKind,
+                                                 referenceOut, exeDir);
                 if (*spectrumCmd)
                     code = kv::cli::runSpectrum(spectrum, spectrumTrace, spectrumColumns, exeDir);
                 if (*metricsCmd)

@@ -1,5 +1,7 @@
 // kelvorandine-cli render: a view as the workbench window shows it, drawn offscreen into a PNG.
 #include "cli/commands.h"
+#include "references/spectrum_refs.h"
+#include "references/time_phase_refs.h"
 #include "views/spectrum/spectrum_form.h"
 #include "views/view_table.h"
 
@@ -54,6 +56,28 @@ int runRender(const RenderOptions& r, const std::string& exeDir) {
         printJson(j);
         return kExitNoData;
     }
+    // The references go with the view of their kind; they are read from where they lie and
+    // the home's own reference files are left alone.
+    const std::string wanted = r.view == "spectrum" ? "spectrum"
+                               : r.view == "oscope" ? "time"
+                                                    : "phase";
+    for (const std::string* ref : {&r.ref1, &r.ref2}) {
+        if (ref->empty()) continue;
+        if (referenceKindOf(*ref) != wanted)
+            throw UsageError("--view " + r.view +
+                             " draws references of its own kind; not: " + *ref);
+        const int line = ref == &r.ref1 ? 1 : 2;
+        ProgramState& st = s.st;
+        if (wanted == "spectrum") {
+            st.RefSelect = int16_t(line);
+            readSpectrumRef(s.wb, line, *ref);
+        } else if (wanted == "time") {
+            setUnzoomedTimeSpan(st);
+            if (readTimeRef(st, line, *ref)) (line == 1 ? st.TimeRef1On : st.TimeRef2On) = true;
+        } else if (readPhaseRef(s.wb, line, *ref)) {
+            (line == 1 ? st.PhaseRef1On : st.PhaseRef2On) = true;
+        }
+    }
     QImage img;
     if (r.view == "spectrum") {
         // The plot with its labels over the whole picture; no scroll bar.
@@ -71,6 +95,8 @@ int runRender(const RenderOptions& r, const std::string& exeDir) {
         const auto view = viewTable().at(v).make(s.wb);
         view->load(size.width(), size.height());
         if (r.trace > 0) view->scrolled(r.trace);
+        if (s.st.TimeRef1On || s.st.TimeRef2On || s.st.PhaseRef1On || s.st.PhaseRef2On)
+            view->command("CreateRef");
         img = view->picture().copy(0, 0, size.width(), size.height());
     }
     const bool written = img.save(QString::fromStdString(r.output), "PNG");
@@ -80,6 +106,8 @@ int runRender(const RenderOptions& r, const std::string& exeDir) {
     j["PeakDb"] = s.st.PeakDb;
     j["output"] = r.output;
     j["written"] = written;
+    j["RefOn"] = {s.st.RefOn1 || s.st.TimeRef1On || s.st.PhaseRef1On,
+                  s.st.RefOn2 || s.st.TimeRef2On || s.st.PhaseRef2On};
     printJson(j);
     return written ? kExitOk : kExitNoData;
 }

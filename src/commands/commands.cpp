@@ -11,6 +11,7 @@
 #include "conditioning/white_dialog.h"
 #include "engine/metrics.h"
 #include "generated/version.h"
+#include "references/spectrum_refs.h"
 #include "state/workbench.h"
 
 #include <algorithm>
@@ -376,6 +377,12 @@ void TB_event9(Workbench& wb, const std::string& key) {
     if (key == "Level") mnuLevel_Click(wb);
     if (key == "VertZoom") mnuVertZoom_Click(wb);
     if (key == "Gain") mnuGain_Click(wb);
+    if (key == "Markers") mnuMarkers_Click(wb);
+    // The text dialog works on the active view.
+    if (key == "Text" || key == "Text_O" || key == "T_P") wb.host.showDialog("dlgText");
+    if (key == "Reference") openReferenceDialog(wb, "dlgRef");
+    if (key == "Reference_O") openReferenceDialog(wb, "TimeRef");
+    if (key == "Ref_P") openReferenceDialog(wb, "PhasaRef");
     wb.cmd.touch();
 }
 
@@ -387,6 +394,31 @@ void pressButton(Workbench& wb, int number) {
     // Copy: a command may rebuild the toolbar state while it runs.
     const std::string key = b.key;
     TB_event9(wb, key);
+}
+
+void mnuMarkers_Click(Workbench& wb) {
+    ProgramState& st = wb.st;
+    if (wb.cmd.checked("mnuMarkers")) {
+        ExitMarkerModue(wb);
+        return;
+    }
+    if (!st.SpectrumOpen) return;
+    st.MarkerMode = true;
+    wb.cmd.check("mnuMarkers");
+    wb.cmd.button(55).down = true;
+    wb.cmd.enable("mnMM", false);
+    wb.cmd.touch();
+    wb.views.viewCommand(wb, ViewId::Spectrum, "MarkerModeOn");
+    wb.host.showDialog("dlgMarkers");
+}
+
+void ExitMarkerModue(Workbench& wb) {
+    wb.st.MarkerMode = false;
+    wb.cmd.check("mnuMarkers", false);
+    wb.cmd.button(55).down = false;
+    wb.cmd.enable("mnMM", wb.st.MarkerCount < 20);
+    wb.cmd.touch();
+    if (wb.st.SpectrumOpen) wb.views.viewCommand(wb, ViewId::Spectrum, "ExitMarkerModue");
 }
 
 void mnuAbout_Click(Workbench& wb) {
@@ -418,6 +450,9 @@ bool menuCommand(Workbench& wb, const std::string& name) {
         {"mnuAutotune", "Autotune"}, {"mnuSpan", "Span"},      {"mnuGPR", "GPR Filter"},
         {"mnuWhite", "Whitening"},   {"mnuBCF", "FFT Filter"}, {"mnuLevel", "Level"},
         {"mnuVertZoom", "VertZoom"}, {"mnuEYS", "VertZoom"},   {"mnuGain", "Gain"},
+        {"mnuylin", "FFT_y_lin"},    {"mnuYlog", "FFT_y_log"}, {"mnuRef", "Reference"},
+        {"mnuRefO", "Reference_O"},  {"mnuRefPh", "Ref_P"},    {"mnuMarkers", "Markers"},
+        {"mnuTextEdit", "Text"},     {"mnuTO", "Text_O"},      {"mnuTP", "T_P"},
     };
     for (const auto& c : kOscopeCommands)
         if (name == c.menu) {
@@ -443,6 +478,10 @@ bool menuCommand(Workbench& wb, const std::string& name) {
     if (name == "mnuEnob") mnuEnob_Click(wb);
     if (name == "mnuAbout") mnuAbout_Click(wb);
     if (name == "mnuGSH") wb.host.showHelp();
+    // The markers' pop-ups.
+    if (name == "mnMM" && !st.MarkerMode) mnuMarkers_Click(wb);
+    if (name == "mnuPopUp") ExitMarkerModue(wb);
+    if (name == "mnuExM") NoMarkers(wb);
     if (name == "mnuCasc") wb.views.arrange(wb, 0);
     if (name == "mnuHor") wb.views.arrange(wb, 1);
     if (name == "mnuVert") wb.views.arrange(wb, 2);

@@ -51,6 +51,12 @@ void pressButton(Workbench& wb, int number);
 /// has do what the toolbar's key does. Disabled and unavailable entries do nothing. Returns
 /// false for the entry the core leaves to the shell (Exit, which closes the main window).
 bool menuCommand(Workbench& wb, const std::string& name);
+/// Markers (menu and button 55), by the menu's tick: on, the spectrum's marker mode starts
+/// with an empty set and the table shows; off, the mode is left.
+void mnuMarkers_Click(Workbench& wb);
+/// Leaves marker mode: the markers set stay, the current one goes, the scroll bar comes back.
+void ExitMarkerModue(Workbench& wb);
+
 /// Help > About: the program's name, version and purpose, through the host's About box.
 void mnuAbout_Click(Workbench& wb);
 

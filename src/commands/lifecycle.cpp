@@ -124,7 +124,9 @@ void CloseDataSet(Workbench& wb) {
         cmd.enable(m, false);
     for (int p = 2; p <= 8; ++p)
         cmd.panel(p).clear();
-    st.ReferenceActive = false;
+    st.RefShown = false;
+    st.RefOn1 = st.RefOn2 = false;
+    cmd.check("mnuRef", false);
     st.GprFilterOn = st.FftFilterOn = st.WhiteningOn = false;
     st.LevelOn = false;
     cmd.enable("mnuRef", false);
@@ -174,6 +176,8 @@ void NoMarkers(Workbench& wb) {
     wb.cmd.button(55).down = false;
     wb.cmd.check("mnuMarkers", false);
     wb.cmd.touch();
+    // The markers and their table are the Spectrum view's.
+    if (wb.st.SpectrumOpen) wb.views.viewCommand(wb, ViewId::Spectrum, "NoMarkers");
 }
 
 void NoAnalys(Workbench& wb) {

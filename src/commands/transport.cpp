@@ -80,6 +80,7 @@ void leaveMeasurementModes(Workbench& wb) {
     cmd.touch();
     // The read-outs' flags and texts are the O-scope's own.
     if (wb.st.OscOpen) wb.views.viewCommand(wb, ViewId::Oscope, "leaveMeasurementModes");
+    if (wb.st.SpectrumOpen) wb.views.viewCommand(wb, ViewId::Spectrum, "ExitMarkerModue");
 }
 
 void Begining(Workbench& wb) {

@@ -57,7 +57,7 @@ struct RefSlot {
 RefSlot slot(ProgramState& st, int s) {
     if (s == 1)
         return {st.RefOn1 || st.RefSelect == 1,
-                st.RefData1,
+                st.RefShow1,
                 st.RefCount1,
                 st.RefMaxFreq1,
                 st.RefBinWidth1,
@@ -67,7 +67,7 @@ RefSlot slot(ProgramState& st, int s) {
                 st.RefSpanCol1,
                 st.RefSpanBins1};
     return {st.RefOn2 || st.RefSelect == 2,
-            st.RefData2,
+            st.RefShow2,
             st.RefCount2,
             st.RefMaxFreq2,
             st.RefBinWidth2,

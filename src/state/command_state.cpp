@@ -186,18 +186,15 @@ const ButtonDef kButtonDefs[] = {
 // clang-format off
 const char* const kNotYetBuiltMenus[] = {
     "mnuSw", "mnuPrint",                                                    // pictures
-    "mnuRR", "mnuRef", "mnuRefO", "mnuRefPh",                               // references
-    "mnuMarkers", "mnuDM", "mnuEM", "mnuExM", "mnMM", "mnuPopUp", "mnuExMT", // markers
-    "mnuTT", "mnuTextEdit", "mnuTO", "mnuTP", "mnuTW",                      // text annotations
+    "mnuDM", "mnuEM", "mnuExMT",                                            // marker editing
+    "mnuTW",                                                                // waterfall text
     "mnuOp", "mnuFInf", "mnuPalettet",                                      // options
     "mnuBscan",                                                             // other views
 };
 const int kNotYetBuiltButtons[] = {
     3, 4, 5, 7,                             // pictures, options, information
     18,                                     // other views
-    53, 84, 97,                             // references
-    55,                                     // markers
-    56, 85, 98, 105,                        // text annotations
+    105,                                    // waterfall text
     104,                                    // palettes
 };
 // clang-format on

@@ -159,7 +159,7 @@ struct ProgramState {
     bool AutotuneOn = false;
     bool LevelOn = false;
     bool SpanActive = false;
-    bool ReferenceActive = false;
+    bool RefShown = false; // a spectrum reference curve is on show
     int32_t GainItemCount = 0;
 
     // ---- Signal conditioning --------------------------------------------------------------------
@@ -241,13 +241,20 @@ struct ProgramState {
     // The span's band (set by the span dialog and auto-span).
     float SpanLowFreq = 0.0f, SpanHighFreq = 0.0f;
     int32_t SpanStart = 0, SpanEnd = 0;
-    // Reference curves, slots 1 and 2.
+    // Reference curves, slots 1 and 2. RefCount is a reference's bin count and RefBinWidth its
+    // frequency step, as stored in its file; RefSelect is the line chosen in the dialog.
     bool RefOn1 = false, RefOn2 = false;
     int16_t RefSelect = 0;
-    std::vector<float> RefData1, RefData2;
+    std::vector<float> RefData1, RefData2; // the linear magnitudes as stored, 0..RefCount
+    std::vector<float> RefShow1, RefShow2; // the same in the plot's unit (dB or linear): folded
     int32_t RefCount1 = 0, RefCount2 = 0;
     float RefMaxFreq1 = 0.0f, RefMaxFreq2 = 0.0f;
     float RefBinWidth1 = 0.0f, RefBinWidth2 = 0.0f;
+    int32_t RefFullScale1 = 0, RefFullScale2 = 0; // the full scale the stored dB refer to
+    double RefLevel1 = 0.0, RefLevel2 = 0.0;
+    bool RefValid1 = false, RefValid2 = false; // a usable file stands behind the line
+    /// 1: the reference has the live maximum frequency; 2: it reached further and was cut.
+    int16_t RefFitMode = 0;
     std::vector<float> RefCol1, RefCol2, RefColLogX1, RefColLogX2;
     int32_t RefColCount1 = 0, RefColCount2 = 0;
     std::vector<float> RefSpanCol1, RefSpanCol2;
@@ -312,9 +319,24 @@ struct ProgramState {
     // off when the O-scope goes.
     bool Flipped = false;
     bool TimeRefOn = false, TimeRef1On = false, TimeRef2On = false;
+    // O-scope references, lines 1 and 2: the trace as stored, its sample count, the full scale
+    // its counts refer to and the seconds it spanned across the view.
+    bool TimeRef1Valid = false, TimeRef2Valid = false;
+    int16_t TimeRef1Samples = 0, TimeRef2Samples = 0;
+    std::vector<float> TimeRef1Data, TimeRef2Data;
+    float TimeRef1Scale = 0.0f, TimeRef2Scale = 0.0f;
+    double TimeRef1Span = 0.0, TimeRef2Span = 0.0;
+    int16_t TimeRefSelected = 1;
 
     // ---- Phase ----------------------------------------------------------------------------------
     bool PhaseRefOn = false, PhaseRef1On = false, PhaseRef2On = false;
+    // Phase references, lines 1 and 2: degrees per bin as stored, their bin count and the
+    // maximum frequency they reached.
+    bool PhaseRef1Valid = false, PhaseRef2Valid = false;
+    int32_t PhaseRef1Samples = 0, PhaseRef2Samples = 0;
+    float PhaseRef1MaxFreq = 0.0f, PhaseRef2MaxFreq = 0.0f;
+    std::vector<float> PhaseRef1Data, PhaseRef2Data;
+    int16_t PhaseRefSelected = 1;
 };
 
 } // namespace kv

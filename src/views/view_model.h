@@ -6,9 +6,12 @@
 // passes the pointer, the scroll bar and resizes on.
 #pragma once
 
+#include "views/text_labels.h"
 #include "views/view_label.h"
 
 #include <QImage>
+#include <QPainter>
+#include <algorithm>
 #include <string>
 
 namespace kv {
@@ -60,11 +63,34 @@ class ViewModel {
     /// True once after a press that asks for the view's pop-up menu.
     virtual bool takePopupRequest() { return false; }
 
+    // ---- Text on the view -----------------------------------------------------------------------
+    TextLabels& texts() { return texts_; }
+    const TextLabels& texts() const { return texts_; }
+    /// Where text may be dragged, window pixels: by default the window above the scroll bar.
+    virtual QRect textArea() const {
+        return QRect(0, 0, HS_.rect.width(), std::max(HS_.rect.top(), 1));
+    }
+    /// The view as the user sees it with its text over it: what windows, pictures and prints show.
+    QImage pictureWithText() const {
+        QImage img = picture();
+        QPainter p(&img);
+        texts_.paint(p);
+        return img;
+    }
+    /// The pointer goes to the text first: true when the event was a text's (a press on a line,
+    /// the drag that follows, its release), and the view does not see it.
+    bool textPress(int button, int x, int y) { return texts_.lblSText_MouseDown(button, {x, y}); }
+    bool textMove(int buttons, int x, int y) {
+        return texts_.Form_MouseMove(buttons, {x, y}, textArea());
+    }
+    bool textRelease() { return texts_.Form_MouseUp(); }
+
   protected:
     /// The scroll bar's change event: the view moves through the data to `HS_.Value`.
     virtual void HS_Change() {}
 
     ScrollBar HS_;
+    TextLabels texts_;
 };
 
 } // namespace kv

@@ -110,8 +110,8 @@ TEST(ColumnFold, AReferenceCoversTheShareOfTheBandItWasRecordedOver) {
     st.RefOn1 = true;
     st.RefMaxFreq1 = 500.0f;
     st.RefCount1 = 400;
-    st.RefData1.assign(401, -60.0f);
-    st.RefData1[399] = -3.0f;
+    st.RefShow1.assign(401, -60.0f);
+    st.RefShow1[399] = -3.0f;
     SamToWidth_Ref(st);
     // 100 columns for half the band: 400 / 100 + 1 = 5 values a column.
     EXPECT_EQ(st.BinsPerColumn, 5);
@@ -193,7 +193,7 @@ TEST(ColumnFold, AReferenceSpanOfNoBinNumberKeepsTheOldColumns) {
     ProgramState st;
     st.PlotColumns = 10;
     st.RefOn1 = true;
-    st.RefData1.assign(50, -1.0f);
+    st.RefShow1.assign(50, -1.0f);
     st.RefSpanCol1 = {7.0f};
     st.RefSpanBins1 = 0;
     st.SpanLowFreq = 10.0f;

@@ -1,6 +1,7 @@
 // Drawing the trace in the O-scope, moving through the data with its scroll bar, the pointer
 // cross with its read-out, the rubber-band zoom and its stack of levels, and flipping.
 #include "engine/engine.h"
+#include "platform/message_title.h"
 #include "platform/numeric.h"
 #include "state/command_state.h"
 #include "state/workbench.h"
@@ -8,6 +9,7 @@
 #include "views/other_views.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <exception>
 #include <limits>
@@ -114,14 +116,101 @@ void OscopeView::Draw() {
         ProzessingAmp();
     }
     if (s.TimeRefOn) {
-        if (s.TimeRef1On) g.polyline(TimeRef1Points_, colorFromIni(s.Osc1Color));
-        if (s.TimeRef2On) g.polyline(TimeRef2Points_, colorFromIni(s.Osc2Color));
+        // Zoomed in, the references show the same stretch of time as the trace.
+        if (ZoomOn_) Ref_Zoom_Flip();
+        const auto& r1 = ZoomOn_ ? ZoomRef1Points_ : TimeRef1Points_;
+        const auto& r2 = ZoomOn_ ? ZoomRef2Points_ : TimeRef2Points_;
+        if (s.TimeRef1On) g.polyline(r1, colorFromIni(s.Osc1Color));
+        if (s.TimeRef2On) g.polyline(r2, colorFromIni(s.Osc2Color));
     }
+}
+
+void OscopeView::Ref_Zoom_Flip() {
+    const ProgramState& s = st();
+    if (!(s.SampleRate > 0)) return;
+    const double RefZoomStart = ZoomFirst_ / s.SampleRate, RefZoomEnd = ZoomLast_ / s.SampleRate;
+    const auto lay = [&](bool on, int16_t samples, double span, float half,
+                         const std::vector<float>& data, std::vector<QPoint>& pts) {
+        if (!on || !(span > 0) || half == 0 || samples < 1) return;
+        const double first = roundHalfEven(samples * RefZoomStart / span);
+        if (first >= samples) return; // the line is left as it was
+        const double t = samples * RefZoomEnd / span;
+        const double last = t - std::floor(t) < 0.5 ? std::floor(t) : std::floor(t) + 1;
+        const double count = last - first;
+        if (!(count >= 1 && count <= 1e7)) return;
+        const double step = GraphWidth_ / count;
+        const double scale = (GraphHeight_ / 2.0) / half;
+        pts.clear();
+        // The references are always drawn the right way up, flipped trace or not.
+        for (int64_t i = int64_t(first); i <= int64_t(last); ++i) {
+            const bool stored = i >= 0 && i < samples && size_t(i) < data.size();
+            const double y = stored ? ZeroLine_ - scale * data[size_t(i)] : ZeroLine_;
+            pts.emplace_back(toInt32(std::clamp(step * double(i - int64_t(first)), -1e6, 1e6)),
+                             toInt32(std::clamp(y, -1e6, 1e6)));
+        }
+    };
+    lay(s.TimeRef1On, s.TimeRef1Samples, s.TimeRef1Span, TimeRefHalfScale_[0], s.TimeRef1Data,
+        ZoomRef1Points_);
+    lay(s.TimeRef2On, s.TimeRef2Samples, s.TimeRef2Span, TimeRefHalfScale_[1], s.TimeRef2Data,
+        ZoomRef2Points_);
 }
 
 void OscopeView::setReferencePoints(std::vector<QPoint> ref1, std::vector<QPoint> ref2) {
     TimeRef1Points_ = std::move(ref1);
     TimeRef2Points_ = std::move(ref2);
+}
+
+void OscopeView::CreateRef() {
+    ProgramState& s = st();
+    const bool Rescaled = s.ScaleBits != s.FullScalePos;
+    struct RefLine {
+        bool& on;
+        int16_t samples;
+        const std::vector<float>& data;
+        float scale;
+        double span;
+        std::vector<QPoint>& points;
+    };
+    RefLine lines[] = {
+        {s.TimeRef1On, s.TimeRef1Samples, s.TimeRef1Data, s.TimeRef1Scale, s.TimeRef1Span,
+         TimeRef1Points_},
+        {s.TimeRef2On, s.TimeRef2Samples, s.TimeRef2Data, s.TimeRef2Scale, s.TimeRef2Span,
+         TimeRef2Points_},
+    };
+    for (RefLine& r : lines) {
+        r.points.clear();
+        if (!r.on) continue;
+        float& half = TimeRefHalfScale_[&r == &lines[0] ? 0 : 1];
+        half = r.scale;
+        if (Rescaled)
+            half = s.ShowVertical == 2 ? float(s.ScaleBitsInt)
+                                       : f32(double(s.ScaleVolt) * r.scale / s.Reference);
+        const double fit = r.span > 0 ? roundHalfEven(r.samples * s.ViewTimeSpan / r.span) : 0;
+        if (!(fit > 2 && half != 0 && std::isfinite(half))) {
+            wb_.host.message("Reference file does not exist or is invalid", kMessageTitle,
+                             MsgIcon::Information);
+            r.on = false;
+            continue;
+        }
+        const double step = GraphWidth_ / fit;
+        const double scale = (GraphHeight_ / 2.0) / half;
+        // A reference that ends before the view does lies on the zero line from its end on.
+        const bool endsEarly = fit >= r.samples;
+        const int32_t highest = endsEarly ? r.samples - 1 : s.Sp_Samples - 1;
+        const int32_t count = std::max(highest + 1, endsEarly ? s.Sp_Samples + 1 : 0);
+        r.points.reserve(size_t(std::max(count, 0)));
+        for (int32_t i = 0; i < count; ++i) {
+            const bool stored = i <= highest && size_t(i) < r.data.size() && i < r.samples;
+            const double y = stored ? ZeroLine_ - scale * r.data[size_t(i)] : ZeroLine_;
+            r.points.emplace_back(toInt32(std::clamp(step * i, -1e6, 1e6)),
+                                  toInt32(std::clamp(y, -1e6, 1e6)));
+        }
+    }
+    s.TimeRefOn = s.TimeRef1On || s.TimeRef2On;
+    cmd().check("mnuRefO", s.TimeRefOn);
+    cmd().touch();
+    GridLines();
+    Draw();
 }
 
 // ---- Moving through the data --------------------------------------------------------------------

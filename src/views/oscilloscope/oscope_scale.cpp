@@ -164,6 +164,7 @@ void OscopeView::command(const std::string& name) {
         {"mnuCur", &OscopeView::mnuCur},
         {"leaveMeasurementModes", &OscopeView::leaveMeasurementModes},
         {"refreshScale", &OscopeView::refreshScale},
+        {"CreateRef", &OscopeView::CreateRef},
     };
     for (const auto& [n, run] : kCommands)
         if (n == name) (this->*run)();

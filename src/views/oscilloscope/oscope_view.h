@@ -118,6 +118,8 @@ class OscopeView : public ViewModel {
     void command(const std::string& name) override;
     /// The whole view as the user sees it: graph, labels, cursors, pointer, scroll bar.
     QImage picture() const override;
+    /// Text is dragged over the graph.
+    QRect textArea() const override { return graphRect_; }
     /// Sends a press to a cursor handle when one is under it, else to the graph.
     void mousePress(int button, int x, int y) override;
     void mouseMove(int buttons, int x, int y) override;
@@ -162,6 +164,20 @@ class OscopeView : public ViewModel {
     void TimerDraw();
     /// The two reference traces in graph pixels, as the references prepare them.
     void setReferencePoints(std::vector<QPoint> ref1, std::vector<QPoint> ref2);
+    /// Lays the reference lines that are on over the graph, each at its own time scale: the
+    /// view's span holds round(samples * ViewTimeSpan / stored span) of its samples, and a
+    /// reference that ends before the view does lies on the zero line from there. A line with
+    /// fewer than three samples in the view goes off with a message. Then grid and trace again.
+    void CreateRef();
+    const std::vector<QPoint>& TimeRefPoints(int line) const {
+        return line == 2 ? TimeRef2Points_ : TimeRef1Points_;
+    }
+    /// The reference lines for the zoomed stretch of time: its first stored sample at the left
+    /// edge, the samples after a reference's end on the zero line. Never flipped.
+    void Ref_Zoom_Flip();
+    const std::vector<QPoint>& ZoomRefPoints(int line) const {
+        return line == 2 ? ZoomRef2Points_ : ZoomRef1Points_;
+    }
 
     // ---- Zoom and flip ------------------------------------------------------------------------
     void mnuZoomIn();
@@ -346,6 +362,8 @@ class OscopeView : public ViewModel {
     int32_t SampleStep_ = 1;
     float PixelsPerSample_ = 0.0f;
     std::vector<QPoint> TimeRef1Points_, TimeRef2Points_;
+    std::vector<QPoint> ZoomRef1Points_, ZoomRef2Points_;
+    std::array<float, 2> TimeRefHalfScale_{};
 
     // Zoom
     bool ZoomOn_ = false;

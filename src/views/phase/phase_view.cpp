@@ -265,6 +265,31 @@ void PhaseView::setReferencePoints(std::vector<QPoint> ref1, std::vector<QPoint>
     PhaseRef2Points_ = std::move(ref2);
 }
 
+void PhaseView::command(const std::string& name) {
+    if (name == "CreateRef") CreateRef();
+}
+
+void PhaseView::CreateRef() {
+    ProgramState& s = st();
+    const int32_t half = rnd(PhaseHeight_ / 2.0);
+    const auto lay = [&](bool on, int32_t samples, float maxFreq, const std::vector<float>& data,
+                         std::vector<QPoint>& pts) {
+        pts.clear();
+        if (!on || samples < 1 || s.MaxFreq <= 0) return;
+        const double w = maxFreq <= s.MaxFreq ? rnd(double(maxFreq) * PhaseWidth_ / s.MaxFreq)
+                                              : double(PhaseWidth_);
+        const double step = w / samples;
+        const int32_t n = std::min<int64_t>(samples, int64_t(data.size()));
+        pts.reserve(size_t(std::max(n, 0)));
+        for (int32_t i = 0, k = -1; i < n; ++i, ++k)
+            pts.emplace_back(rnd(step * k), rnd(half - double(data[size_t(i)]) * half / 180.0));
+    };
+    lay(s.PhaseRef1On, s.PhaseRef1Samples, s.PhaseRef1MaxFreq, s.PhaseRef1Data, PhaseRef1Points_);
+    lay(s.PhaseRef2On, s.PhaseRef2Samples, s.PhaseRef2MaxFreq, s.PhaseRef2Data, PhaseRef2Points_);
+    s.PhaseRefOn = s.PhaseRef1On || s.PhaseRef2On;
+    Draw_s();
+}
+
 void PhaseView::Cls() {
     picF_.fill(colorFromIni(st().F_BackColor));
     PhasePointCount_ = 1;

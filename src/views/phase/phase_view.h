@@ -83,6 +83,14 @@ class PhaseView : public ViewModel {
     void Cls();
     /// The two reference curves in graph pixels, as the references prepare them.
     void setReferencePoints(std::vector<QPoint> ref1, std::vector<QPoint> ref2);
+    /// Lays the reference lines that are on over the graph: a reference of a narrower band
+    /// covers only its share of the axis. Then the phase is painted again.
+    void CreateRef();
+    /// "CreateRef", after the reference dialog.
+    void command(const std::string& name) override;
+    const std::vector<QPoint>& PhaseRefPoints(int line) const {
+        return line == 2 ? PhaseRef2Points_ : PhaseRef1Points_;
+    }
 
     // ---- Moving through the data ----------------------------------------------------------------
     /// The scroll bar's change event: when Idle is on, the trace at its value is read and shown

@@ -6,10 +6,13 @@
 #include "commands/transport.h"
 #include "engine/engine.h"
 #include "engine/metrics.h"
+#include "platform/numeric.h"
+#include "references/spectrum_refs.h"
 #include "state/workbench.h"
 
 #include <QPainter>
 #include <algorithm>
+#include <cmath>
 
 namespace kv::spectrum {
 
@@ -45,8 +48,20 @@ void SpectrumForm::showPeak() {
     wb_.cmd.touch();
 }
 
+void SpectrumForm::prepareReferences() {
+    ProgramState& st = wb_.st;
+    if (!st.RefShown || st.TempPath.empty()) return;
+    // The curves in the plot's present unit and band, folded for the plot's present width. The
+    // fold leaves its own bins-per-column behind; the live one is put back.
+    activateShownReferences(st);
+    const int32_t live = st.BinsPerColumn;
+    SamToWidth_Ref(st);
+    st.BinsPerColumn = live;
+}
+
 void SpectrumForm::layOutIfNeeded(const SpectrumFeed& f) {
     if (wb_.st.ViewLaidOut) return;
+    prepareReferences();
     view_.Resized(wb_.st, f);
     setLaidOut(wb_.st);
 }
@@ -61,6 +76,7 @@ void SpectrumForm::resizePlot(int w, int h) {
     const bool idle = st.Idle;
     FyllSpData(st);
     st.Idle = idle;
+    prepareReferences();
     view_.Resized(st, feedFrom(st));
     setLaidOut(st);
     view_.ReDrawMode2(st);
@@ -73,6 +89,7 @@ void SpectrumForm::firstDraw() {
     HS_.Value = st.TracePos;
     st.PlotColumns = view_.PlotColumns();
     FyllSpData(st);
+    prepareReferences();
     view_.Resized(st, feedFrom(st));
     setLaidOut(st);
     showPeak();
@@ -88,6 +105,7 @@ void SpectrumForm::relayout() {
     // A re-read data set may have another trace count; the scroll bar keeps up with it.
     HS_.Max = std::max<int>(0, wb_.st.LastTrace);
     HS_.Value = std::clamp<int>(wb_.st.TracePos, HS_.Min, HS_.Max);
+    prepareReferences();
     view_.Resized(wb_.st, feedFrom(wb_.st));
     setLaidOut(wb_.st);
     showPeak();
@@ -204,8 +222,16 @@ QImage SpectrumForm::picture() const {
     img.fill(kFormBackColor);
     QPainter p(&img);
     p.drawImage(0, 0, plot);
+    const PlotMargins m;
+    paintMarkers(p, markers_, wb_.st.MarkerCount, QPoint(m.left, m.top),
+                 QColor(colorFromIni(wb_.st.FFT_BackColor) ^ 0x00FFFFFFu));
     paintScrollBar(p, HS_);
     return img;
+}
+
+QRect SpectrumForm::textArea() const {
+    const PlotMargins m;
+    return QRect(m.left, m.top, std::max(view_.PlotW(), 1), std::max(view_.PlotH(), 1));
 }
 
 QPointF SpectrumForm::onPlot(int x, int y) const {
@@ -214,13 +240,82 @@ QPointF SpectrumForm::onPlot(int x, int y) const {
 }
 
 void SpectrumForm::mousePress(int button, int x, int y) {
-    if (wb_.st.TempPath.empty()) return;
+    ProgramState& st = wb_.st;
+    if (st.TempPath.empty()) return;
     const QPointF p = onPlot(x, y);
-    view_.MouseDown(wb_.st, feedFrom(wb_.st), button, float(p.x()), float(p.y()));
+    if (markers_.MarkersActive && button == RightButton) {
+        wb_.cmd.enable("mnMM", st.MarkerCount < kMaxMarkers);
+        wb_.cmd.touch();
+    }
+    view_.MouseDown(st, feedFrom(st), button, float(p.x()), float(p.y()));
+    if (button != LeftButton || !st.MarkerMode || st.MarkerCount >= kMaxMarkers) return;
+    // A press places the current marker; the scroll bar rests until the mode ends.
+    HS_.Enabled = false;
+    if (markerAt(float(p.x()), float(p.y()))) {
+        ++st.MarkerCount;
+        markers_.currentShown = false;
+        if (markers_.MarkerTableOn) dlgMarkers::UpdateList(st, markers_, markerTable_);
+    }
+}
+
+bool SpectrumForm::markerAt(float x, float y) {
+    ProgramState& st = wb_.st;
+    const int col = int(std::lround(x));
+    const int row = view_.TraceRowAt(st, col);
+    if (row == 0) return false;
+    const auto t = view_.ReadoutAt(st, feedFrom(st), x, y, true, row);
+    if (!t) return false;
+    MarkerRecord& r = markers_.records[size_t(st.MarkerCount + 1)];
+    r.x = col;
+    r.row = row;
+    r.lblSmH = t->lblTime;
+    r.lblSmB = shortestText(float(Val(t->lbldB)));
+    r.Label1 = std::to_string(st.MarkerCount + 1);
+    markers_.currentShown = true;
+    return true;
+}
+
+void SpectrumForm::markerRowClicked(int row) {
+    dlgMarkers::ListView_Click(markers_, markerTable_, row);
+}
+
+void SpectrumForm::command(const std::string& name) {
+    ProgramState& st = wb_.st;
+    if (name == "MarkerModeOn") {
+        markers_.clear();
+        st.MarkerCount = 0;
+        markers_.MarkersActive = true;
+        markers_.MarkerTableOn = true;
+        view_.setMarkersActive(true);
+        dlgMarkers::LoadList(st, view_.FreqUnit(), markerTable_);
+    } else if (name == "ExitMarkerModue") {
+        markers_.currentShown = false;
+        markers_.MarkerShown = st.MarkerCount;
+        HS_.Enabled = HS_.Max >= 1;
+    } else if (name == "NoMarkers") {
+        markers_ = MarkerSet{};
+        markerTable_.rows.clear();
+        view_.setMarkersActive(false);
+        HS_.Enabled = true;
+    }
 }
 
 void SpectrumForm::mouseMove(int buttons, int x, int y) {
-    if (wb_.st.TempPath.empty()) return;
+    ProgramState& st = wb_.st;
+    if (st.TempPath.empty()) return;
+    if (st.MarkerMode) {
+        // The 21st marker is never placed: the next move ends the mode, silently.
+        if (st.MarkerCount >= kMaxMarkers) {
+            st.MarkerMode = false;
+            markers_.currentShown = false;
+            HS_.Enabled = HS_.Max >= 1;
+            return;
+        }
+        const QPointF p = onPlot(x, y);
+        view_.MouseMove(st, feedFrom(st), LeftButton, float(p.x()), float(p.y()));
+        if (!markerAt(float(p.x()), float(p.y()))) markers_.currentShown = false;
+        return;
+    }
     // The cross follows the left button; with several held, the left one counts.
     const int button = buttons & LeftButton    ? LeftButton
                        : buttons & RightButton ? RightButton

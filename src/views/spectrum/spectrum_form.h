@@ -5,6 +5,7 @@
 // window above the scroll bar.
 #pragma once
 
+#include "views/spectrum/markers.h"
 #include "views/spectrum/spectrum_view.h"
 #include "views/view_label.h"
 #include "views/view_model.h"
@@ -41,11 +42,16 @@ class SpectrumForm : public ViewModel {
     /// The metric read-outs are this view's: they go off with it, flags, buttons and ticks
     /// together, so that the next press switches one on again.
     void unload() override;
-    // Its one command, "UpdateAn", needs no work here: the read-out labels are painted from the
-    // state with every picture, and the host repaints after each command.
+    /// The markers' commands: "MarkerModeOn" (records cleared, the markers' pop-up armed),
+    /// "ExitMarkerModue" (the current marker's cross goes, the scroll bar comes back) and
+    /// "NoMarkers" (every marker goes). "UpdateAn" needs no work here: the read-out labels are
+    /// painted from the state with every picture, and the host repaints after each command.
+    void command(const std::string& name) override;
     void redraw() override { relayout(); }
     void traceChanged() override { DrawTimer(); }
     QImage picture() const override;
+    /// Text is dragged over the plot.
+    QRect textArea() const override;
     /// The Spectrum view runs its chain for every move of its scroll bar, also to where it is.
     void scrolled(int value) override { HS_Change(value); }
     void mousePress(int button, int x, int y) override;
@@ -53,6 +59,13 @@ class SpectrumForm : public ViewModel {
     void mouseRelease(int button, int x, int y) override;
     /// After a right press once markers have been used: the markers' pop-up menu.
     bool takePopupRequest() override { return view_.takePopupRequest(); }
+
+    MarkerSet& markers() { return markers_; }
+    const MarkerSet& markers() const { return markers_; }
+    /// The marker table as `dlgMarkers` shows it, headed when marker mode began.
+    MarkerTable& markerTable() { return markerTable_; }
+    /// A click on row `row` of the table: that marker's frame shows.
+    void markerRowClicked(int row);
 
     SpectrumView& view() { return view_; }
     const SpectrumView& view() const { return view_; }
@@ -89,11 +102,18 @@ class SpectrumForm : public ViewModel {
     /// The pointer's place on the plot, from window pixels.
     QPointF onPlot(int x, int y) const;
     void layOutIfNeeded(const SpectrumFeed& f);
+    /// The marker routine: the current marker (MarkerCount + 1) on the curve under `x`. False
+    /// when the column holds no curve.
+    bool markerAt(float x, float y);
+    /// The reference curves that are on, activated and folded for the plot as it is laid out.
+    void prepareReferences();
 
     Workbench& wb_;
     SpectrumView view_;
     QSize window_; // the window the view fills
     PlayTimer tmrFFT_;
+    MarkerSet markers_;
+    MarkerTable markerTable_;
 };
 
 } // namespace kv::spectrum

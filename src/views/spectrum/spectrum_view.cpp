@@ -247,11 +247,14 @@ void SpectrumView::erasingDraw(const ProgramState& st, const SpectrumFeed& f, XR
     if (st.AS_Bar == 1) {
         drawBars(pic, pts, line);
         CurvePoints_.clear();
+        DrawReferences(st, f);
         return;
     }
     strokePolyline(pic, pts, pts.size(), line, DrawWidth_);
     CurveCount_ = int32_t(pts.size()) + 1;
     CurvePoints_ = std::move(pts);
+    // Erasing the live curve next time cuts into the references; they are drawn again each time.
+    DrawReferences(st, f);
 }
 
 void SpectrumView::stackedDraw(const ProgramState& st, const SpectrumFeed& f, XRule rule) {
@@ -274,6 +277,58 @@ void SpectrumView::stackedDraw(const ProgramState& st, const SpectrumFeed& f, XR
         prev = pt;
     }
     strokeLines(pic, lines, line, 1);
+    DrawReferences(st, f);
+}
+
+std::vector<QPoint> SpectrumView::referenceCurve(const ProgramState& st, const SpectrumFeed& f,
+                                                 int line) const {
+    std::vector<QPoint> pts;
+    const bool two = line == 2;
+    const std::vector<float>& col = two ? st.RefCol2 : st.RefCol1;
+    const std::vector<float>& logX = two ? st.RefColLogX2 : st.RefColLogX1;
+    const std::vector<float>& span = two ? st.RefSpanCol2 : st.RefSpanCol1;
+    const int32_t count = two ? st.RefColCount2 : st.RefColCount1;
+    const int32_t spanBins = two ? st.RefSpanBins2 : st.RefSpanBins1;
+    const float binStep = two ? st.RefBinWidth2 : st.RefBinWidth1;
+    if (st.SpanActive && st.DrSet != 2) {
+        const int32_t n = std::min<int64_t>(spanBins, int64_t(span.size()));
+        if (spanBins < 2 || n < 1) return pts;
+        const double step = double(PlotW_) / (spanBins - 1);
+        for (int32_t j = 0; j < n; ++j)
+            pts.emplace_back(j == spanBins - 1 ? PlotW_ : pixel(step * j),
+                             yOf(st, span[size_t(j)]));
+        return pts;
+    }
+    const int32_t n = std::min<int64_t>(int64_t(count) + 1, int64_t(col.size()));
+    if (st.DrSet == 2) {
+        // The column's X is the log of the reference's own bin; shifted by the ratio of the
+        // steps it lands at its frequency on the live axis.
+        if (!(binStep > 0 && f.BinWidth > 0)) return pts;
+        const double shift = std::log10(double(binStep) / f.BinWidth);
+        const int32_t m = std::min<int64_t>(n, int64_t(logX.size()));
+        for (int32_t j = 1; j < m; ++j)
+            pts.emplace_back(pixel((double(logX[size_t(j)]) + shift) * LogStep_),
+                             yOf(st, col[size_t(j)]));
+        return pts;
+    }
+    for (int32_t j = 0; j < n; ++j)
+        pts.emplace_back(pixel(double(f32(ColStep_ * float(j)))), yOf(st, col[size_t(j)]));
+    return pts;
+}
+
+void SpectrumView::DrawReferences(const ProgramState& st, const SpectrumFeed& f) {
+    RefPoints1_.clear();
+    RefPoints2_.clear();
+    if (!st.RefShown || PlotW_ <= 0 || PlotH_ <= 0) return;
+    TopDb_ = topDbFor(st, f);
+    if (st.RefOn1) {
+        RefPoints1_ = referenceCurve(st, f, 1);
+        surface_.polyline(RefPoints1_, colorFromIni(st.Line1Color), LastPoint::Painted);
+    }
+    if (st.RefOn2) {
+        RefPoints2_ = referenceCurve(st, f, 2);
+        surface_.polyline(RefPoints2_, colorFromIni(st.Line2Color), LastPoint::Painted);
+    }
 }
 
 void SpectrumView::DrawLinX(const ProgramState& st, const SpectrumFeed& f) {
@@ -352,9 +407,33 @@ bool SpectrumView::takePopupRequest() {
 }
 
 void SpectrumView::PointerReadout(const ProgramState& st, const SpectrumFeed& f) {
+    const auto t = ReadoutAt(st, f, PointerX_, PointerY_, st.MarkerMode, 0);
+    if (!t) return;
+    crossShown_ = t->showLines;
+    crossRow_ = t->row;
+    FreqShown_ = t->FreqShown;
+    FreqUnit_ = t->FreqUnit;
+    // The frequency sits just right of the cross, above its row; the level directly left of it.
+    const int lx = pixel(double(PointerX_)) + 6;
+    const int ly = std::max(0, t->row - 16);
+    lblMyFr_ = Label{.text = t->lblMyFr, .left = lx, .top = ly};
+    lbldB_ = Label{.text = t->lbldB, .left = lx, .top = ly, .visible = !st.MarkerMode};
+}
+
+int SpectrumView::TraceRowAt(const ProgramState& st, int x) const {
+    if (x < 0 || x >= surface_.width()) return 0;
+    const QRgb want = colorFromIni(st.FFT_LineColor) & 0xFFFFFFu;
+    for (int y = 0; y < surface_.height(); ++y)
+        if ((surface_.pixel(x, y) & 0xFFFFFFu) == want) return y;
+    return 0;
+}
+
+std::optional<PointerText> SpectrumView::ReadoutAt(const ProgramState& st, const SpectrumFeed& f,
+                                                   float x, float y, bool markerMode,
+                                                   int markerRow) const {
     PointerInput in;
-    in.PointerX = PointerX_;
-    in.PointerY = PointerY_;
+    in.PointerX = x;
+    in.PointerY = y;
     in.PlotW = PlotW_;
     in.PlotH = PlotH_;
     in.ScaleWidth = float(PlotW_);
@@ -372,18 +451,9 @@ void SpectrumView::PointerReadout(const ProgramState& st, const SpectrumFeed& f)
     in.Offset_Lin = st.Offset_Lin;
     in.PlotRange = st.PlotRange;
     in.Offset_Log = st.Offset_Log;
-    in.MarkerMode = st.MarkerMode;
-    const auto t = spectrum::PointerReadout(in);
-    if (!t) return;
-    crossShown_ = t->showLines;
-    crossRow_ = t->row;
-    FreqShown_ = t->FreqShown;
-    FreqUnit_ = t->FreqUnit;
-    // The frequency sits just right of the cross, above its row; the level directly left of it.
-    const int lx = pixel(double(PointerX_)) + 6;
-    const int ly = std::max(0, t->row - 16);
-    lblMyFr_ = Label{.text = t->lblMyFr, .left = lx, .top = ly};
-    lbldB_ = Label{.text = t->lbldB, .left = lx, .top = ly, .visible = !st.MarkerMode};
+    in.MarkerMode = markerMode;
+    in.MarkerRow = markerRow;
+    return spectrum::PointerReadout(in);
 }
 
 // ---- The view as its window shows it -------------------------------------------------------

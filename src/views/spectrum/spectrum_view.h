@@ -76,6 +76,15 @@ class SpectrumView {
     void DrawLogX_Stak(const ProgramState& st, const SpectrumFeed& f);
     void DrawSpan_Stak(const ProgramState& st, const SpectrumFeed& f);
 
+    /// The reference curves that are on, over the live one, each in its colour (Line1Color,
+    /// Line2Color), from the folded reference columns: placed by their own frequencies, so a
+    /// reference of a narrower band covers only its share of the plot.
+    void DrawReferences(const ProgramState& st, const SpectrumFeed& f);
+    /// The points of reference line 1 or 2 as last drawn (empty when it is off).
+    const std::vector<QPoint>& RefPoints(int line) const {
+        return line == 2 ? RefPoints2_ : RefPoints1_;
+    }
+
     // The pointer cross: a press, a move with the left button held, the release.
     void MouseDown(const ProgramState& st, const SpectrumFeed& f, int button, float x, float y);
     void MouseMove(const ProgramState& st, const SpectrumFeed& f, int button, float x, float y);
@@ -124,6 +133,11 @@ class SpectrumView {
     const Label& lbldB() const { return lbldB_; }
     double FreqShown() const { return FreqShown_; }
     const std::string& FreqUnit() const { return FreqUnit_; }
+    /// The read-out at (x, y) of the plot; in marker mode the level is that of `markerRow`.
+    std::optional<PointerText> ReadoutAt(const ProgramState& st, const SpectrumFeed& f, float x,
+                                         float y, bool markerMode, int markerRow) const;
+    /// The first row from the top of column `x` in the trace colour; 0 when there is none.
+    int TraceRowAt(const ProgramState& st, int x) const;
     /// True after a right press, when the pop-up menu is to show at the press.
     bool takePopupRequest();
     /// Markers have been used in this data set: a right press brings up their pop-up.
@@ -142,6 +156,8 @@ class SpectrumView {
     void repairGrid(Surface& pic, const ProgramState& st, bool onlyWhenShown) const;
     void drawBars(Surface& pic, const std::vector<QPoint>& pts, QRgb c) const;
     void PointerReadout(const ProgramState& st, const SpectrumFeed& f);
+    std::vector<QPoint> referenceCurve(const ProgramState& st, const SpectrumFeed& f,
+                                       int line) const;
 
     Surface surface_;
     int PlotW_ = 0, PlotH_ = 0;
@@ -172,6 +188,7 @@ class SpectrumView {
     std::string FreqUnit_ = "Hz";
     bool popupRequested_ = false;
     bool MarkersActive_ = false;
+    std::vector<QPoint> RefPoints1_, RefPoints2_;
 };
 
 /// Paints the view as its window shows it into `target` (size w x h): the plot inside margins,
