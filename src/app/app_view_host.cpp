@@ -15,7 +15,8 @@ namespace kv {
 
 void AppViewHost::showDialog(Workbench& wb, const std::string& name, bool modal) {
     const CommandRunner run = runCommand ? runCommand : [](const std::function<void()>& f) { f(); };
-    showConditioningForm(area_->window(), wb, name, modal, run);
+    if (!showConditioningForm(area_->window(), wb, name, modal, run) && otherDialog)
+        otherDialog(name);
 }
 
 void AppViewHost::closeDialog(Workbench&, const std::string& name) {

@@ -26,11 +26,14 @@ class AppViewHost : public ModelViewHost {
     void arrange(Workbench& wb, int mode) override;
     void traceChanged(Workbench& wb, ViewId v) override;
     void spectrumFinalDraw(Workbench& wb) override;
-    /// The conditioning dialogs' forms, beside the views; their events run through `runCommand`.
+    /// Every dialog the core asks for by name: the conditioning forms here, beside the views
+    /// (their events run through `runCommand`); the others through `otherDialog`.
     void showDialog(Workbench& wb, const std::string& name, bool modal) override;
     void closeDialog(Workbench& wb, const std::string& name) override;
     /// How a dialog's event runs: the main window's command runner.
     std::function<void(const std::function<void()>&)> runCommand;
+    /// The dialogs the main window keeps (references, markers, text).
+    std::function<void(const std::string&)> otherDialog;
 
     /// The area changed size: views tiled by the last arrangement (Horizontal or Vertical) are
     /// tiled again to fill it; cascaded or maximised ones are left as they are.

@@ -272,19 +272,20 @@ Form* make(QWidget* p, Workbench& wb, const std::string& name, const CommandRunn
 
 } // namespace
 
-void showConditioningForm(QWidget* parent, Workbench& wb, const std::string& name, bool modal,
+bool showConditioningForm(QWidget* parent, Workbench& wb, const std::string& name, bool modal,
                           const CommandRunner& run) {
     closeConditioningForm(name);
     Form* f = make(parent, wb, name, run);
-    if (!f) return;
+    if (!f) return false;
     openForms()[name] = f;
     if (modal) {
         f->exec();
-        return;
+        return true;
     }
     // Beside the views, at the right edge of the main window.
     if (parent) f->move(parent->mapToGlobal(QPoint(std::max(parent->width() - 360, 20), 120)));
     f->show();
+    return true;
 }
 
 void closeConditioningForm(const std::string& name) {

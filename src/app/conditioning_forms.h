@@ -16,8 +16,9 @@ struct Workbench;
 using CommandRunner = std::function<void(const std::function<void()>&)>;
 
 /// Shows the dialog whose form is `name` ("dlgBoxFilter", "dlgWhite", "ZenterFr", "dlgdB",
-/// "dlgDoGain", "dlgAutotune", "dlgYscale", "dlgFilterSel"), modal or beside the views.
-void showConditioningForm(QWidget* parent, Workbench& wb, const std::string& name, bool modal,
+/// "dlgDoGain", "dlgAutotune", "dlgYscale", "dlgFilterSel"), modal or beside the views; false
+/// when `name` is not one of them.
+bool showConditioningForm(QWidget* parent, Workbench& wb, const std::string& name, bool modal,
                           const CommandRunner& run);
 /// Closes the modeless form `name` if it is open, without running its events.
 void closeConditioningForm(const std::string& name);

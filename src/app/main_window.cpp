@@ -140,7 +140,7 @@ MainWindow::MainWindow(const std::string& home, Host* host, QWidget* parent)
     views_.onViewClosed = [this] { syncFromModel(); };
     views_.onTraceShown = [this] { syncPanels(); };
     views_.runCommand = [this](const std::function<void()>& f) { runCommand(f); };
-    qtHost_.setDialogOpener([this](const std::string& name) { showDialog(name); });
+    views_.otherDialog = [this](const std::string& name) { showDialog(name); };
     setCentralWidget(mdi_);
     mdi_->viewport()->installEventFilter(this);
     mdi_->setBackground(QColor(0x78, 0x86, 0x8f));

@@ -35,17 +35,9 @@ class QtHost : public Host {
                             const std::string& fallback) override;
     void setUserSetting(const std::string& section, const std::string& key,
                         const std::string& value) override;
-    /// The workbench's dialogs are the main window's to show.
-    void showDialog(const std::string& name) override {
-        if (dialogOpener_) dialogOpener_(name);
-    }
-    void setDialogOpener(std::function<void(const std::string&)> f) {
-        dialogOpener_ = std::move(f);
-    }
 
   private:
     QWidget* parent_;
-    std::function<void(const std::string&)> dialogOpener_;
 };
 
 /// The user guide installed beside the program: doc/guide.html in the program's folder.

@@ -379,7 +379,7 @@ void TB_event9(Workbench& wb, const std::string& key) {
     if (key == "Gain") mnuGain_Click(wb);
     if (key == "Markers") mnuMarkers_Click(wb);
     // The text dialog works on the active view.
-    if (key == "Text" || key == "Text_O" || key == "T_P") wb.host.showDialog("dlgText");
+    if (key == "Text" || key == "Text_O" || key == "T_P") wb.views.showDialog(wb, "dlgText", false);
     if (key == "Reference") openReferenceDialog(wb, "dlgRef");
     if (key == "Reference_O") openReferenceDialog(wb, "TimeRef");
     if (key == "Ref_P") openReferenceDialog(wb, "PhasaRef");
@@ -409,7 +409,7 @@ void mnuMarkers_Click(Workbench& wb) {
     wb.cmd.enable("mnMM", false);
     wb.cmd.touch();
     wb.views.viewCommand(wb, ViewId::Spectrum, "MarkerModeOn");
-    wb.host.showDialog("dlgMarkers");
+    wb.views.showDialog(wb, "dlgMarkers", false);
 }
 
 void ExitMarkerModue(Workbench& wb) {

@@ -64,6 +64,7 @@ void RecordingViewHost::viewCommand(Workbench&, ViewId v, const std::string& nam
 
 void RecordingViewHost::showDialog(Workbench&, const std::string& name, bool modal) {
     log.push_back("dialog " + name + (modal ? " modal" : " modeless"));
+    dialogsShown.push_back(name);
 }
 
 void RecordingViewHost::closeDialog(Workbench&, const std::string& name) {

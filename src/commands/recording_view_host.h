@@ -16,6 +16,7 @@ namespace kv {
 class RecordingViewHost : public ViewHost {
   public:
     std::vector<std::string> log;
+    std::vector<std::string> dialogsShown; // the dialogs asked for, by name
 
     void loadView(Workbench& wb, ViewId v) override;
     void unloadView(Workbench& wb, ViewId v) override;

@@ -67,10 +67,6 @@ class Host {
     /// The user guide, shown outside the workbench (the desktop's browser).
     virtual void showHelp() = 0;
 
-    /// Shows one of the workbench's dialogs by its name ("dlgRef", "TimeRef" ...). A host without
-    /// windows has none to show.
-    virtual void showDialog(const std::string& name) { (void)name; }
-
     /// Settings of this user kept outside SP.ini.
     virtual std::string userSetting(const std::string& section, const std::string& key,
                                     const std::string& fallback) = 0;

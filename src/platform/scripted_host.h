@@ -41,7 +41,6 @@ class ScriptedHost : public Host {
     std::vector<std::string> dialogFilters; // their filter texts
     std::vector<int> dialogFilterIndexes;   // the filter index each dialog was opened with
     std::vector<std::string> dialogFolders; // the folder each open dialog started in
-    std::vector<std::string> dialogsShown;  // the workbench's dialogs asked for, by name
     int yields = 0;
     int helpShown = 0; // how often the user guide was asked for
     int progressWindows = 0;
@@ -62,7 +61,6 @@ class ScriptedHost : public Host {
     std::optional<std::string> askText(const std::string& prompt, const std::string& title,
                                        const std::string& initial) override;
     std::unique_ptr<Progress> progress(const std::string& title, int max) override;
-    void showDialog(const std::string& name) override { dialogsShown.push_back(name); }
     void yield() override;
     void showHelp() override { ++helpShown; }
     std::string userSetting(const std::string& section, const std::string& key,

@@ -196,7 +196,7 @@ void openReferenceDialog(Workbench& wb, const char* dialog) {
                         MsgIcon::Exclamation);
         return;
     }
-    wb.host.showDialog(dialog);
+    wb.views.showDialog(wb, dialog, false);
 }
 
 namespace dlgRef {

@@ -199,11 +199,11 @@ TEST_F(Refs, DeleteInfoColourAndClearingBothLines) {
 TEST_F(Refs, TheReferenceKeysAreRefusedWhileAFilterIsOn) {
     for (const char* key : {"Reference", "Reference_O", "Ref_P"})
         TB_event9(b.wb, key);
-    EXPECT_EQ(b.host.dialogsShown, (std::vector<std::string>{"dlgRef", "TimeRef", "PhasaRef"}));
+    EXPECT_EQ(b.views.dialogsShown, (std::vector<std::string>{"dlgRef", "TimeRef", "PhasaRef"}));
     b.st.FftFilterOn = true;
     b.wb.cmd.enable("mnuRef");
     menuCommand(b.wb, "mnuRef");
-    EXPECT_EQ(b.host.dialogsShown.size(), 3u);
+    EXPECT_EQ(b.views.dialogsShown.size(), 3u);
     EXPECT_EQ(b.host.messages.back().text, "Illegal operation with aktive filters.");
     EXPECT_TRUE(b.cmd.menu("mnuRef").available);
     EXPECT_TRUE(b.cmd.button(53).available);

@@ -70,7 +70,7 @@ TEST_F(Marking, TheTableListsDistancesAndHighlightsTheRowClicked) {
     dlgMarkers::UpdateList(b.st, form.markers(), t);
     ASSERT_EQ(t.rows.size(), 3u);
     EXPECT_EQ(t.rows[0].nr, "1");
-    EXPECT_EQ(t.rows[0].distance, ""); // the first has none
+    EXPECT_EQ(t.rows[0].distance, "");     // the first has none
     EXPECT_EQ(t.rows[1].frequency, "800"); // "###0.00": no trailing zeros
     EXPECT_EQ(t.rows[1].distance, "400");
     EXPECT_EQ(t.rows[2].frequency, "933.33");
@@ -111,7 +111,7 @@ TEST(MarkerCommands, TheMenuTicksTheModeAndNoMarkersClearsAll) {
     b.st.TempPath = b.home.file("temp.sp");
     mnuMarkers_Click(b.wb);
     EXPECT_TRUE(b.st.MarkerMode && b.cmd.checked("mnuMarkers") && b.cmd.button(55).down);
-    EXPECT_EQ(b.host.dialogsShown, std::vector<std::string>{"dlgMarkers"});
+    EXPECT_EQ(b.views.dialogsShown, std::vector<std::string>{"dlgMarkers"});
     b.st.MarkerCount = 3;
     mnuMarkers_Click(b.wb); // off: the mode is left, the markers stay
     EXPECT_FALSE(b.st.MarkerMode || b.cmd.checked("mnuMarkers"));
