@@ -7,6 +7,7 @@
 #include "engine/engine.h"
 #include "import/file_filters.h"
 #include "import/format_table.h"
+#include "options/file_info.h"
 #include "platform/files.h"
 
 #include <charconv>
@@ -159,7 +160,7 @@ nlohmann::json describe(const Session& s) {
     j["RangeNs"] = st.RangeNs;
     j["TimeWindowNs"] = st.TimeWindowNs;
     j["SampleBits"] = st.SampleBits;
-    j["FileInfo"] = st.SourceInfoLines;
+    j["FileInfo"] = FileInfoLines(st);
     j["caption"] = s.cmd.caption;
     nlohmann::json panels = nlohmann::json::array();
     for (int p = 1; p <= CommandState::kPanels; ++p)

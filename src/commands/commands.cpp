@@ -362,6 +362,12 @@ void TB_event9(Workbench& wb, const std::string& key) {
     if (key == "SINAD") mnuSnd_Click(wb);
     if (key == "SNR") mnuSnr_Click(wb);
     if (key == "ENOB") mnuEnob_Click(wb);
+    // Options, file information, pictures and printing: their forms and their work lie above
+    // the core.
+    if (key == "Options") wb.views.showDialog(wb, "dlgSettings", true);
+    if (key == "Info") wb.views.showDialog(wb, "frmFileInfo", false);
+    if (key == "Save as") wb.views.pictureCommand(wb, "mnuSw");
+    if (key == "Print") wb.views.pictureCommand(wb, "QuickPrint");
     wb.cmd.touch();
 }
 
@@ -423,6 +429,10 @@ bool menuCommand(Workbench& wb, const std::string& name) {
     if (name == "mnuSnr") mnuSnr_Click(wb);
     if (name == "mnuEnob") mnuEnob_Click(wb);
     if (name == "mnuAbout") mnuAbout_Click(wb);
+    if (name == "mnuOp") TB_event9(wb, "Options");
+    if (name == "mnuFInf") TB_event9(wb, "Info");
+    if (name == "mnuSw") TB_event9(wb, "Save as");
+    if (name == "mnuPrint") wb.views.showDialog(wb, "dlgPrinter", true);
     if (name == "mnuCasc") wb.views.arrange(wb, 0);
     if (name == "mnuHor") wb.views.arrange(wb, 1);
     if (name == "mnuVert") wb.views.arrange(wb, 2);

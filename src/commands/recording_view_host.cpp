@@ -62,4 +62,16 @@ void RecordingViewHost::viewCommand(Workbench&, ViewId v, const std::string& nam
     log.push_back(std::string("command ") + viewName(v) + " " + name);
 }
 
+void RecordingViewHost::showDialog(Workbench&, const std::string& name, bool modal) {
+    log.push_back("dialog " + name + (modal ? " modal" : " modeless"));
+}
+
+void RecordingViewHost::closeDialog(Workbench&, const std::string& name) {
+    log.push_back("close " + name);
+}
+
+void RecordingViewHost::pictureCommand(Workbench&, const std::string& name) {
+    log.push_back("picture " + name);
+}
+
 } // namespace kv

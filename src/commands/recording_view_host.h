@@ -10,8 +10,9 @@
 namespace kv {
 
 /// Keeps the view flags as real views would and writes down every request, in order
-/// ("load Spectrum", "firstDraw Spectrum", "maximise Spectrum", "arrange 1", "trace Spectrum 4"
-/// ...). A loaded view becomes the active one, as a window that comes up does.
+/// ("load Spectrum", "firstDraw Spectrum", "maximise Spectrum", "arrange 1", "trace Spectrum 4",
+/// "dialog dlgWhite modeless" ...). A loaded view becomes the active one, as a window that comes up
+/// does.
 class RecordingViewHost : public ViewHost {
   public:
     std::vector<std::string> log;
@@ -28,6 +29,9 @@ class RecordingViewHost : public ViewHost {
     void resetWaterfall(Workbench& wb, ViewId v, bool atEnd) override;
     void setScrollValue(Workbench& wb, ViewId v, int value) override;
     void viewCommand(Workbench& wb, ViewId v, const std::string& name) override;
+    void showDialog(Workbench& wb, const std::string& name, bool modal) override;
+    void closeDialog(Workbench& wb, const std::string& name) override;
+    void pictureCommand(Workbench& wb, const std::string& name) override;
 };
 
 } // namespace kv

@@ -185,19 +185,17 @@ const ButtonDef kButtonDefs[] = {
 // here when it arrives.
 // clang-format off
 const char* const kNotYetBuiltMenus[] = {
-    "mnuSw", "mnuPrint",                                                    // pictures
     "mnuRR", "mnuRef", "mnuRefO", "mnuRefPh",                               // references
     "mnuLevel", "mnuGain", "mnuAutoscale", "mnuAutotune", "mnuSpan",        // conditioning
     "mnuMarkers", "mnuDM", "mnuEM", "mnuExM", "mnMM", "mnuPopUp", "mnuExMT", // markers
     "mnuTT", "mnuTextEdit", "mnuTO", "mnuTP", "mnuTW",                      // text annotations
-    "mnuOp", "mnuFInf", "mnuPalettet",                                      // options
+    "mnuPalettet",                                                          // palettes
     "mnuGPR", "mnuBCF", "mnuWhite",                                         // filters
     "mnuVertZoom", "mnuEYS",                                                // O-scope scale
     "mnuBscan",                                                             // other views
     "mnuGSH",                                                               // help file
 };
 const int kNotYetBuiltButtons[] = {
-    3, 4, 5, 7,                             // pictures, options, information
     18,                                     // other views
     31, 32, 33, 39, 47, 48, 54, 73,         // conditioning and filters
     53, 84, 97,                             // references

@@ -48,6 +48,20 @@ class ViewHost {
     /// "mnuFlip", "mnuCur" ...), or a request of the core that only the view can carry out (the
     /// transport's "leaveMeasurementModes"). The view's model dispatches it.
     virtual void viewCommand(Workbench&, ViewId, const std::string& /*name*/) {}
+
+    // ---- Dialogs beside the views -----------------------------------------------------------
+    /// Shows the dialog whose form is named `name` ("dlgBoxFilter", "ZenterFr" ...), modal or
+    /// modeless beside the active view. Its behaviour runs in the core; the host only shows the
+    /// form. A host without windows ignores it (the tests drive the behaviour directly).
+    virtual void showDialog(Workbench&, const std::string& /*name*/, bool /*modal*/) {}
+    /// Closes a modeless dialog the core has switched off (its menu entry unticked).
+    virtual void closeDialog(Workbench&, const std::string& /*name*/) {}
+
+    // ---- Pictures and print-outs ------------------------------------------------------------
+    /// The active view's picture goes out: "mnuSw" saves it under a name the user gives,
+    /// "QuickPrint" prints it on the default printer. Only a host that draws views can; one
+    /// without pictures ignores it.
+    virtual void pictureCommand(Workbench&, const std::string& /*name*/) {}
 };
 
 /// The open flag of a view.
