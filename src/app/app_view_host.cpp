@@ -3,6 +3,8 @@
 
 #include "app/view_window.h"
 #include "commands/lifecycle.h"
+#include "output/picture_export.h"
+#include "output/printing.h"
 #include "state/workbench.h"
 #include "views/view_table.h"
 
@@ -107,6 +109,15 @@ void AppViewHost::traceChanged(Workbench& wb, ViewId v) {
 void AppViewHost::spectrumFinalDraw(Workbench& wb) {
     ModelViewHost::spectrumFinalDraw(wb);
     if (onTraceShown) onTraceShown();
+}
+
+void AppViewHost::showDialog(Workbench&, const std::string& name, bool modal) {
+    if (onDialog) onDialog(name, modal);
+}
+
+void AppViewHost::pictureCommand(Workbench& wb, const std::string& name) {
+    if (name == "mnuSw") output::mnuSw_Click(wb, *this);
+    if (name == "QuickPrint") output::quickPrint(wb, *this);
 }
 
 } // namespace kv

@@ -26,6 +26,10 @@ class AppViewHost : public ModelViewHost {
     void arrange(Workbench& wb, int mode) override;
     void traceChanged(Workbench& wb, ViewId v) override;
     void spectrumFinalDraw(Workbench& wb) override;
+    /// The dialogs' forms are the main window's: passed on to onDialog.
+    void showDialog(Workbench& wb, const std::string& name, bool modal) override;
+    /// Save window as and the quick print, on the active view's picture.
+    void pictureCommand(Workbench& wb, const std::string& name) override;
 
     /// The MDI sub-window of an open view.
     QMdiSubWindow* window(ViewId v) const;
@@ -44,6 +48,8 @@ class AppViewHost : public ModelViewHost {
     std::function<void()> onViewClosed;
     /// Called after a view showed a new trace, so that the status bar can follow a loop.
     std::function<void()> onTraceShown;
+    /// Shows the form of a dialog by its name, modal or not.
+    std::function<void(const std::string& name, bool modal)> onDialog;
 
   protected:
     void show(Workbench& wb, ViewId v, ViewModel& m) override;

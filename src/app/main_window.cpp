@@ -96,6 +96,7 @@ MainWindow::MainWindow(const std::string& home, Host* host, QWidget* parent)
     st_.AppPath = home;
     views_.onViewClosed = [this] { syncFromModel(); };
     views_.onTraceShown = [this] { syncPanels(); };
+    views_.onDialog = [this](const std::string& name, bool modal) { showDialogForm(name, modal); };
     setCentralWidget(mdi_);
     mdi_->setBackground(QColor(0x78, 0x86, 0x8f));
     setAcceptDrops(true);
@@ -291,6 +292,26 @@ void MainWindow::syncFromModel() {
     }
     if (lastSeparator) lastSeparator->setVisible(false);
     syncPanels();
+}
+
+void MainWindow::showDialogForm(const std::string& name, bool) {
+    const CommandRunner run = [this](const std::function<void()>& f) { runCommand(f); };
+    if (name == "frmFileInfo") {
+        if (!fileInfo_) {
+            fileInfo_ = new FileInfoForm(wb_, run, this);
+            fileInfo_->setAttribute(Qt::WA_DeleteOnClose);
+            // Beside the spectrum view when that is open.
+            if (auto* sw = views_.window(ViewId::Spectrum))
+                fileInfo_->move(sw->mapToGlobal(QPoint(sw->width(), 0)));
+        }
+        fileInfo_->load();
+        fileInfo_->show();
+        fileInfo_->raise();
+    }
+    if (name == "dlgPrinter") {
+        PrinterForm form(wb_, views_, run, this);
+        if (form.load()) form.exec();
+    }
 }
 
 void MainWindow::runImport() {

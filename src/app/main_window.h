@@ -3,12 +3,14 @@
 #pragma once
 
 #include "app/app_view_host.h"
+#include "app/output_forms.h"
 #include "app/qt_host.h"
 #include "state/command_state.h"
 #include "state/program_state.h"
 #include "state/workbench.h"
 
 #include <QMainWindow>
+#include <QPointer>
 #include <functional>
 #include <map>
 
@@ -52,6 +54,8 @@ class MainWindow : public QMainWindow {
     void pressToolButton(int number) { onToolButton(number); }
     /// Copies the command model into the widgets.
     void syncFromModel();
+    /// The file-information window, once it has been shown.
+    FileInfoForm* fileInfoForm() const { return fileInfo_; }
 
   protected:
     void closeEvent(QCloseEvent* e) override;
@@ -69,6 +73,8 @@ class MainWindow : public QMainWindow {
     /// idle. A close asked for while a command ran happens when the outermost one returns.
     void runCommand(const std::function<void()>& f);
     void syncPanels();
+    /// Shows the form of the dialog `name` (the core asked for it).
+    void showDialogForm(const std::string& name, bool modal);
 
     ProgramState st_;
     CommandState cmd_;
@@ -86,6 +92,7 @@ class MainWindow : public QMainWindow {
     int commandDepth_ = 0;
     bool closePending_ = false;
     bool unloaded_ = false;
+    QPointer<FileInfoForm> fileInfo_;
 };
 
 } // namespace kv

@@ -40,12 +40,16 @@ int main(int argc, char** argv) {
 
 #ifdef KV_CLI_RENDER
     kv::cli::RenderOptions render;
-    auto* renderCmd = app.add_subcommand("render", "Draw a view as the workbench shows it, to PNG");
+    auto* renderCmd = app.add_subcommand(
+        "render", "Draw a view as the workbench shows it, to PNG, BMP, JPEG or PDF");
     addCommon(renderCmd, render.common);
     renderCmd->add_option("--view", render.view, "spectrum, oscope or phase")->required();
     renderCmd->add_option("--size", render.size, "Picture size WxH (default 800x600)");
     renderCmd->add_option("--trace", render.trace, "Scroll position TracePos (default 0)");
-    renderCmd->add_option("-o,--output", render.output, "Output picture (.png)")->required();
+    renderCmd
+        ->add_option("-o,--output", render.output,
+                     "Output: .png, .bmp or .jpg picture, or .pdf print-out")
+        ->required();
 #endif
     kv::cli::CommonOptions spectrum, metrics;
     int spectrumTrace = 0, spectrumColumns = 0, metricsTrace = 0;

@@ -1,0 +1,68 @@
+// Pictures and file information from the workbench's own menus, offscreen: Save window as
+// writes the active view's window as the user sees it, and File Info lists the source's facts.
+#include "app/main_window.h"
+#include "app/view_window.h"
+#include "gui/gui_fixture.h"
+#include "platform/files.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QListWidget>
+#include <QScrollBar>
+#include <gtest/gtest.h>
+
+using namespace kv;
+
+namespace {
+
+using test::kSample;
+using Shell = test::GuiTest;
+
+TEST_F(Shell, SaveWindowAsWritesTheActiveViewAsItsWindowShowsIt) {
+    ScriptedHost host;
+    MainWindow w(home.path(), &host);
+    w.resize(1000, 700);
+    w.show();
+    w.importFile(kSample);
+    ASSERT_TRUE(w.menuAction("mnuSw")->isEnabled());
+    ASSERT_TRUE(w.toolAction(5)->isEnabled());
+    ViewWindow* view = w.viewHost().viewWindow(ViewId::Spectrum);
+    ASSERT_NE(view, nullptr);
+    QApplication::processEvents();
+
+    host.queueFile(home.file("view.bmp"), 1);
+    w.menuAction("mnuSw")->trigger();
+    QImage saved(QString::fromStdString(home.file("view.bmp")));
+    ASSERT_FALSE(saved.isNull());
+    saved = saved.convertToFormat(QImage::Format_RGB32);
+    // The window's grab is the same picture, up to where its scroll bar begins.
+    const QImage grab = view->grab().toImage().convertToFormat(QImage::Format_RGB32);
+    ASSERT_EQ(saved.width(), grab.width());
+    const int above = view->scrollBar()->isVisible() ? view->scrollBar()->y() : grab.height();
+    EXPECT_TRUE(saved.copy(0, 0, saved.width(), above) == grab.copy(0, 0, grab.width(), above));
+
+    host.queueFile(home.file("view.jpg"), 2);
+    w.toolAction(5)->trigger();
+    EXPECT_EQ(QImage(QString::fromStdString(home.file("view.jpg"))).size(), saved.size());
+    EXPECT_TRUE(host.messages.empty());
+    w.close();
+    EXPECT_FALSE(fileExists(home.file("print.bmp"))) << "the hand-over goes at exit";
+}
+
+TEST_F(Shell, FileInfoFromTheToolbarListsTheSourcesFacts) {
+    ScriptedHost host;
+    MainWindow w(home.path(), &host);
+    w.show();
+    w.importFile(kSample);
+    ASSERT_TRUE(w.menuAction("mnuFInf")->isEnabled());
+    w.toolAction(4)->trigger();
+    ASSERT_NE(w.fileInfoForm(), nullptr);
+    QListWidget* list = w.fileInfoForm()->list();
+    ASSERT_EQ(list->count(), 5);
+    EXPECT_EQ(list->item(0)->text(), "Samples/trace : 1024");
+    EXPECT_EQ(list->item(2)->text(), "Sample Rate(Hz) : 48000");
+    EXPECT_EQ(list->item(4)->text(), "Mono File");
+    w.close();
+}
+
+} // namespace
