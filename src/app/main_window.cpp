@@ -1,6 +1,7 @@
 // The main window.
 #include "app/main_window.h"
 
+#include "app/settings_form.h"
 #include "commands/commands.h"
 #include "commands/lifecycle.h"
 #include "commands/open.h"
@@ -307,6 +308,11 @@ void MainWindow::showDialogForm(const std::string& name, bool) {
         fileInfo_->load();
         fileInfo_->show();
         fileInfo_->raise();
+    }
+    if (name == "dlgSettings") {
+        SettingsForm form(wb_, run, this);
+        form.load();
+        form.exec();
     }
     if (name == "dlgPrinter") {
         PrinterForm form(wb_, views_, run, this);

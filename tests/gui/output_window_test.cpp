@@ -1,14 +1,20 @@
-// Pictures and file information from the workbench's own menus, offscreen: Save window as
-// writes the active view's window as the user sees it, and File Info lists the source's facts.
+// Pictures, file information and options from the workbench's own menus, offscreen: Save window
+// as writes the active view's window as the user sees it, File Info lists the source's facts, and
+// the options dialog's widgets reach the settings.
 #include "app/main_window.h"
+#include "app/settings_form.h"
 #include "app/view_window.h"
 #include "gui/gui_fixture.h"
 #include "platform/files.h"
 
 #include <QAction>
 #include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
 #include <QListWidget>
+#include <QPushButton>
 #include <QScrollBar>
+#include <QTimer>
 #include <gtest/gtest.h>
 
 using namespace kv;
@@ -62,6 +68,56 @@ TEST_F(Shell, FileInfoFromTheToolbarListsTheSourcesFacts) {
     EXPECT_EQ(list->item(0)->text(), "Samples/trace : 1024");
     EXPECT_EQ(list->item(2)->text(), "Sample Rate(Hz) : 48000");
     EXPECT_EQ(list->item(4)->text(), "Mono File");
+    w.close();
+}
+
+} // namespace
+
+namespace {
+
+/// Runs `act` on the options dialog once it is up (it is modal: the menu's trigger returns
+/// when it has closed).
+void onOptionsDialog(const std::function<void(SettingsForm&)>& act) {
+    QTimer::singleShot(0, [act] {
+        auto* form = qobject_cast<SettingsForm*>(QApplication::activeModalWidget());
+        ASSERT_NE(form, nullptr);
+        act(*form);
+    });
+}
+
+template <class W> W* child(QWidget& w, const char* name) {
+    return w.findChild<W*>(QString::fromLatin1(name));
+}
+
+TEST_F(Shell, TheOptionsDialogSavesWhatItsPagesSetAndCancelKeepsTheOldValues) {
+    ScriptedHost host;
+    MainWindow w(home.path(), &host);
+    w.show();
+    w.importFile(kSample);
+    ASSERT_TRUE(w.menuAction("mnuOp")->isEnabled());
+
+    onOptionsDialog([](SettingsForm& f) {
+        child<QComboBox>(f, "cmbWindow")->setCurrentIndex(6);
+        child<QCheckBox>(f, "chFasa")->setChecked(false);
+        child<QPushButton>(f, "Command1")->click();
+    });
+    w.menuAction("mnuOp")->trigger();
+    EXPECT_EQ(w.state().FFT_Window, 10) << "Cancel keeps the old window";
+    EXPECT_EQ(w.state().F_ShowGrid, 1);
+
+    onOptionsDialog([](SettingsForm& f) {
+        child<QComboBox>(f, "cmbWindow")->setCurrentIndex(6);
+        child<QCheckBox>(f, "chFasa")->setChecked(false);
+        child<QPushButton>(f, "Command3")->click();
+    });
+    w.toolAction(3)->trigger();
+    EXPECT_EQ(w.state().FFT_Window, 7);
+    EXPECT_EQ(w.state().F_ShowGrid, 0);
+    const std::string ini = test::readText(home.file("SP.ini"));
+    EXPECT_NE(ini.find("FFT_Window=7"), std::string::npos);
+    EXPECT_NE(ini.find("F_ShowGrid=0"), std::string::npos);
+    EXPECT_TRUE(w.state().SpectrumOpen);
+    EXPECT_TRUE(host.messages.empty());
     w.close();
 }
 
