@@ -120,5 +120,14 @@ TEST_F(Pictured, ThePrintDialogRemembersTheDefaultAndACancelledPdfWritesNothing)
     EXPECT_EQ(b.host.messages[0].text.rfind("The print-out could not be written", 0), 0u);
 }
 
+TEST_F(Pictured, TheQuickPrintGoesToTheDefaultPrinterWithoutTheDialog) {
+    b.host.setUserSettingValue("Printer", "Default", "Print to PDF");
+    b.host.queueFile(b.home.file("quick.pdf"), 1);
+    output::quickPrint(b.wb, views);
+    EXPECT_TRUE(fileExists(b.home.file("quick.pdf")));
+    ASSERT_EQ(b.host.dialogTitles.size(), 1u) << "only the PDF's file is asked for";
+    EXPECT_EQ(b.host.dialogTitles[0], "Print to PDF");
+}
+
 } // namespace
 } // namespace kv
