@@ -11,6 +11,8 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
 #include <QScrollBar>
@@ -117,6 +119,27 @@ TEST_F(Shell, TheOptionsDialogSavesWhatItsPagesSetAndCancelKeepsTheOldValues) {
     EXPECT_NE(ini.find("FFT_Window=7"), std::string::npos);
     EXPECT_NE(ini.find("F_ShowGrid=0"), std::string::npos);
     EXPECT_TRUE(w.state().SpectrumOpen);
+    EXPECT_TRUE(host.messages.empty());
+    w.close();
+}
+
+TEST_F(Shell, ThePrintDialogPrintsToPdfWithItsHeader) {
+    ScriptedHost host;
+    MainWindow w(home.path(), &host);
+    w.show();
+    w.importFile(kSample);
+    QTimer::singleShot(0, [&] {
+        auto* form = qobject_cast<PrinterForm*>(QApplication::activeModalWidget());
+        ASSERT_NE(form, nullptr);
+        form->cboPrinter()->setCurrentText("Print to PDF");
+        form->txtHeader()->setText("Survey line 3");
+        EXPECT_EQ(form->lblH()->text(), "Survey line 3");
+        host.queueFile(home.file("page.pdf"), 1);
+        child<QPushButton>(*form, "Command1")->click();
+        child<QPushButton>(*form, "Command2")->click();
+    });
+    w.menuAction("mnuPrint")->trigger();
+    EXPECT_GT(fileSize(home.file("page.pdf")), 1000);
     EXPECT_TRUE(host.messages.empty());
     w.close();
 }
