@@ -373,8 +373,16 @@ bool Command2_Click(Workbench& wb, SettingsFields& f) {
     st.F_LineColor = f.F_LineColor, st.F_BackColor = f.F_BackColor;
     st.F_GridColor = f.F_GridColor;
 
-    // Waterfall and palettes.
+    // Waterfall and palettes. An open waterfall becomes the other kind when the kind changes.
     st.BscanShow = f.optTime ? 1 : 0;
+    if (st.BscanShow != old.BscanShow) {
+        const ViewId was = old.BscanShow == 1 ? ViewId::Radargram : ViewId::Waterfall;
+        const ViewId now = st.BscanShow == 1 ? ViewId::Radargram : ViewId::Waterfall;
+        if (viewFlag(st, was)) {
+            wb.views.loadView(wb, now);
+            wb.views.unloadView(wb, was);
+        }
+    }
     st.pal = f.palSlots;
     if (f.palChoice > 0) {
         st.IndP = int16_t(f.palChoice);

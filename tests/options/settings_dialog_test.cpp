@@ -229,6 +229,22 @@ TEST_F(Options, AZoomedWaterfallTurnsSpanOnAndOneToOneTurnsItOff) {
     EXPECT_FALSE(b.st.SpanActive);
 }
 
+TEST_F(Options, AnOpenWaterfallBecomesTheOtherKindWithTheSetting) {
+    importWav(8 * 1024);
+    b.wb.views.loadView(b.wb, ViewId::Waterfall);
+    load();
+    f.optTime = true;
+    b.views.log.clear();
+    ok();
+    EXPECT_TRUE(b.st.RadargramOpen);
+    EXPECT_FALSE(b.st.WaterfallOpen);
+    EXPECT_TRUE(b.st.SpectrumOpen);
+    EXPECT_FALSE(b.st.TempPath.empty());
+    ASSERT_GE(b.views.log.size(), 2u);
+    EXPECT_EQ(b.views.log[0], "load Radargram");
+    EXPECT_EQ(b.views.log[1], "unload Waterfall");
+}
+
 TEST_F(Options, ThePalettePagePicksASlotAndAddsAPaletteFile) {
     load();
     EXPECT_EQ(f.palSlots[0], "1_grey.pal");
