@@ -10,6 +10,7 @@ PACKAGES=(
   libgtest-dev libgmock-dev libbenchmark-dev
   libsegyio-dev python3-segyio python3-numpy
   xvfb xauth
+  poppler-utils
 )
 
 missing=()

@@ -5,6 +5,8 @@
 #include "app/view_window.h"
 #include "commands/lifecycle.h"
 #include "commands/transport.h"
+#include "output/picture_export.h"
+#include "output/printing.h"
 #include "state/workbench.h"
 #include "views/view_table.h"
 
@@ -16,7 +18,7 @@ namespace kv {
 void AppViewHost::showDialog(Workbench& wb, const std::string& name, bool modal) {
     const CommandRunner run = runCommand ? runCommand : [](const std::function<void()>& f) { f(); };
     if (!showConditioningForm(area_->window(), wb, name, modal, run) && otherDialog)
-        otherDialog(name);
+        otherDialog(name, modal);
 }
 
 void AppViewHost::closeDialog(Workbench&, const std::string& name) {
@@ -136,6 +138,11 @@ void AppViewHost::traceChanged(Workbench& wb, ViewId v) {
 void AppViewHost::spectrumFinalDraw(Workbench& wb) {
     ModelViewHost::spectrumFinalDraw(wb);
     if (onTraceShown) onTraceShown();
+}
+
+void AppViewHost::pictureCommand(Workbench& wb, const std::string& name) {
+    if (name == "mnuSw") output::mnuSw_Click(wb, *this);
+    if (name == "QuickPrint") output::quickPrint(wb, *this);
 }
 
 } // namespace kv

@@ -33,11 +33,13 @@ class AppViewHost : public ModelViewHost {
     /// How a dialog's event runs: the main window's command runner.
     std::function<void(const std::function<void()>&)> runCommand;
     /// The dialogs the main window keeps (references, markers, text).
-    std::function<void(const std::string&)> otherDialog;
+    std::function<void(const std::string& name, bool modal)> otherDialog;
 
     /// The area changed size: views tiled by the last arrangement (Horizontal or Vertical) are
     /// tiled again to fill it; cascaded or maximised ones are left as they are.
     void retile();
+    /// Save window as and the quick print, on the active view's picture.
+    void pictureCommand(Workbench& wb, const std::string& name) override;
 
     /// The MDI sub-window of an open view.
     QMdiSubWindow* window(ViewId v) const;

@@ -5,6 +5,7 @@
 #include "app/text_dialog.h"
 #include "views/spectrum/spectrum_form.h"
 
+#include "app/settings_form.h"
 #include "app/view_window.h"
 #include "commands/commands.h"
 #include "commands/lifecycle.h"
@@ -140,7 +141,7 @@ MainWindow::MainWindow(const std::string& home, Host* host, QWidget* parent)
     views_.onViewClosed = [this] { syncFromModel(); };
     views_.onTraceShown = [this] { syncPanels(); };
     views_.runCommand = [this](const std::function<void()>& f) { runCommand(f); };
-    views_.otherDialog = [this](const std::string& name) { showDialog(name); };
+    views_.otherDialog = [this](const std::string& name, bool modal) { showDialog(name, modal); };
     setCentralWidget(mdi_);
     mdi_->viewport()->installEventFilter(this);
     mdi_->setBackground(QColor(0x78, 0x86, 0x8f));
@@ -277,7 +278,9 @@ void MainWindow::stepTrace(int delta) {
     runCommand([&] { s->setValue(s->value() + delta); });
 }
 
-void MainWindow::showDialog(const std::string& name) {
+void MainWindow::showDialog(const std::string& name, bool modal) {
+    if (name == "frmFileInfo" || name == "dlgSettings" || name == "dlgPrinter")
+        return showDialogForm(name, modal);
     if (name == "dlgText") {
         const auto v = ViewId(st_.ActiveView);
         if (ViewModel* m = views_.model(v))
@@ -401,6 +404,31 @@ void MainWindow::syncFromModel() {
             markersWindow_->refill();
     }
     syncPanels();
+}
+
+void MainWindow::showDialogForm(const std::string& name, bool) {
+    const CommandRunner run = [this](const std::function<void()>& f) { runCommand(f); };
+    if (name == "frmFileInfo") {
+        if (!fileInfo_) {
+            fileInfo_ = new FileInfoForm(wb_, run, this);
+            fileInfo_->setAttribute(Qt::WA_DeleteOnClose);
+            // Beside the spectrum view when that is open.
+            if (auto* sw = views_.window(ViewId::Spectrum))
+                fileInfo_->move(sw->mapToGlobal(QPoint(sw->width(), 0)));
+        }
+        fileInfo_->load();
+        fileInfo_->show();
+        fileInfo_->raise();
+    }
+    if (name == "dlgSettings") {
+        SettingsForm form(wb_, run, this);
+        form.load();
+        form.exec();
+    }
+    if (name == "dlgPrinter") {
+        PrinterForm form(wb_, views_, run, this);
+        if (form.load()) form.exec();
+    }
 }
 
 void MainWindow::runImport() {

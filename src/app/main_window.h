@@ -3,12 +3,14 @@
 #pragma once
 
 #include "app/app_view_host.h"
+#include "app/output_forms.h"
 #include "app/qt_host.h"
 #include "state/command_state.h"
 #include "state/program_state.h"
 #include "state/workbench.h"
 
 #include <QMainWindow>
+#include <QPointer>
 #include <functional>
 #include <map>
 
@@ -56,6 +58,8 @@ class MainWindow : public QMainWindow {
     void pressToolButton(int number) { onToolButton(number); }
     /// Copies the command model into the widgets.
     void syncFromModel();
+    /// The file-information window, once it has been shown.
+    FileInfoForm* fileInfoForm() const { return fileInfo_; }
 
   protected:
     void closeEvent(QCloseEvent* e) override;
@@ -79,6 +83,8 @@ class MainWindow : public QMainWindow {
     /// idle. A close asked for while a command ran happens when the outermost one returns.
     void runCommand(const std::function<void()>& f);
     void syncPanels();
+    /// Shows the form of the dialog `name` (the core asked for it).
+    void showDialogForm(const std::string& name, bool modal);
 
     ProgramState st_;
     CommandState cmd_;
@@ -98,7 +104,8 @@ class MainWindow : public QMainWindow {
     bool unloaded_ = false;
     MarkersWindow* markersWindow_ = nullptr;
     /// The workbench's dialogs by name (the reference dialogs, the marker table).
-    void showDialog(const std::string& name);
+    void showDialog(const std::string& name, bool modal);
+    QPointer<FileInfoForm> fileInfo_;
 };
 
 } // namespace kv

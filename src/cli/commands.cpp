@@ -11,6 +11,7 @@
 #include "engine/engine.h"
 #include "import/file_filters.h"
 #include "import/format_table.h"
+#include "options/file_info.h"
 #include "platform/files.h"
 #include "platform/home_folder.h"
 #include "platform/message_title.h"
@@ -249,7 +250,7 @@ nlohmann::json describe(const Session& s) {
     j["RangeNs"] = st.RangeNs;
     j["TimeWindowNs"] = st.TimeWindowNs;
     j["SampleBits"] = st.SampleBits;
-    j["FileInfo"] = st.SourceInfoLines;
+    j["FileInfo"] = FileInfoLines(st);
     j["caption"] = s.cmd.caption;
     nlohmann::json panels = nlohmann::json::array();
     for (int p = 1; p <= CommandState::kPanels; ++p)

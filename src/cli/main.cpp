@@ -50,13 +50,17 @@ int main(int argc, char** argv) {
 
 #ifdef KV_CLI_RENDER
     kv::cli::RenderOptions render;
-    auto* renderCmd = app.add_subcommand("render", "Draw a view as the workbench shows it, to PNG");
+    auto* renderCmd = app.add_subcommand(
+        "render", "Draw a view as the workbench shows it, to PNG, BMP, JPEG or PDF");
     addCommon(renderCmd, render.common);
     addConditioning(renderCmd, render.common);
     renderCmd->add_option("--view", render.view, "spectrum, oscope or phase")->required();
     renderCmd->add_option("--size", render.size, "Picture size WxH (default 800x600)");
     renderCmd->add_option("--trace", render.trace, "Scroll position TracePos (default 0)");
-    renderCmd->add_option("-o,--output", render.output, "Output picture (.png)")->required();
+    renderCmd
+        ->add_option("-o,--output", render.output,
+                     "Output: .png, .bmp or .jpg picture, or .pdf print-out")
+        ->required();
     renderCmd->add_option("--ref1", render.ref1,
                           "Saved reference drawn as line 1 (.pns, .pno, .pnp)");
     renderCmd->add_option("--ref2", render.ref2, "Saved reference drawn as line 2");

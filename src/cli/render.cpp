@@ -1,5 +1,9 @@
-// kelvorandine-cli render: a view as the workbench window shows it, drawn offscreen into a PNG.
+// kelvorandine-cli render: a view as the workbench window shows it, drawn offscreen into a PNG,
+// through the picture export into a BMP or JPEG, or through the print layout into a PDF.
 #include "cli/commands.h"
+#include "output/picture_export.h"
+#include "output/printing.h"
+#include "platform/files.h"
 #include "references/spectrum_refs.h"
 #include "references/time_phase_refs.h"
 #include "views/spectrum/spectrum_form.h"
@@ -37,6 +41,31 @@ std::unique_ptr<QGuiApplication> offscreenApp() {
     return std::make_unique<QGuiApplication>(argc, argv);
 }
 
+/// The output's ending in upper case; one the command cannot write is a usage error.
+std::string outputKind(const std::string& path) {
+    const std::string title = fileTitleOf(path);
+    const auto dot = title.find_last_of('.');
+    const std::string ending = dot == std::string::npos ? "" : upperAscii(title.substr(dot + 1));
+    if (ending == "PNG" || ending == "BMP" || ending == "JPG" || ending == "PDF") return ending;
+    throw UsageError("-o wants a file ending in .png, .bmp, .jpg or .pdf, got: " + path);
+}
+
+/// Writes the picture as the output's ending asks: PNG directly, BMP and JPEG the way "Save
+/// window as" does (through print.bmp, removed afterwards as the workbench removes it at exit),
+/// PDF the way a print-out to PDF does.
+bool writeOutput(Session& s, const QImage& img, const std::string& kind, const std::string& path) {
+    if (kind == "PNG") return img.save(QString::fromStdString(path), "PNG");
+    if (kind == "PDF") {
+        output::PrintJob job;
+        job.printer = output::kPdfPrinter;
+        job.pdfPath = path;
+        return output::printPicture(img, job);
+    }
+    const bool written = output::savePrintBmp(s.wb, img) && output::saveWindowAs(s.wb, path);
+    removeFileQuietly(output::printBmpPath(s.st));
+    return written;
+}
+
 } // namespace
 
 int runRender(const RenderOptions& r, const std::string& exeDir) {
@@ -44,6 +73,7 @@ int runRender(const RenderOptions& r, const std::string& exeDir) {
         throw UsageError("render draws --view spectrum, oscope or phase; not: " + r.view);
     const QSize size = parseSize(r.size);
     if (r.trace < 0) throw UsageError("--trace wants a position of 0 or more");
+    const std::string kind = outputKind(r.output);
     auto app = offscreenApp();
 
     Session s;
@@ -99,7 +129,7 @@ int runRender(const RenderOptions& r, const std::string& exeDir) {
             view->command("CreateRef");
         img = view->picture().copy(0, 0, size.width(), size.height());
     }
-    const bool written = img.save(QString::fromStdString(r.output), "PNG");
+    const bool written = writeOutput(s, img, kind, r.output);
     j = describe(s);
     j["TracePos"] = s.st.TracePos;
     j["PeakFreq"] = s.st.PeakFreq;

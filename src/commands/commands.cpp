@@ -383,6 +383,12 @@ void TB_event9(Workbench& wb, const std::string& key) {
     if (key == "Reference") openReferenceDialog(wb, "dlgRef");
     if (key == "Reference_O") openReferenceDialog(wb, "TimeRef");
     if (key == "Ref_P") openReferenceDialog(wb, "PhasaRef");
+    // Options, file information, pictures and printing: their forms and their work lie above
+    // the core.
+    if (key == "Options") wb.views.showDialog(wb, "dlgSettings", true);
+    if (key == "Info") wb.views.showDialog(wb, "frmFileInfo", false);
+    if (key == "Save as") wb.views.pictureCommand(wb, "mnuSw");
+    if (key == "Print") wb.views.pictureCommand(wb, "QuickPrint");
     wb.cmd.touch();
 }
 
@@ -482,6 +488,10 @@ bool menuCommand(Workbench& wb, const std::string& name) {
     if (name == "mnMM" && !st.MarkerMode) mnuMarkers_Click(wb);
     if (name == "mnuPopUp") ExitMarkerModue(wb);
     if (name == "mnuExM") NoMarkers(wb);
+    if (name == "mnuOp") TB_event9(wb, "Options");
+    if (name == "mnuFInf") TB_event9(wb, "Info");
+    if (name == "mnuSw") TB_event9(wb, "Save as");
+    if (name == "mnuPrint") wb.views.showDialog(wb, "dlgPrinter", true);
     if (name == "mnuCasc") wb.views.arrange(wb, 0);
     if (name == "mnuHor") wb.views.arrange(wb, 1);
     if (name == "mnuVert") wb.views.arrange(wb, 2);

@@ -71,4 +71,8 @@ void RecordingViewHost::closeDialog(Workbench&, const std::string& name) {
     log.push_back("close " + name);
 }
 
+void RecordingViewHost::pictureCommand(Workbench&, const std::string& name) {
+    log.push_back("picture " + name);
+}
+
 } // namespace kv

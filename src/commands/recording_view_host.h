@@ -32,6 +32,7 @@ class RecordingViewHost : public ViewHost {
     void viewCommand(Workbench& wb, ViewId v, const std::string& name) override;
     void showDialog(Workbench& wb, const std::string& name, bool modal) override;
     void closeDialog(Workbench& wb, const std::string& name) override;
+    void pictureCommand(Workbench& wb, const std::string& name) override;
 };
 
 } // namespace kv

@@ -185,14 +185,12 @@ const ButtonDef kButtonDefs[] = {
 // here when it arrives.
 // clang-format off
 const char* const kNotYetBuiltMenus[] = {
-    "mnuSw", "mnuPrint",                                                    // pictures
     "mnuDM", "mnuEM", "mnuExMT",                                            // marker editing
     "mnuTW",                                                                // waterfall text
-    "mnuOp", "mnuFInf", "mnuPalettet",                                      // options
+    "mnuPalettet",                                                          // palettes
     "mnuBscan",                                                             // other views
 };
 const int kNotYetBuiltButtons[] = {
-    3, 4, 5, 7,                             // pictures, options, information
     18,                                     // other views
     105,                                    // waterfall text
     104,                                    // palettes

@@ -56,6 +56,12 @@ class ViewHost {
     virtual void showDialog(Workbench&, const std::string& /*name*/, bool /*modal*/) {}
     /// Closes a modeless dialog the core has switched off (its menu entry unticked).
     virtual void closeDialog(Workbench&, const std::string& /*name*/) {}
+
+    // ---- Pictures and print-outs ------------------------------------------------------------
+    /// The active view's picture goes out: "mnuSw" saves it under a name the user gives,
+    /// "QuickPrint" prints it on the default printer. Only a host that draws views can; one
+    /// without pictures ignores it.
+    virtual void pictureCommand(Workbench&, const std::string& /*name*/) {}
 };
 
 /// The open flag of a view.

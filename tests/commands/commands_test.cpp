@@ -211,6 +211,21 @@ TEST(ToolbarKeys, HiddenOrNotYetBuiltCommandsDoNothing) {
     EXPECT_FALSE(menuCommand(b.wb, "mnuExit")) << "left to the shell";
 }
 
+TEST(ToolbarKeys, OptionsInformationPicturesAndPrintingAskTheViewHost) {
+    Loaded b;
+    b.activate(ViewId::Spectrum);
+    b.views.log.clear();
+    for (const char* m : {"mnuOp", "mnuFInf", "mnuSw", "mnuPrint"})
+        menuCommand(b.wb, m);
+    for (int n : {3, 4, 5, 7})
+        pressButton(b.wb, n);
+    EXPECT_EQ(b.views.log,
+              (std::vector<std::string>{"dialog dlgSettings modal", "dialog frmFileInfo modeless",
+                                        "picture mnuSw", "dialog dlgPrinter modal",
+                                        "dialog dlgSettings modal", "dialog frmFileInfo modeless",
+                                        "picture mnuSw", "picture QuickPrint"}));
+}
+
 TEST(ViewWindows, AViewButtonLoadsAndArrangesOrBringsForward) {
     Loaded b;
     b.views.log.clear();

@@ -27,6 +27,8 @@ SpectrumFeed feedFrom(const ProgramState& st) {
     f.PeakFreq = st.PeakFreq;
     f.MaxFreq = st.MaxFreq;
     f.BinWidth = st.BinWidth;
+    // The options dialog's waterfall zoom ("1:1" to "1:8") narrows the frequency labels too.
+    f.SpanFactor = st.WaterfallZoom > 0 ? st.WaterfallZoom : 1;
     f.SpanLowFreq = st.SpanLowFreq;
     f.SpanHighFreq = st.SpanHighFreq;
     f.LevelDb = st.LevelValue;
