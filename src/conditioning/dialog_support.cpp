@@ -35,8 +35,8 @@ void plotWholeCurve(Workbench& wb) {
 
 void referencesOff(Workbench& wb) {
     ProgramState& st = wb.st;
-    if (!st.ReferenceActive && !st.RefOn1 && !st.RefOn2) return;
-    st.ReferenceActive = st.RefOn1 = st.RefOn2 = false;
+    if (!st.RefShown && !st.RefOn1 && !st.RefOn2) return;
+    st.RefShown = st.RefOn1 = st.RefOn2 = false;
     if (st.SpectrumOpen) wb.views.redrawView(wb, ViewId::Spectrum);
 }
 

@@ -30,7 +30,7 @@ bool readFigure(std::string_view text, int unit, double& hz) {
 void redrawSpan(Workbench& wb) {
     ProgramState& st = wb.st;
     SamToWidth(st);
-    if (st.ReferenceActive) SamToWidth_Ref(st);
+    if (st.RefShown) SamToWidth_Ref(st);
     if (st.SpectrumOpen) wb.views.redrawView(wb, ViewId::Spectrum);
 }
 

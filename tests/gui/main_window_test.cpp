@@ -79,8 +79,8 @@ TEST_F(Shell, MirrorsTheCommandModelWithCommandsToComeGreyed) {
     EXPECT_EQ(w.toolAction(24)->toolTip(), "Show Grid");
     EXPECT_TRUE(w.toolAction(24)->isChecked()) << "grid on in the factory settings";
     EXPECT_TRUE(w.toolAction(53)->isVisible());
-    EXPECT_FALSE(w.toolAction(53)->isEnabled()) << "references come with a later subsystem";
-    EXPECT_FALSE(w.menuAction("mnuRef")->isEnabled());
+    EXPECT_TRUE(w.toolAction(53)->isEnabled());
+    EXPECT_FALSE(w.menuAction("mnuDM")->isEnabled()) << "deleting a marker is not offered";
     EXPECT_TRUE(w.toolAction(47)->isEnabled()) << "whitening stands ready";
     EXPECT_TRUE(w.menuAction("mnuWhite")->isEnabled());
     // A metric from the toolbar: the menu entry's tick follows the button.
