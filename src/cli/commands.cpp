@@ -223,10 +223,12 @@ nlohmann::json describe(const Session& s) {
     j["loaded"] = !st.TempPath.empty();
     if (const ImportEntry* row = formatTable().active(st)) j["format"] = row->extensions.front();
     j["Sp_Samples"] = st.Sp_Samples;
+    j["Fft_Samples"] = st.Fft_Samples;
     j["TraceCount"] = st.TraceCount;
     j["TraceLength"] = st.TraceLength;
     j["SampleRate"] = st.SampleRate;
     j["BitsPerSample"] = st.BitsPerSample;
+    j["BytesPerSample"] = st.BytesPerSample;
     j["Channels"] = st.Channels;
     j["StereoFlag"] = st.StereoFlag;
     j["FullScalePos"] = st.FullScalePos;
@@ -234,6 +236,7 @@ nlohmann::json describe(const Session& s) {
     j["SourceLength"] = st.SourceLength;
     j["WorkingFileLength"] = st.WorkingFileLength;
     j["DataStart"] = st.DataStart;
+    j["ReadPos"] = st.ReadPos;
     j["NewDS"] = st.NewDS;
     j["LastTrace"] = st.LastTrace;
     j["TraceStep"] = st.TraceStep;
@@ -374,7 +377,10 @@ int runMetrics(const CommonOptions& o, int trace, bool allTraces, const std::str
                                      {"THDN_val", st.THDN_val},
                                      {"SFDR_dB", st.SFDR_dB},
                                      {"SINAD_dB", st.SINAD_dB},
-                                     {"ENOB_bits", st.ENOB_bits}})
+                                     {"ENOB_bits", st.ENOB_bits},
+                                     {"FundPower", st.FundPower},
+                                     {"HarmPower", st.HarmPower},
+                                     {"NoisePower", st.NoisePower}})
             j[key] = number(v);
         j["captions"] = an;
         printJson(j);

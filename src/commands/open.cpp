@@ -38,6 +38,9 @@ const ImportEntry* runReader(ImportContext& ctx) {
     if (row->showVerticalBefore) st.ShowVertical = *row->showVerticalBefore;
     if (row->stereoFlagBefore) st.StereoFlag = *row->stereoFlagBefore;
     if (!row->read) throw ReadError("no reader for this format");
+    // The metrics' band follows the source's sample width: a reader that knows it sets it, the
+    // others leave 16, whatever the last import said.
+    st.SampleBits = 16;
     row->read(ctx);
     if (st.ImportFailed) return nullptr;
     if (row->yUnitAfter) st.YUnitName = row->yUnitAfter;
@@ -95,7 +98,11 @@ void openChosenFile(Workbench& wb, const FileChoice& choice) {
 
     ImportContext ctx = importContext(wb, choice.path);
     const ImportEntry* row = runReader(ctx);
-    if (!row) return;
+    if (!row) {
+        // The reader refused the file and said why: the open stops with no data set.
+        st.TempPath.clear();
+        return;
+    }
 
     // Every source without per-channel files ends with the Bits scale, whatever its row set
     // before the reader.
