@@ -157,7 +157,10 @@ TEST(StandardEntries, TheSampleWidthIsTheSourcesOrSixteenNeverTheLastImports) {
     ASSERT_TRUE(b.loaded());
     EXPECT_EQ(b.st.SampleBits, 32);
     // A CSV column has no width of its own.
-    b.open(std::vector<uint8_t>{'1', '\n', '2', '\n', '3', '\n'}, "column.csv", "");
+    std::string csv = "Time,Volt\n";
+    for (int i = 0; i < 16; ++i)
+        csv += "0.00" + std::to_string(i) + "," + std::to_string(i - 5) + ",\n";
+    b.open(std::vector<uint8_t>(csv.begin(), csv.end()), "column.csv", "");
     ASSERT_TRUE(b.loaded());
     EXPECT_EQ(b.st.SampleBits, 16);
 }
