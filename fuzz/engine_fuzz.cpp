@@ -4,16 +4,14 @@
 // it to pixels and computing the read-outs must end without a crash, and no read-out may show a
 // NaN or an infinity.
 #include "engine/engine.h"
+#include "platform/trace_store.h"
 #include "state/program_state.h"
 
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <string>
-#include <unistd.h>
 
 namespace {
 
@@ -36,9 +34,11 @@ struct Input {
 };
 
 const std::string& workingFile() {
-    static const std::string p =
-        (std::filesystem::temp_directory_path() / ("kv-fuzz-engine-" + std::to_string(::getpid())))
-            .string();
+    // The working file is kept in memory: no execution touches the disk.
+    static const std::string p = [] {
+        kv::useMemoryTraceStore(size_t(64) << 20);
+        return std::string("/kv-fuzz-engine/temp.sp");
+    }();
     return p;
 }
 
@@ -85,8 +85,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     st.ShowSNR = st.ShowTHD = st.ShowSINAD = st.ShowSFDR = st.ShowENOB = st.ShowTHDN = true;
 
     {
-        std::ofstream f(workingFile(), std::ios::binary | std::ios::trunc);
-        f.write(reinterpret_cast<const char*>(in.p), std::streamsize(in.n));
+        kv::TraceFileWriter f;
+        f.open(workingFile());
+        if (in.n) f.writeBytes(1, in.p, in.n);
     }
     st.TempPath = st.ActiveTracePath = workingFile();
     st.TraceBuf.assign(size_t(n) + 1, 0.0f);

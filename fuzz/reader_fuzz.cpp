@@ -1,26 +1,29 @@
 // libFuzzer harness for one reader: the input is the recording, fed from memory, imported
-// through the Import command in a scratch home. The format is chosen at build time by the file
-// extension (KV_FUZZ_EXT) and, for .sgy/.sg2, the import dialog entry (KV_FUZZ_FILTER).
+// through the Import command. The format is chosen at build time by the file extension
+// (KV_FUZZ_EXT) and, for .sgy/.sg2, the import dialog entry (KV_FUZZ_FILTER).
 // Formats with a companion header file (.rad, .HD, .hdr) get the input split at its first
 // "\n--\n": what comes after is the companion's bytes.
+//
+// Nothing an execution does touches the disk: the working files are kept in memory, and the
+// settings are read once, at start-up, into a state every execution starts from a copy of.
+#include "commands/export.h"
 #include "commands/lifecycle.h"
 #include "commands/open.h"
 #include "commands/recording_view_host.h"
 #include "import/file_filters.h"
 #include "import/reader.h"
 #include "platform/scripted_host.h"
+#include "platform/trace_store.h"
 #include "state/settings.h"
 #include "state/workbench.h"
 
-#include "commands/export.h"
-
-#include <csignal>
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <string>
-#include <sys/resource.h>
+#include <unistd.h>
 #include <vector>
 
 #ifndef KV_FUZZ_FILTER
@@ -36,24 +39,47 @@ std::unique_ptr<kv::ByteSource> feedFromMemory(const std::string& path) {
     return std::make_unique<kv::MemoryByteSource>(path == gSource ? gMain : gCompanion);
 }
 
-const std::string& home() {
-    static const std::string h = [] {
-        auto p = std::filesystem::temp_directory_path() /
-                 ("kv-fuzz-" + std::string(KV_FUZZ_EXT) + "-" + std::to_string(::getpid()));
-        std::filesystem::create_directories(p);
-        std::ofstream(p / "SP.ini") << kv::factorySettingsText();
-        // A header may claim far more traces than the input holds; the missing ones are written
-        // as zeros. Bound the working file so that such an input fails its write instead of
-        // filling the disk (the reader's write failure is handled like any other).
-        std::signal(SIGXFSZ, SIG_IGN);
-        rlimit fsize{8u << 20, 8u << 20};
-        setrlimit(RLIMIT_FSIZE, &fsize);
-        return p.string();
+// A header may claim far more traces than the input holds; the missing ones are written as
+// zeros. A working file may grow to 8 MiB: past that the write fails as on a full disk.
+constexpr size_t kWorkingFileLimit = size_t(8) << 20;
+
+/// The state after the start sequence, made once.
+struct Started {
+    kv::ProgramState st;
+    kv::CommandState cmd;
+};
+
+Started& started() {
+    static Started s = [] {
+        Started s;
+        // The start sequence moves the current folder to the home; corpus paths given on the
+        // command line are relative to where the fuzzer was started, so the folder goes back.
+        const auto here = std::filesystem::current_path();
+        const auto home =
+            std::filesystem::temp_directory_path() /
+            ("kv-fuzz-" + std::string(KV_FUZZ_EXT) + "-" + std::to_string(::getpid()));
+        std::filesystem::create_directories(home);
+        std::ofstream(home / "SP.ini") << kv::factorySettingsText();
+        s.st.AppPath = home.string();
+        kv::ScriptedHost host;
+        kv::RecordingViewHost views;
+        kv::Workbench wb{s.st, s.cmd, host, views};
+        kv::MDIForm_Load(wb);
+        std::filesystem::current_path(here);
+        std::filesystem::remove_all(home);
+        gSource = s.st.AppPath + "/input." KV_FUZZ_EXT;
+        kv::useMemoryTraceStore(kWorkingFileLimit);
+        return s;
     }();
-    return h;
+    return s;
 }
 
 } // namespace
+
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+    started();
+    return 0;
+}
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     static const char sep[] = "\n--\n";
@@ -66,27 +92,24 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         gMain.assign(data, data + size);
         gCompanion.clear();
     }
-    // Keep fuzzing inputs to sizes a reader turns into a few thousand traces at most.
-    kv::ProgramState st;
-    kv::CommandState cmd;
+    kv::ProgramState st = started().st;
+    kv::CommandState cmd = started().cmd;
     kv::ScriptedHost host;
     kv::RecordingViewHost views;
     kv::Workbench wb{st, cmd, host, views, feedFromMemory};
-    st.AppPath = home();
-    kv::MDIForm_Load(wb);
-    gSource = home() + "/input." KV_FUZZ_EXT;
     host.queueFile(gSource, kv::chosenFilterIndex(st.Fil, gSource, KV_FUZZ_FILTER).value_or(1));
     // A header may promise tens of thousands of long traces of zeros past the end of a small
-    // input: the first 64 show whether the reader holds up, the rest would only fill the disk.
+    // input: the first 64 show whether the reader holds up, the rest would only take time.
     host.cancelProgressAt(64);
 #ifdef KV_FUZZ_PROJECT
-    // Project files are opened by their own command, from disk. Traces longer than any reader
-    // makes (2^16) are legal but only slow the spectrum of the first trace down: skip them.
+    // Traces longer than any reader makes (2^16) are legal but only slow the spectrum of the
+    // first trace down: skip them. A short header reads as zeros past its end, as the open
+    // reads it.
+    uint8_t header[23] = {};
+    std::memcpy(header, data, std::min(size, sizeof header));
     int32_t traceLength = 0;
-    if (size >= 23) std::memcpy(&traceLength, data + 19, 4);
+    std::memcpy(&traceLength, header + 19, 4);
     if (traceLength > 65536) return 0;
-    std::ofstream(gSource, std::ios::binary | std::ios::trunc)
-        .write(reinterpret_cast<const char*>(data), std::streamsize(size));
     kv::mnuOimp_Click(wb);
 #else
     kv::mnuOpen_Click(wb);

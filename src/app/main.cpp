@@ -74,6 +74,8 @@ int main(int argc, char** argv) {
     }
 
     kv::MainWindow w(home.toStdString());
+    // A second workbench on the same home would overwrite the first one's working file.
+    if (!w.claimHome()) return 1;
     w.show();
     if (!files.isEmpty()) {
         const int index = filter ? kv::filterIndexOf(w.state().Fil, *filter) : 0;

@@ -441,6 +441,10 @@ void MainWindow::importFile(const std::string& path, int filterIndex) {
     runCommand([&] { kv::importFile(wb_, path, filterIndex); });
 }
 
+bool MainWindow::claimHome() {
+    return kv::claimHome(wb_, homeLock_);
+}
+
 void MainWindow::closeEvent(QCloseEvent* e) {
     if (commandDepth_ > 0) {
         // A loop is running: stop it, and close once it has let go.

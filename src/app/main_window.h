@@ -5,6 +5,7 @@
 #include "app/app_view_host.h"
 #include "app/output_forms.h"
 #include "app/qt_host.h"
+#include "platform/work_folder.h"
 #include "state/command_state.h"
 #include "state/program_state.h"
 #include "state/workbench.h"
@@ -52,6 +53,9 @@ class MainWindow : public QMainWindow {
     /// Imports `path` as if the user had picked it in the Import dialog (with the filter entry
     /// `filterIndex`, 0 for the first entry matching the file's extension).
     void importFile(const std::string& path, int filterIndex = 0);
+    /// Takes the home folder's lock for this workbench; false (the user told why) when another
+    /// workbench has it, and then this one must close.
+    bool claimHome();
     /// Runs the Import command with the dialog.
     void runImport();
     /// Clicks toolbar button `number` as the user would.
@@ -92,6 +96,7 @@ class MainWindow : public QMainWindow {
     QMdiArea* mdi_;
     AppViewHost views_;
     Workbench wb_;
+    HomeLock homeLock_;
     std::map<std::string, QAction*> menuActions_;
     std::map<std::string, QMenu*> popups_;
     std::map<int, QAction*> toolActions_;

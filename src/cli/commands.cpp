@@ -190,6 +190,24 @@ bool openForWork(Session& s, const CommonOptions& o, const std::string& exeDir, 
     return loaded;
 }
 
+static void useScratchFolder(Session& s) {
+    // Settings come from the home; the working files go to a folder of this run's own, so that
+    // runs side by side on one home never see each other's. Folders of runs that were killed
+    // are cleared away first. A home that cannot be written gets it in the system's folder for
+    // temporary files.
+    std::error_code ec;
+    for (const std::string& parent :
+         {s.st.AppPath, std::filesystem::temp_directory_path(ec).string()}) {
+        if (parent.empty()) continue;
+        sweepScratchFolders(parent);
+        if (s.scratch.make(parent)) break;
+    }
+    s.st.WorkPath = s.scratch.path();
+    if (s.st.WorkPath.empty()) return;
+    static const char* const names[] = {"temp.sp", "temp_l.sp", "temp_r.sp", "span.sp", "test.bmp"};
+    removeOnSignals(s.st.WorkPath, names, int(std::size(names)));
+}
+
 bool openSession(Session& s, const CommonOptions& o, const std::string& exeDir) {
     std::error_code ec;
     // Resolve the file before the start sequence moves the current folder to the home folder.
@@ -199,6 +217,7 @@ bool openSession(Session& s, const CommonOptions& o, const std::string& exeDir) 
     if (!std::filesystem::is_directory(s.st.AppPath, ec))
         throw UsageError("home folder not found: " + s.st.AppPath);
     applySets(s.st, o.sets);
+    useScratchFolder(s);
     s.host.echo = [](const ShownMessage& m) { std::cerr << m.title << ": " << m.text << "\n"; };
     MDIForm_Load(s.wb);
 
@@ -227,10 +246,12 @@ nlohmann::json describe(const Session& s) {
     j["loaded"] = !st.TempPath.empty();
     if (const ImportEntry* row = formatTable().active(st)) j["format"] = row->extensions.front();
     j["Sp_Samples"] = st.Sp_Samples;
+    j["Fft_Samples"] = st.Fft_Samples;
     j["TraceCount"] = st.TraceCount;
     j["TraceLength"] = st.TraceLength;
     j["SampleRate"] = st.SampleRate;
     j["BitsPerSample"] = st.BitsPerSample;
+    j["BytesPerSample"] = st.BytesPerSample;
     j["Channels"] = st.Channels;
     j["StereoFlag"] = st.StereoFlag;
     j["FullScalePos"] = st.FullScalePos;
@@ -238,6 +259,7 @@ nlohmann::json describe(const Session& s) {
     j["SourceLength"] = st.SourceLength;
     j["WorkingFileLength"] = st.WorkingFileLength;
     j["DataStart"] = st.DataStart;
+    j["ReadPos"] = st.ReadPos;
     j["NewDS"] = st.NewDS;
     j["LastTrace"] = st.LastTrace;
     j["TraceStep"] = st.TraceStep;
@@ -281,15 +303,18 @@ int runConvert(const CommonOptions& o, const std::string& out, const std::string
     if (!openForWork(s, o, exeDir, j)) return kExitNoData;
     std::error_code ec;
     if (ext == "SP") {
-        std::filesystem::copy_file(s.st.ActiveTracePath, out,
+        ReplacingFile file(out);
+        std::filesystem::copy_file(s.st.ActiveTracePath, file.path(),
                                    std::filesystem::copy_options::overwrite_existing, ec);
+        if (!ec && !file.commit()) ec = std::make_error_code(std::errc::io_error);
     } else if (ext == "KVD") {
         // The Export command's writers, as the workbench runs them.
         if (catchInputFailure([&] { ProjectWrite(s.wb, out); }) != Failure::None)
             ec = std::make_error_code(std::errc::io_error);
     } else {
-        DztWrite(s.wb, out); // passes over every failure, as in the workbench
-        if (!fileExists(out)) ec = std::make_error_code(std::errc::io_error);
+        // Passes over every failure, as in the workbench; the target is replaced only when the
+        // whole file could be written.
+        if (!DztWrite(s.wb, out)) ec = std::make_error_code(std::errc::io_error);
     }
     j["output"] = out;
     j["written"] = !ec;
@@ -423,7 +448,10 @@ int runMetrics(const CommonOptions& o, int trace, bool allTraces, const std::str
                                      {"THDN_val", st.THDN_val},
                                      {"SFDR_dB", st.SFDR_dB},
                                      {"SINAD_dB", st.SINAD_dB},
-                                     {"ENOB_bits", st.ENOB_bits}})
+                                     {"ENOB_bits", st.ENOB_bits},
+                                     {"FundPower", st.FundPower},
+                                     {"HarmPower", st.HarmPower},
+                                     {"NoisePower", st.NoisePower}})
             j[key] = number(v);
         j["captions"] = an;
         printJson(j);

@@ -4,6 +4,7 @@
 
 #include "commands/recording_view_host.h"
 #include "platform/scripted_host.h"
+#include "platform/work_folder.h"
 #include "state/command_state.h"
 #include "state/program_state.h"
 #include "state/view_host.h"
@@ -40,6 +41,8 @@ inline constexpr int kExitNoData = 1;
 inline constexpr int kExitUsage = 2;
 
 struct Session {
+    /// The run's own working files, removed with it (declared first, so it goes last).
+    ScratchFolder scratch;
     ProgramState st;
     CommandState cmd;
     CliHost host;

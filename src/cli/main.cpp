@@ -2,6 +2,7 @@
 #include "cli/commands.h"
 #include "platform/message_title.h"
 #include "platform/read_error.h"
+#include "platform/trace_store.h"
 
 #include <CLI/CLI.hpp>
 #include <filesystem>
@@ -139,6 +140,8 @@ int main(int argc, char** argv) {
     } catch (const kv::cli::UsageError& e) {
         std::cerr << "kelvorandine-cli: " << e.what() << "\n";
         return kv::cli::kExitUsage;
+    } catch (const kv::WriteError& e) {
+        why = e.what();
     }
     std::cerr << "kelvorandine-cli: " << why << "\n";
     return kv::cli::kExitNoData;

@@ -3,6 +3,7 @@
 // two bytes behind the header exactly where our own DZT import looks for them.
 #include "commands/export.h"
 
+#include "platform/files.h"
 #include "platform/numeric.h"
 #include "platform/read_error.h"
 #include "platform/trace_store.h"
@@ -25,22 +26,38 @@ std::optional<int32_t> roundedInt32(double x) {
     return static_cast<int32_t>(r);
 }
 
-/// Writes quietly: the export goes on whatever the target does.
+/// Writes quietly: the export goes on whatever the target does. The bytes go to a file beside
+/// the target that starts as a copy of it, renamed over it at the end, so that a kill half-way
+/// leaves the old file; a write that failed leaves it too.
 struct QuietFile {
+    ReplacingFile replacement;
     TraceFileWriter f;
     bool ok = false;
-    explicit QuietFile(const std::string& path) {
+    explicit QuietFile(const std::string& path) : replacement(path, true) {
         try {
-            f.open(path, true);
+            f.open(replacement.path(), true);
             ok = true;
-        } catch (const ReadError&) {
+        } catch (const WriteError&) {
+        } catch (const ReadError&) { // no scratch file could be made
         }
     }
     void put(int64_t pos1, const void* data, size_t n) {
         if (!ok) return;
         try {
             f.writeBytes(pos1, data, n);
+        } catch (const WriteError&) {
+            ok = false;
         } catch (const ReadError&) {
+        }
+    }
+    bool finish() {
+        if (!ok) return false;
+        try {
+            f.length();
+            f.close();
+            return replacement.commit();
+        } catch (const WriteError&) {
+            return false;
         }
     }
     void i16(int64_t pos1, double v) {
@@ -52,7 +69,7 @@ struct QuietFile {
 
 } // namespace
 
-void DztWrite(Workbench& wb, const std::string& target) {
+bool DztWrite(Workbench& wb, const std::string& target) {
     ProgramState& st = wb.st;
     auto progress = wb.host.progress(target, st.TraceCount);
     if (progress) progress->setValue(0);
@@ -108,6 +125,7 @@ void DztWrite(Workbench& wb, const std::string& target) {
         if (progress) progress->setValue(k);
     }
     if (st.TraceCount > 0) out.put(pos, &bytes[bytes.size() - 2], 2);
+    return out.finish();
 }
 
 } // namespace kv

@@ -21,8 +21,10 @@ inline constexpr const char* kProjectFilter = "Kelvorandine File(*.kvd)|*.kvd|";
 void ExportFile(Workbench& wb);
 
 /// Writes TempPath as a GSSI-compatible 16-bit file. The target is not truncated, and every
-/// failure is passed over statement by statement: the writer never fails.
-void DztWrite(Workbench& wb, const std::string& target);
+/// failure is passed over statement by statement: the writer never fails. The bytes go to a
+/// file beside the target, renamed over it once all were written; true when that happened,
+/// false when the target was left as it was.
+bool DztWrite(Workbench& wb, const std::string& target);
 
 /// Writes TempPath with the project header. The target is not truncated. Throws ReadError when
 /// the target cannot be written.

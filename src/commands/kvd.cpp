@@ -16,6 +16,8 @@
 
 namespace kv {
 
+static void writeProject(Workbench& wb, const std::string& path, const std::string& target);
+
 namespace {
 
 // The header's text value: type tag 8 (text), its length, and the name in the 8-bit code page
@@ -30,9 +32,23 @@ template <typename T> void putAt(TraceFileWriter& f, int64_t pos1, T value) {
 } // namespace
 
 void ProjectWrite(Workbench& wb, const std::string& target) {
+    // Written beside the target and renamed over it: a kill or a full disk half-way leaves the
+    // old file. The new one starts as a copy of the old, which keeps a longer old file's tail.
+    ReplacingFile file(target, true);
+    if (file.path().empty()) throw ReadError("cannot write " + target);
+    try {
+        writeProject(wb, file.path(), target);
+    } catch (const WriteError& e) {
+        throw ReadError(e.what());
+    }
+    if (!file.commit()) throw ReadError("cannot write " + target);
+}
+
+/// The project file written at `path`; `target` names it in the progress window.
+static void writeProject(Workbench& wb, const std::string& path, const std::string& target) {
     ProgramState& st = wb.st;
     TraceFileWriter out;
-    out.open(target, true);
+    out.open(path, true);
     putAt<int16_t>(out, 1, 8);
     putAt<int16_t>(out, 3, 13);
     out.writeBytes(5, kProjectName, 13);
@@ -56,6 +72,7 @@ void ProjectWrite(Workbench& wb, const std::string& target) {
         if (progress) progress->setValue(k);
     }
     if (st.TraceCount > 0) out.write(kTracesPos + n * 4 * st.TraceCount, &trace[size_t(n)], 1);
+    out.length(); // the last bytes reach the file, or the write fails here
     out.close();
 }
 
@@ -67,7 +84,9 @@ void openProjectFile(Workbench& wb, const std::string& path, const std::string& 
     st.FileTitle = title;
     st.ActiveTracePath = st.TempPath;
 
-    FileByteSource src(path);
+    // Through the workbench's opener, as the readers get their bytes.
+    const std::unique_ptr<ByteSource> source = wb.openSource(path);
+    const ByteSource& src = *source;
     // The text at the head of the file is not looked at.
     st.Sp_Samples = src.i32le(19);
     st.TraceCount = src.i32le(29);

@@ -5,9 +5,11 @@
 #include "conditioning/conditioning_hooks.h"
 #include "engine/engine.h"
 #include "platform/files.h"
+#include "platform/message_title.h"
 #include "platform/numeric.h"
 #include "platform/read_error.h"
 #include "platform/trace_store.h"
+#include "platform/work_folder.h"
 #include "state/settings.h"
 #include "state/workbench.h"
 
@@ -44,7 +46,7 @@ void MDIForm_Load(Workbench& wb) {
         cmd.enable(m, false);
     cmd.showButtons(4, CommandState::kButtons, false);
     st.TempPath.clear();
-    touchFile(joinPath(st.AppPath, "temp.sp"));
+    touchFile(joinPath(workingFolder(st), "temp.sp"));
     st.DrSet = 1;
     st.AnalysOnFFT = false;
     st.ShowTHD = st.ShowTHDN = st.ShowSFDR = st.ShowSINAD = st.ShowSNR = st.ShowENOB = false;
@@ -57,9 +59,20 @@ void MDIForm_Load(Workbench& wb) {
 }
 
 void MDIForm_Unload(Workbench& wb) {
-    removeFileQuietly(joinPath(wb.st.AppPath, "temp.sp"));
+    removeFileQuietly(joinPath(workingFolder(wb.st), "temp.sp"));
     removeFileQuietly(joinPath(wb.st.AppPath, "print.bmp"));
     NoMarkers(wb);
+}
+
+bool claimHome(Workbench& wb, HomeLock& lock) {
+    const int holder = lock.acquire(wb.st.AppPath);
+    if (holder == 0 || holder == -1) return true;
+    std::string who = "Another Kelvorandine workbench";
+    if (holder > 0) who += " (process " + std::to_string(holder) + ")";
+    wb.host.message(who + " is using the home folder " + wb.st.AppPath +
+                        ". Close it first, or start this one with another home folder (--home).",
+                    kMessageTitle, MsgIcon::Critical);
+    return false;
 }
 
 void BigFile(ProgramState& st) {

@@ -8,6 +8,8 @@
 
 namespace kv {
 
+class HomeLock;
+
 struct Workbench;
 struct ProgramState;
 
@@ -18,6 +20,11 @@ void applyStartConstants(ProgramState& st);
 void MDIForm_Load(Workbench& wb);
 /// Exit: deletes temp.sp and print.bmp (failures ignored). temp_l.sp and temp_r.sp stay.
 void MDIForm_Unload(Workbench& wb);
+/// Claims the home folder for this workbench through `lock`, so that two workbenches never
+/// share its working files. When another workbench holds it, says so through the host (naming
+/// the folder and that workbench's process) and returns false: this one must not go on. A home
+/// where no lock file can be made is not locked.
+bool claimHome(Workbench& wb, HomeLock& lock);
 
 /// How a scroll position maps to a trace: LastTrace, TraceStep, ScrollStride; TracePos to 0.
 void BigFile(ProgramState& st);

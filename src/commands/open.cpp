@@ -10,9 +10,11 @@
 #include "platform/files.h"
 #include "platform/message_title.h"
 #include "platform/read_error.h"
+#include "platform/trace_store.h"
 #include "state/workbench.h"
 
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 
@@ -38,6 +40,9 @@ const ImportEntry* runReader(ImportContext& ctx) {
     if (row->showVerticalBefore) st.ShowVertical = *row->showVerticalBefore;
     if (row->stereoFlagBefore) st.StereoFlag = *row->stereoFlagBefore;
     if (!row->read) throw ReadError("no reader for this format");
+    // The metrics' band follows the source's sample width: a reader that knows it sets it, the
+    // others leave 16, whatever the last import said.
+    st.SampleBits = 16;
     row->read(ctx);
     if (st.ImportFailed) return nullptr;
     if (row->yUnitAfter) st.YUnitName = row->yUnitAfter;
@@ -95,7 +100,11 @@ void openChosenFile(Workbench& wb, const FileChoice& choice) {
 
     ImportContext ctx = importContext(wb, choice.path);
     const ImportEntry* row = runReader(ctx);
-    if (!row) return;
+    if (!row) {
+        // The reader refused the file and said why: the open stops with no data set.
+        st.TempPath.clear();
+        return;
+    }
 
     // Every source without per-channel files ends with the Bits scale, whatever its row set
     // before the reader.
@@ -153,13 +162,13 @@ void showDataSet(Workbench& wb) {
 
 void deleteWorkingFiles(const ProgramState& st) {
     for (const char* name : {"temp.sp", "temp_l.sp", "temp_r.sp", "test.bmp", "span.sp"})
-        KillWorkingFile(joinPath(st.AppPath, name));
+        KillWorkingFile(joinPath(workingFolder(st), name));
 }
 
 void setWorkingPaths(ProgramState& st) {
-    st.TempPath = joinPath(st.AppPath, "temp.sp");
-    st.TempLeftPath = joinPath(st.AppPath, "temp_l.sp");
-    st.TempRightPath = joinPath(st.AppPath, "temp_r.sp");
+    st.TempPath = joinPath(workingFolder(st), "temp.sp");
+    st.TempLeftPath = joinPath(workingFolder(st), "temp_l.sp");
+    st.TempRightPath = joinPath(workingFolder(st), "temp_r.sp");
 }
 
 void closeBeforeOpen(Workbench& wb, bool project) {
@@ -181,8 +190,24 @@ void closeBeforeOpen(Workbench& wb, bool project) {
     CloseDataSet(wb);
 }
 
+std::string workingFileProblem(const WriteError& e) {
+    const std::string folder = folderOf(e.path);
+    return "The working file could not be written in " + (folder.empty() ? "." : folder) + ": " +
+           std::strerror(e.error) + ". The import was stopped.";
+}
+
 bool abandonOnFailure(Workbench& wb, const std::function<void()>& body) {
-    const Failure how = catchInputFailure(body);
+    Failure how = Failure::None;
+    try {
+        how = catchInputFailure(body);
+    } catch (const WriteError& e) {
+        // The disk is full or the folder cannot be written: say where, and leave no part of a
+        // working file taking the room.
+        wb.host.message(workingFileProblem(e), kMessageTitle, MsgIcon::Critical);
+        deleteWorkingFiles(wb.st);
+        abandonDataSet(wb);
+        return false;
+    }
     if (how == Failure::None) return true;
     // A failed read has no message of its own here; memory that ran out has.
     if (how == Failure::Memory) wb.host.message(kOutOfMemoryText, kMessageTitle, MsgIcon::Critical);

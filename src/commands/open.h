@@ -11,6 +11,7 @@ struct Workbench;
 struct ProgramState;
 struct ImportContext;
 struct FileChoice;
+struct WriteError;
 class Host;
 
 /// Where the per-user setting of the last import folder lives (outside SP.ini).
@@ -37,7 +38,11 @@ bool isProjectFile(const std::string& path);
 /// Runs an open or a re-read. When the file fails the read (see catchInputFailure) the data set
 /// is abandoned without a message, or with kOutOfMemoryText when memory ran out; the result is
 /// then false. A fault in the program passes through.
+/// A working file that cannot be written (WriteError) shows workingFileProblem's message and
+/// removes the working files written so far.
 bool abandonOnFailure(Workbench& wb, const std::function<void()>& body);
+/// The message for a working file that could not be written: it names the folder and why.
+std::string workingFileProblem(const WriteError& e);
 /// Shows the open dialog with `filter` and `title`, starting in `folder` (empty: wherever the
 /// host chooses), and runs `open` on the chosen file under abandonOnFailure. Cancel leaves no
 /// data set and shows nothing.
@@ -64,9 +69,9 @@ void checkTraceLength(const ProgramState& st);
 /// file cannot be read or the trace length cannot be taken.
 void showDataSet(Workbench& wb);
 
-/// Deletes temp.sp, temp_l.sp, temp_r.sp, test.bmp and span.sp in the home folder.
+/// Deletes temp.sp, temp_l.sp, temp_r.sp, test.bmp and span.sp in the working folder.
 void deleteWorkingFiles(const ProgramState& st);
-/// Sets TempPath, TempLeftPath, TempRightPath to their files in the home folder.
+/// Sets TempPath, TempLeftPath, TempRightPath to their files in the working folder.
 void setWorkingPaths(ProgramState& st);
 /// ChNewDS's re-read of the open format (the rows marked for it: WAV, SHT, DAT, CSV, DZT), after
 /// which the views read temp.sp unless the format keeps a file per channel. Throws ReadError.

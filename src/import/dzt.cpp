@@ -20,6 +20,7 @@ DztLayout DztHeader(ImportContext& ctx, const ByteSource& src) {
     // Bits come first: the trace count below needs BytesPerSample. Depths other than 8 and 16
     // set neither the data start nor the sample width, so those keep the last import's values.
     st.BitsPerSample = src.i16le(6);
+    if (st.BitsPerSample == 8 || st.BitsPerSample == 16) st.SampleBits = st.BitsPerSample;
     if (st.BitsPerSample == 8) {
         st.BytesPerSample = 1;
         st.DataStart = 1025;

@@ -149,6 +149,7 @@ void readDzt(ImportContext& ctx) {
                              " samples cannot be thinned by " + std::to_string(ds) + ".");
 
     st.BitsPerSample = int16_t(h.bits);
+    st.SampleBits = st.BitsPerSample;
     st.BytesPerSample = sampleBytes(h.coding);
     st.Channels = int16_t(std::min<int>(h.channels, INT16_MAX));
     st.StereoFlag = 0;

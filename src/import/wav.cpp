@@ -21,6 +21,7 @@ struct WavLayout {
 WavLayout WavHeader(ImportContext& ctx, const ByteSource& src) {
     ProgramState& st = ctx.st;
     st.BitsPerSample = src.i16le(34);
+    if (st.BitsPerSample == 8 || st.BitsPerSample == 16) st.SampleBits = st.BitsPerSample;
     st.Channels = src.i16le(22);
     if (st.Channels == 1) st.StereoFlag = 0;
     if (st.Channels > 1) st.StereoFlag = 1;

@@ -291,6 +291,7 @@ void readWav(ImportContext& ctx) {
     st.Channels = int16_t(w.channels);
     st.StereoFlag = 0;
     st.BitsPerSample = int16_t(w.bits);
+    st.SampleBits = st.BitsPerSample;
     st.BytesPerSample = sampleBytes(w.coding);
     st.SampleRate = double(w.rate);
     st.ScansPerSecond = 0;

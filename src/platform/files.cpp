@@ -2,11 +2,14 @@
 #include "platform/files.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cctype>
 #include <cerrno>
 #include <cstdio>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
 
@@ -102,26 +105,75 @@ std::string findCompanion(const std::string& wanted) {
     return wanted;
 }
 
+ReplacingFile::ReplacingFile(std::string destination, bool startFromOld)
+    : destination_(std::move(destination)) {
+    // Hidden and named for this process, so that two runs writing one destination never share
+    // a scratch file; the counter keeps two replacements of one process apart.
+    static std::atomic<unsigned> counter{0};
+    const std::string folder = folderOf(destination_);
+    const std::string name = "." + fileTitleOf(destination_) + "." + std::to_string(::getpid()) +
+                             "." + std::to_string(counter++) + ".part";
+    const std::string scratch = joinPath(folder, name);
+    const int fd = ::open(scratch.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (fd < 0) return;
+    struct stat old;
+    const bool hadOld = ::stat(destination_.c_str(), &old) == 0 && S_ISREG(old.st_mode);
+    // The new file keeps the permissions of the one it replaces.
+    if (hadOld) (void)::fchmod(fd, old.st_mode & 07777);
+    ::close(fd);
+    scratch_ = scratch;
+    if (startFromOld && hadOld) {
+        std::error_code ec;
+        fs::copy_file(destination_, scratch_, fs::copy_options::overwrite_existing, ec);
+        if (ec) discard();
+    }
+}
+
+ReplacingFile::~ReplacingFile() {
+    discard();
+}
+
+void ReplacingFile::discard() {
+    removeFileQuietly(scratch_);
+    scratch_.clear();
+}
+
+bool ReplacingFile::commit() {
+    if (scratch_.empty()) return false;
+    // On the disk before the rename, so that a machine that stops right after it still finds
+    // the whole new file under the name.
+    bool ok = false;
+    if (const int fd = ::open(scratch_.c_str(), O_RDONLY | O_CLOEXEC); fd >= 0) {
+        ok = ::fsync(fd) == 0;
+        ::close(fd);
+    }
+    ok = ok && ::rename(scratch_.c_str(), destination_.c_str()) == 0;
+    if (ok) {
+        scratch_.clear();
+        // The rename itself is on the disk once the folder is.
+        const std::string folder = folderOf(destination_);
+        if (const int dfd =
+                ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+            dfd >= 0) {
+            (void)::fsync(dfd);
+            ::close(dfd);
+        }
+        return true;
+    }
+    discard();
+    return false;
+}
+
 bool writeFileAtomically(const std::string& path, const std::string& bytes) {
-    std::string tmp = path + ".tmp";
+    ReplacingFile out(path);
+    if (out.path().empty()) return false;
     {
-        std::ofstream f(tmp, std::ios::binary | std::ios::trunc);
-        if (!f) return false;
+        std::ofstream f(out.path(), std::ios::binary | std::ios::trunc);
         f.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
         f.flush();
-        if (!f) {
-            f.close();
-            removeFileQuietly(tmp);
-            return false;
-        }
+        if (!f) return false;
     }
-    std::error_code ec;
-    fs::rename(tmp, path, ec);
-    if (ec) {
-        removeFileQuietly(tmp);
-        return false;
-    }
-    return true;
+    return out.commit();
 }
 
 } // namespace kv

@@ -42,8 +42,37 @@ std::string findCompanion(const std::string& wanted);
 /// (or past its end): they read as zeros without being read. False when the system cannot tell.
 bool isHole(int fd, int64_t offset, int64_t n);
 
-/// Writes `bytes` to `path` through a sibling temporary file renamed over it, so that a failure
-/// half-way never leaves a broken file behind. Returns false when the file could not be written.
+/// A file the user asked for, written beside its destination and renamed over it once complete,
+/// so that a kill, a crash or a full disk half-way leaves either the old file or the whole new
+/// one, never a part. Write to path(), then commit(); a replacement that is not committed is
+/// removed when it goes out of scope.
+class ReplacingFile {
+  public:
+    /// Makes the scratch file (hidden, named for this process) in the destination's folder.
+    /// With `startFromOld` it starts as a copy of the destination when one exists, for writers
+    /// that overwrite a file in place and leave what they do not write as it was.
+    explicit ReplacingFile(std::string destination, bool startFromOld = false);
+    ~ReplacingFile();
+    ReplacingFile(const ReplacingFile&) = delete;
+    ReplacingFile& operator=(const ReplacingFile&) = delete;
+
+    /// Where to write; empty when the scratch file could not be made (the folder cannot be
+    /// written), and then commit() fails.
+    const std::string& path() const { return scratch_; }
+    const std::string& destination() const { return destination_; }
+    /// Puts the written file on the disk and renames it over the destination. False when that
+    /// fails; the scratch file is removed either way and the destination is as it was.
+    bool commit();
+    /// Removes the scratch file; the destination stays as it was.
+    void discard();
+
+  private:
+    std::string destination_;
+    std::string scratch_;
+};
+
+/// Writes `bytes` to `path` through a ReplacingFile, so that a failure half-way never leaves a
+/// broken file behind. Returns false when the file could not be written.
 bool writeFileAtomically(const std::string& path, const std::string& bytes);
 
 } // namespace kv

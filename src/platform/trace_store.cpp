@@ -6,8 +6,10 @@
 
 #include <algorithm>
 #include <bit>
+#include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <map>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -34,6 +36,14 @@ struct ReadHandle {
 
 thread_local ReadHandle tRead;
 
+/// The store in memory: one byte vector a path, and the size a file may grow to; 0 when the
+/// store is on disk.
+struct MemoryStore {
+    size_t limit = 0;
+    std::map<std::string, std::vector<char>> files;
+};
+MemoryStore gMemory;
+
 int readHandle(const std::string& path) {
     if (tRead.fd >= 0 && tRead.path == path) {
         struct stat s;
@@ -49,10 +59,28 @@ int readHandle(const std::string& path) {
 
 } // namespace
 
+void useMemoryTraceStore(size_t limitBytes) {
+    gMemory.limit = limitBytes;
+    gMemory.files.clear();
+}
+
+const std::vector<char>& memoryTraceFile(const std::string& path) {
+    static const std::vector<char> none;
+    const auto it = gMemory.files.find(path);
+    return it == gMemory.files.end() ? none : it->second;
+}
+
 void readTrace(const std::string& path, int64_t pos1, float* out, size_t n) {
     if (path.empty()) throw ReadError("no working file");
     if (pos1 < 1) throw ReadError("bad record number");
     std::memset(out, 0, n * sizeof(float));
+    if (gMemory.limit) {
+        const std::vector<char>& f = memoryTraceFile(path);
+        const uint64_t off = uint64_t(pos1 - 1);
+        if (off < f.size())
+            std::memcpy(out, f.data() + off, std::min<uint64_t>(n * sizeof(float), f.size() - off));
+        return;
+    }
     const int fd = readHandle(path);
     if (fd < 0) return; // a missing working file reads as zeros, like an empty one
     if (isHole(fd, pos1 - 1, int64_t(n * sizeof(float)))) return; // a silent stretch
@@ -65,6 +93,9 @@ void readTrace(const std::string& path, int64_t pos1, float* out, size_t n) {
     }
 }
 
+WriteError::WriteError(const std::string& p, int e)
+    : std::runtime_error("cannot write " + p + ": " + std::strerror(e)), path(p), error(e) {}
+
 TraceFileWriter::~TraceFileWriter() {
     close();
 }
@@ -72,15 +103,27 @@ TraceFileWriter::~TraceFileWriter() {
 void TraceFileWriter::open(const std::string& path, bool keepExisting) {
     close();
     if (path.empty()) throw ReadError("no working file");
+    if (gMemory.limit) {
+        std::vector<char>& f = gMemory.files[path];
+        if (!keepExisting) f.clear();
+        inMemory_ = true;
+        path_ = path;
+        at_ = 0;
+        size_ = int64_t(f.size());
+        return;
+    }
     if (keepExisting) {
         f_ = std::fopen(path.c_str(), "r+b");
         if (!f_) f_ = std::fopen(path.c_str(), "w+b");
     } else {
         f_ = std::fopen(path.c_str(), "w+b");
     }
-    if (!f_) throw ReadError("cannot write " + path);
-    buffer_.resize(1 << 20);
-    std::setvbuf(f_, buffer_.data(), _IOFBF, buffer_.size());
+    if (!f_) throw WriteError(path, errno);
+    path_ = path;
+    // The stream's buffer is left as it comes: the writes fill it, and clearing a megabyte on
+    // every open cost more than the writes of a small file.
+    if (!buffer_) buffer_ = std::make_unique_for_overwrite<char[]>(kBufferBytes);
+    std::setvbuf(f_, buffer_.get(), _IOFBF, kBufferBytes);
     at_ = 0;
     struct stat s;
     size_ = ::fstat(::fileno(f_), &s) == 0 ? int64_t(s.st_size) : 0;
@@ -96,17 +139,28 @@ bool allZero(const void* data, size_t n) {
 } // namespace
 
 void TraceFileWriter::writeBytes(int64_t pos1, const void* data, size_t n) {
-    if (!f_) throw ReadError("working file not open");
+    if (!isOpen()) throw ReadError("working file not open");
     if (pos1 < 1) throw ReadError("bad record number");
     int64_t off = pos1 - 1;
+    if (inMemory_) {
+        // Looked up each time: the file may have been deleted since the writer opened it.
+        std::vector<char>& f = gMemory.files[path_];
+        const uint64_t end = uint64_t(off) + n;
+        if (end > gMemory.limit) throw WriteError(path_, EFBIG);
+        if (end > f.size()) f.resize(size_t(end));
+        if (n) std::memcpy(f.data() + off, data, n);
+        size_ = int64_t(f.size());
+        return;
+    }
     if (off >= size_ && allZero(data, n)) {
         size_ = off + int64_t(n);
         return;
     }
     if (off != at_) {
-        if (std::fseek(f_, static_cast<long>(off), SEEK_SET) != 0) throw ReadError("seek failed");
+        if (::fseeko(f_, off_t(off), SEEK_SET) != 0) throw WriteError(path_, errno);
     }
-    if (n && std::fwrite(data, 1, n, f_) != n) throw ReadError("write failed");
+    errno = 0;
+    if (n && std::fwrite(data, 1, n, f_) != n) throw WriteError(path_, errno ? errno : EIO);
     at_ = off + static_cast<int64_t>(n);
     size_ = std::max(size_, at_);
 }
@@ -123,8 +177,10 @@ void TraceFileWriter::write(int64_t pos1, const float* data, size_t n) {
 }
 
 int64_t TraceFileWriter::length() {
+    if (inMemory_) return size_;
     if (!f_) return 0;
-    if (!settle()) throw ReadError("write failed");
+    errno = 0;
+    if (!settle()) throw WriteError(path_, errno ? errno : EIO);
     return size_;
 }
 
@@ -134,12 +190,17 @@ void TraceFileWriter::close() {
         std::fclose(f_);
     }
     f_ = nullptr;
+    inMemory_ = false;
     at_ = -1;
 }
 
 void KillWorkingFile(const std::string& path) {
     // Let go of a kept read handle too, so that the deleted file's space is given back now.
     if (tRead.path == path) tRead.drop();
+    if (gMemory.limit) {
+        gMemory.files.erase(path);
+        return;
+    }
     removeFileQuietly(path);
 }
 

@@ -5,10 +5,21 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace kv {
+
+/// A working or output file that could not be written: the disk is full, the file may not grow,
+/// or the folder cannot be written. It is not a failed read of the recording, so the readers'
+/// own handlers let it pass and the open ends with a message naming the folder.
+struct WriteError : std::runtime_error {
+    WriteError(const std::string& path, int error);
+    std::string path; // the file that could not be written
+    int error;        // the system's error number
+};
 
 /// Reads `n` floats from the 1-based byte position `pos1` of `path` into `out`. What lies past
 /// the end of the file reads as 0. Throws ReadError when `path` is empty (no data set) or the
@@ -31,9 +42,10 @@ class TraceFileWriter {
     TraceFileWriter& operator=(const TraceFileWriter&) = delete;
 
     /// Opens `path` for writing; an existing file is kept (not truncated) when `keepExisting`.
-    /// Throws ReadError when the file cannot be opened.
+    /// Throws WriteError when the file cannot be opened, and so do the writes below when the
+    /// bytes cannot be written.
     void open(const std::string& path, bool keepExisting = false);
-    bool isOpen() const { return f_ != nullptr; }
+    bool isOpen() const { return f_ != nullptr || inMemory_; }
     /// Writes `n` floats at the 1-based byte position `pos1`.
     void write(int64_t pos1, const float* data, size_t n);
     void write(int64_t pos1, const std::vector<float>& data) {
@@ -41,7 +53,7 @@ class TraceFileWriter {
     }
     /// Writes raw bytes at the 1-based byte position `pos1`.
     void writeBytes(int64_t pos1, const void* data, size_t n);
-    /// Length of the file as written so far (holes at its end included). Throws ReadError when
+    /// Length of the file as written so far (holes at its end included). Throws WriteError when
     /// the file cannot be made that long.
     int64_t length();
     void close();
@@ -51,12 +63,23 @@ class TraceFileWriter {
     bool settle();
 
     std::FILE* f_ = nullptr;
-    int64_t at_ = -1;  // current 0-based offset of the stream, -1 unknown
-    int64_t size_ = 0; // length of the file with the zeros left out so far
-    std::vector<char> buffer_;
+    std::string path_;
+    bool inMemory_ = false; // the file is kept in memory (useMemoryTraceStore)
+    int64_t at_ = -1;       // current 0-based offset of the stream, -1 unknown
+    int64_t size_ = 0;      // length of the file with the zeros left out so far
+    static constexpr size_t kBufferBytes = size_t(1) << 20;
+    std::unique_ptr<char[]> buffer_;
 };
 
 /// Deletes a working or scratch file; every failure is ignored.
 void KillWorkingFile(const std::string& path);
+
+/// Keeps every file written and read through this store in memory instead of on disk, for the
+/// fuzzers and for tests that want no disk at all: the same paths, the same bytes, zeros past
+/// the end. A file may grow to `limitBytes`; a write beyond that fails as a full disk would
+/// (WriteError). 0 goes back to the disk. Files kept so far are dropped either way.
+void useMemoryTraceStore(size_t limitBytes);
+/// The bytes of a file kept in memory (empty when there is none).
+const std::vector<char>& memoryTraceFile(const std::string& path);
 
 } // namespace kv

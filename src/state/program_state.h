@@ -25,6 +25,9 @@ struct ProgramState {
 
     // ---- Paths and names ------------------------------------------------------------------
     std::string AppPath;
+    /// Where the working files are kept when not in the home (AppPath): the command-line tool's
+    /// own scratch folder. Empty for the workbench. See workingFolder().
+    std::string WorkPath;
     std::string SourcePath;
     std::string SourcePathKeep;
     std::string SourceDisplayPath;
@@ -338,5 +341,10 @@ struct ProgramState {
     std::vector<float> PhaseRef1Data, PhaseRef2Data;
     int16_t PhaseRefSelected = 1;
 };
+
+/// The folder of the working files: WorkPath when the run has one of its own, else the home.
+inline const std::string& workingFolder(const ProgramState& st) {
+    return st.WorkPath.empty() ? st.AppPath : st.WorkPath;
+}
 
 } // namespace kv

@@ -1,11 +1,14 @@
 // Start, the trace-position mapping, closing and cleaning up, and exit.
 #include "commands/lifecycle.h"
 #include "platform/files.h"
+#include "platform/work_folder.h"
 #include "support/test_home.h"
 
 #include <gtest/gtest.h>
 
 #include <bit>
+#include <filesystem>
+#include <unistd.h>
 
 using namespace kv;
 
@@ -165,4 +168,31 @@ TEST(Exit, DeletesTempSpButLeavesTheStereoWorkingFiles) {
     EXPECT_FALSE(fileExists(b.home.file("print.bmp")));
     EXPECT_TRUE(fileExists(b.home.file("temp_l.sp")));
     EXPECT_TRUE(fileExists(b.home.file("temp_r.sp")));
+}
+
+TEST(Start, ASecondWorkbenchOnOneHomeIsToldAndTheFirstKeepsIt) {
+    test::Bench first, second;
+    second.st.AppPath = first.st.AppPath;
+    HomeLock firstLock, secondLock;
+    ASSERT_TRUE(claimHome(first.wb, firstLock));
+    EXPECT_TRUE(first.host.messages.empty());
+    EXPECT_FALSE(claimHome(second.wb, secondLock));
+    ASSERT_EQ(second.host.messages.size(), 1u);
+    EXPECT_EQ(second.host.messages[0].text,
+              "Another Kelvorandine workbench (process " + std::to_string(::getpid()) +
+                  ") is using the home folder " + first.st.AppPath +
+                  ". Close it first, or start this one with another home folder (--home).");
+    EXPECT_EQ(second.host.messages[0].icon, MsgIcon::Critical);
+    firstLock.release();
+    EXPECT_TRUE(claimHome(second.wb, secondLock)) << "free again once the first one closes";
+}
+
+TEST(Start, WorkingFilesGoToTheRunsOwnFolderWhenItHasOne) {
+    test::Bench b;
+    const std::string own = b.home.file("own");
+    std::filesystem::create_directory(own);
+    b.st.WorkPath = own;
+    b.start();
+    EXPECT_TRUE(fileExists(joinPath(own, "temp.sp")));
+    EXPECT_FALSE(fileExists(b.home.file("temp.sp")));
 }

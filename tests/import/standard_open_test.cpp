@@ -147,3 +147,20 @@ TEST(StandardEntries, ATraceOfOneSampleComesUpToo) {
     EXPECT_EQ(b.st.Sp_Samples, 1);
     EXPECT_EQ(b.st.TraceCount, 2);
 }
+
+TEST(StandardEntries, TheSampleWidthIsTheSourcesOrSixteenNeverTheLastImports) {
+    Opened b;
+    test::SegyLayout s;
+    s.format = 5; // IEEE floats: 32 bits
+    s.traces = {{1, 2, 3, 4}, {5, 6, 7, 8}};
+    b.open(test::segyFile(s), "floats.sgy", "SEGY-STD");
+    ASSERT_TRUE(b.loaded());
+    EXPECT_EQ(b.st.SampleBits, 32);
+    // A CSV column has no width of its own.
+    std::string csv = "Time,Volt\n";
+    for (int i = 0; i < 16; ++i)
+        csv += "0.00" + std::to_string(i) + "," + std::to_string(i - 5) + ",\n";
+    b.open(std::vector<uint8_t>(csv.begin(), csv.end()), "column.csv", "");
+    ASSERT_TRUE(b.loaded());
+    EXPECT_EQ(b.st.SampleBits, 16);
+}

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cerrno>
 
 using namespace kv;
 
@@ -121,4 +122,48 @@ TEST(FileHelpers, AtomicWriteReplacesWholeAndLeavesNoTemporary) {
     EXPECT_EQ(test::readText(p), "new contents");
     EXPECT_FALSE(fileExists(p + ".tmp"));
     EXPECT_FALSE(writeFileAtomically(home.file("no/such/dir/SP.ini"), "x"));
+}
+
+TEST(TraceStore, InMemoryItKeepsTheSameBytesAsOnDiskAndFailsLikeAFullDisk) {
+    test::TempHome home(false);
+    const std::string disk = home.file("temp.sp");
+    auto writeBoth = [&](const std::string& path) {
+        TraceFileWriter w;
+        w.open(path);
+        w.write(1, std::vector<float>{1, 2, 3});
+        w.write(21, std::vector<float>{0, 0}); // zeros past the end
+        w.writeBytes(5, "\x00\x00\x80\x40", 4);
+        return w.length();
+    };
+    const int64_t onDisk = writeBoth(disk);
+    useMemoryTraceStore(1000);
+    const std::string mem = home.file("memory.sp");
+    EXPECT_EQ(writeBoth(mem), onDisk);
+    EXPECT_FALSE(fileExists(mem)) << "nothing reaches the disk";
+    const auto& bytes = memoryTraceFile(mem);
+    EXPECT_EQ(std::string(bytes.begin(), bytes.end()), test::readText(disk));
+    std::vector<float> back(8, -1.0f);
+    readTrace(mem, 1, back);
+    EXPECT_EQ(back, (std::vector<float>{1, 4, 3, 0, 0, 0, 0, 0})) << "zeros past the end";
+
+    TraceFileWriter big;
+    big.open(mem, true);
+    EXPECT_THROW(big.write(997, std::vector<float>{1, 2}), WriteError);
+    KillWorkingFile(mem);
+    EXPECT_TRUE(memoryTraceFile(mem).empty());
+    useMemoryTraceStore(0);
+    readTrace(disk, 1, back);
+    EXPECT_EQ(back[1], 4.0f) << "back on the disk";
+}
+
+TEST(TraceStore, AWorkingFileThatCannotBeMadeNamesItsPath) {
+    test::TempHome home(false);
+    TraceFileWriter w;
+    try {
+        w.open(home.file("no/such/folder/temp.sp"));
+        FAIL() << "opened";
+    } catch (const WriteError& e) {
+        EXPECT_EQ(e.path, home.file("no/such/folder/temp.sp"));
+        EXPECT_EQ(e.error, ENOENT);
+    }
 }
