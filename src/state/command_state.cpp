@@ -190,11 +190,9 @@ const char* const kNotYetBuiltMenus[] = {
     "mnuMarkers", "mnuDM", "mnuEM", "mnuExM", "mnMM", "mnuPopUp", "mnuExMT", // markers
     "mnuTT", "mnuTextEdit", "mnuTO", "mnuTP", "mnuTW",                      // text annotations
     "mnuOp", "mnuFInf", "mnuPalettet",                                      // options
-    "mnuBscan",                                                             // other views
 };
 const int kNotYetBuiltButtons[] = {
     3, 4, 5, 7,                             // pictures, options, information
-    18,                                     // other views
     53, 84, 97,                             // references
     55,                                     // markers
     56, 85, 98, 105,                        // text annotations
