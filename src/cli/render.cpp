@@ -1,5 +1,7 @@
 // kelvorandine-cli render: a view as the workbench window shows it, drawn offscreen into a PNG.
 #include "cli/commands.h"
+#include "engine/display_map.h"
+#include "engine/spectrum.h"
 #include "views/spectrum/spectrum_form.h"
 #include "views/view_table.h"
 
@@ -38,8 +40,10 @@ std::unique_ptr<QGuiApplication> offscreenApp() {
 } // namespace
 
 int runRender(const RenderOptions& r, const std::string& exeDir) {
-    if (r.view != "spectrum" && r.view != "oscope" && r.view != "phase")
-        throw UsageError("render draws --view spectrum, oscope or phase; not: " + r.view);
+    const bool rows = r.view == "waterfall" || r.view == "radargram";
+    if (r.view != "spectrum" && r.view != "oscope" && r.view != "phase" && !rows)
+        throw UsageError(
+            "render draws --view spectrum, oscope, phase, waterfall or radargram; not: " + r.view);
     const QSize size = parseSize(r.size);
     if (r.trace < 0) throw UsageError("--trace wants a position of 0 or more");
     auto app = offscreenApp();
@@ -65,6 +69,22 @@ int runRender(const RenderOptions& r, const std::string& exeDir) {
         img = QImage(size, QImage::Format_RGB32);
         QPainter p(&img);
         spectrum::paintSpectrumView(p, form.view(), s.st);
+    } else if (rows) {
+        // The window as it comes up, then one row for each trace from the first to --trace (or,
+        // without it, as many as the picture holds).
+        const ViewId v = r.view == "waterfall" ? ViewId::Waterfall : ViewId::Radargram;
+        s.st.BscanShow = v == ViewId::Radargram ? 1 : 0;
+        const auto view = viewTable().at(v).make(s.wb);
+        view->load(size.width(), size.height());
+        const int last = r.trace > 0 ? r.trace : std::min<int>(s.st.LastTrace, size.height());
+        s.st.PlayRew = false;
+        for (int k = 0; k <= last; ++k) {
+            moveTo(s.st, k);
+            FyllSpData(s.st);
+            UpdateTopDb(s.st);
+            view->traceChanged();
+        }
+        img = view->picture().copy(0, 0, size.width(), size.height());
     } else {
         // The window as it comes up, then the scroll bar moved to the trace asked for.
         const ViewId v = r.view == "oscope" ? ViewId::Oscope : ViewId::Phase;

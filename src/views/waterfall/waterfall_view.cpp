@@ -101,7 +101,8 @@ void WaterfallView::unload() {
 
 void WaterfallView::foldForWidth() {
     ProgramState& s = st();
-    if (s.SpectrumOpen || s.TempPath.empty() || s.SpDisp.empty()) return;
+    if (s.TempPath.empty() || s.SpDisp.empty()) return;
+    if (s.SpectrumOpen && s.PlotColumns > 0) return;
     s.PlotColumns = plotColumnsFor(ViewWidth());
     SamToWidth(s);
 }
