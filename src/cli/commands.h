@@ -119,4 +119,16 @@ struct RenderOptions {
 };
 int runRender(const RenderOptions& r, const std::string& exeDir);
 
+struct WaterfallOptions {
+    CommonOptions common;
+    int from = 0;
+    int count = 0; // 0: to the last trace
+    int columns = 0;
+    bool time = false;
+    bool indices = false;
+    bool csv = false;
+    std::string output;
+};
+int runWaterfall(const WaterfallOptions& w, const std::string& exeDir);
+
 } // namespace kv::cli

@@ -55,7 +55,8 @@ int main(int argc, char** argv) {
         "render", "Draw a view as the workbench shows it, to PNG, BMP, JPEG or PDF");
     addCommon(renderCmd, render.common);
     addConditioning(renderCmd, render.common);
-    renderCmd->add_option("--view", render.view, "spectrum, oscope or phase")->required();
+    renderCmd->add_option("--view", render.view, "spectrum, oscope, phase, waterfall or radargram")
+        ->required();
     renderCmd->add_option("--size", render.size, "Picture size WxH (default 800x600)");
     renderCmd->add_option("--trace", render.trace, "Scroll position TracePos (default 0)");
     renderCmd
@@ -65,6 +66,21 @@ int main(int argc, char** argv) {
     renderCmd->add_option("--ref1", render.ref1,
                           "Saved reference drawn as line 1 (.pns, .pno, .pnp)");
     renderCmd->add_option("--ref2", render.ref2, "Saved reference drawn as line 2");
+    kv::cli::WaterfallOptions waterfall;
+    auto* waterfallCmd = app.add_subcommand(
+        "waterfall", "Waterfall rows of every trace from --from: CSV of the levels, or a picture");
+    addCommon(waterfallCmd, waterfall.common);
+    addConditioning(waterfallCmd, waterfall.common);
+    waterfallCmd->add_option("--from", waterfall.from, "First scroll position (default 0)");
+    waterfallCmd->add_option("--count", waterfall.count, "Positions to walk (default all)")
+        ->check(CLI::PositiveNumber);
+    waterfallCmd->add_option("--columns", waterfall.columns, "Plot columns (default 400)")
+        ->check(CLI::PositiveNumber);
+    waterfallCmd->add_flag("--time", waterfall.time, "The radargram: the trace's samples");
+    waterfallCmd->add_flag("--indices", waterfall.indices, "Palette indices as the view paints");
+    waterfallCmd->add_flag("--csv", waterfall.csv, "One CSV row per trace on stdout");
+    waterfallCmd->add_option("-o,--output", waterfall.output,
+                             "Picture (.png), one row per trace, the first on top");
 #endif
     kv::cli::CommonOptions reference;
     int referenceTrace = 0;
@@ -116,6 +132,7 @@ int main(int argc, char** argv) {
         kv::cli::resolveOutput(convertOut);
 #ifdef KV_CLI_RENDER
         kv::cli::resolveOutput(render.output);
+        kv::cli::resolveOutput(waterfall.output);
 #endif
         // A file that cannot be read or written ends the run with no data; a fault in the
         // program is not caught and ends it abnormally.
@@ -125,6 +142,7 @@ int main(int argc, char** argv) {
                 if (*convertCmd) code = kv::cli::runConvert(convert, convertOut, exeDir);
 #ifdef KV_CLI_RENDER
                 if (*renderCmd) code = kv::cli::runRender(render, exeDir);
+                if (*waterfallCmd) code = kv::cli::runWaterfall(waterfall, exeDir);
 #endif
                 if (*referenceCmd)
                     code = kv::cli::runReference(reference, referenceTrace, referenceKind,

@@ -1,6 +1,8 @@
 // kelvorandine-cli render: a view as the workbench window shows it, drawn offscreen into a PNG,
 // through the picture export into a BMP or JPEG, or through the print layout into a PDF.
 #include "cli/commands.h"
+#include "engine/display_map.h"
+#include "engine/spectrum.h"
 #include "output/picture_export.h"
 #include "output/printing.h"
 #include "platform/files.h"
@@ -69,8 +71,10 @@ bool writeOutput(Session& s, const QImage& img, const std::string& kind, const s
 } // namespace
 
 int runRender(const RenderOptions& r, const std::string& exeDir) {
-    if (r.view != "spectrum" && r.view != "oscope" && r.view != "phase")
-        throw UsageError("render draws --view spectrum, oscope or phase; not: " + r.view);
+    const bool rows = r.view == "waterfall" || r.view == "radargram";
+    if (r.view != "spectrum" && r.view != "oscope" && r.view != "phase" && !rows)
+        throw UsageError(
+            "render draws --view spectrum, oscope, phase, waterfall or radargram; not: " + r.view);
     const QSize size = parseSize(r.size);
     if (r.trace < 0) throw UsageError("--trace wants a position of 0 or more");
     const std::string kind = outputKind(r.output);
@@ -91,6 +95,8 @@ int runRender(const RenderOptions& r, const std::string& exeDir) {
     const std::string wanted = r.view == "spectrum" ? "spectrum"
                                : r.view == "oscope" ? "time"
                                                     : "phase";
+    if (rows && (!r.ref1.empty() || !r.ref2.empty()))
+        throw UsageError("--ref1 and --ref2 go with --view spectrum, oscope or phase");
     for (const std::string* ref : {&r.ref1, &r.ref2}) {
         if (ref->empty()) continue;
         if (referenceKindOf(*ref) != wanted)
@@ -119,6 +125,22 @@ int runRender(const RenderOptions& r, const std::string& exeDir) {
         img = QImage(size, QImage::Format_RGB32);
         QPainter p(&img);
         spectrum::paintSpectrumView(p, form.view(), s.st);
+    } else if (rows) {
+        // The window as it comes up, then one row for each trace from the first to --trace (or,
+        // without it, as many as the picture holds).
+        const ViewId v = r.view == "waterfall" ? ViewId::Waterfall : ViewId::Radargram;
+        s.st.BscanShow = v == ViewId::Radargram ? 1 : 0;
+        const auto view = viewTable().at(v).make(s.wb);
+        view->load(size.width(), size.height());
+        const int last = r.trace > 0 ? r.trace : std::min<int>(s.st.LastTrace, size.height());
+        s.st.PlayRew = false;
+        for (int k = 0; k <= last; ++k) {
+            moveTo(s.st, k);
+            FyllSpData(s.st);
+            UpdateTopDb(s.st);
+            view->traceChanged();
+        }
+        img = view->picture().copy(0, 0, size.width(), size.height());
     } else {
         // The window as it comes up, then the scroll bar moved to the trace asked for.
         const ViewId v = r.view == "oscope" ? ViewId::Oscope : ViewId::Phase;

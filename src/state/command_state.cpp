@@ -188,10 +188,8 @@ const char* const kNotYetBuiltMenus[] = {
     "mnuDM", "mnuEM", "mnuExMT",                                            // marker editing
     "mnuTW",                                                                // waterfall text
     "mnuPalettet",                                                          // palettes
-    "mnuBscan",                                                             // other views
 };
 const int kNotYetBuiltButtons[] = {
-    18,                                     // other views
     105,                                    // waterfall text
     104,                                    // palettes
 };

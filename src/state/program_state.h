@@ -145,6 +145,9 @@ struct ProgramState {
     std::string PalAd;
     int16_t IndP = 1;
     std::array<std::string, 8> pal{}; // pal_1 .. pal_8
+    // The palette in use: PalPath is AppPath/pal/ + a file name, PalFile the file whose colours
+    // a waterfall's next row takes.
+    std::string PalPath, PalFile;
 
     // ---- Derived from the settings ------------------------------------------------------------
     bool YLinear = false;

@@ -16,4 +16,14 @@ void showTraceInOtherViews(Workbench& wb, ViewId self) {
     s.Idle = idle;
 }
 
+void waterfallFollowsScroll(Workbench& wb, int value) {
+    ProgramState& s = wb.st;
+    const ViewId waterfall = s.BscanShow == 1 ? ViewId::Radargram : ViewId::Waterfall;
+    if (!viewFlag(s, waterfall)) return;
+    if (value > s.TracePos) s.PlayRew = false;
+    if (value < s.TracePos) s.PlayRew = true;
+    wb.views.setScrollValue(wb, waterfall, value);
+    wb.views.viewCommand(wb, waterfall, "HS_Follow");
+}
+
 } // namespace kv

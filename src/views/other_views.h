@@ -12,4 +12,9 @@ struct Workbench;
 /// that are open, other than `self`.
 void showTraceInOtherViews(Workbench& wb, ViewId self);
 
+/// A scroll bar is about to move the data to `value`: the open waterfall takes the direction
+/// (PlayRew: True when `value` lies below TracePos, False above) and its trace numbers follow the
+/// bar, before the trace is read, so that a move back reads the trace entering at the foot.
+void waterfallFollowsScroll(Workbench& wb, int value);
+
 } // namespace kv

@@ -3,8 +3,10 @@
 
 #include "views/oscilloscope/oscope_view.h"
 #include "views/phase/phase_view.h"
+#include "views/radargram/radargram_view.h"
 #include "views/spectrum/spectrum_form.h"
 #include "views/summary_view.h"
+#include "views/waterfall/waterfall_view.h"
 
 namespace kv {
 
@@ -25,8 +27,8 @@ const std::map<ViewId, ViewRow>& viewTable() {
         {ViewId::Oscope, {"O-scope view", &make<oscope::OscopeView>}},
         {ViewId::Spectrum, {"Spectrum view", &make<spectrum::SpectrumForm>}},
         {ViewId::Phase, {"Phase view", &make<phase::PhaseView>}},
-        {ViewId::Waterfall, {"Waterfall view", &makeSummary<ViewId::Waterfall>}},
-        {ViewId::Radargram, {"Waterfall view", &makeSummary<ViewId::Radargram>}},
+        {ViewId::Waterfall, {"Waterfall view", &make<waterfall::WaterfallView>}},
+        {ViewId::Radargram, {"Waterfall view", &make<radargram::RadargramView>}},
     };
     return table;
 }

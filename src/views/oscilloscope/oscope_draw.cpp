@@ -221,6 +221,7 @@ void OscopeView::ScrollNu() {
     const bool idle = s.Idle;
     // Moving forward again brings back a Peak-hold that a move back suspended.
     if (idle && value > s.TracePos && s.PeakHoldSuspended) s.ModeFFT = 3;
+    if (idle) waterfallFollowsScroll(wb_, value);
     s.TracePos = int16_t(value);
     s.CurrentTracePos = int64_t(s.TraceStep) * s.TracePos * s.Sp_Samples * 4 + s.FirstTracePos;
     try {

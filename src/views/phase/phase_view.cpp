@@ -300,6 +300,7 @@ void PhaseView::Cls() {
 void PhaseView::HS_Change() {
     ProgramState& s = st();
     if (!s.Idle) return;
+    waterfallFollowsScroll(wb_, HS_.Value);
     s.TracePos = int16_t(HS_.Value);
     setCurrentTracePos(s);
     try {

@@ -9,6 +9,7 @@
 #include "platform/numeric.h"
 #include "references/spectrum_refs.h"
 #include "state/workbench.h"
+#include "views/other_views.h"
 
 #include <QPainter>
 #include <algorithm>
@@ -132,12 +133,15 @@ void SpectrumForm::ScrollNu() {
     ProgramState& st = wb_.st;
     if (!st.Idle) return;
     peakHoldOnMove(st, HS_.Value);
+    waterfallFollowsScroll(wb_, HS_.Value);
     st.TracePos = static_cast<int16_t>(HS_.Value);
     setCurrentTracePos(st);
     FyllSpData(st);
     if (st.AnalysOnFFT) NewValue(st, st.An);
     // The other views follow without turning round to scroll this one.
     st.Idle = false;
+    const ViewId waterfall = st.BscanShow == 1 ? ViewId::Radargram : ViewId::Waterfall;
+    if (viewFlag(st, waterfall)) wb_.views.traceChanged(wb_, waterfall);
     if (st.PhaseOpen) wb_.views.traceChanged(wb_, ViewId::Phase);
     if (st.OscOpen) wb_.views.traceChanged(wb_, ViewId::Oscope);
     st.Idle = true;
