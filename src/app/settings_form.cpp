@@ -2,6 +2,7 @@
 #include "app/settings_form.h"
 
 #include "engine/windows.h"
+#include "options/palette.h"
 #include "platform/files.h"
 #include "state/workbench.h"
 
@@ -367,7 +368,7 @@ void SettingsForm::paintColors() {
 
 void SettingsForm::paintPalettes() {
     for (size_t i = 0; i < 8; ++i) {
-        const auto table = readPalette(joinPath(paletteFolder(wb_.st), f_.palSlots[i]));
+        const auto table = readPalette(joinPath(paletteFolder(wb_.st), f_.palSlots[i])).table;
         // The colour scale: value 0 at the foot, 255 on top.
         QImage scale(24, 256, QImage::Format_RGB32);
         for (int y = 0; y < 256; ++y)

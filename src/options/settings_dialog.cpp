@@ -148,17 +148,6 @@ std::string paletteFolder(const ProgramState& st) {
     return joinPath(st.AppPath, "pal");
 }
 
-std::array<uint32_t, 256> readPalette(const std::string& path) {
-    std::array<uint32_t, 256> table{};
-    std::ifstream in(path, std::ios::binary);
-    const std::string b{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-    // Entry i: red, green, blue, flags at 24 + 4i (0-based), behind a header that is not read.
-    const auto at = [&](size_t i) { return i < b.size() ? uint32_t(uint8_t(b[i])) : 0u; };
-    for (size_t i = 0; i < 256; ++i)
-        table[i] = (at(24 + 4 * i) << 16) | (at(25 + 4 * i) << 8) | at(26 + 4 * i);
-    return table;
-}
-
 namespace dlgSettings {
 
 void Form_Load(Workbench& wb, SettingsFields& f) {

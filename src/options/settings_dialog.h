@@ -132,8 +132,6 @@ void Command1_Click(Workbench& wb, SettingsFields& f);
 
 } // namespace dlgSettings
 
-/// A palette file's 256 colours as 0x00RRGGBB; a short or missing file gives zeros for the rest.
-std::array<uint32_t, 256> readPalette(const std::string& path);
 /// The folder of the palettes.
 std::string paletteFolder(const ProgramState& st);
 
