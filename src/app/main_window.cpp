@@ -143,7 +143,8 @@ MainWindow::MainWindow(const std::string& home, Host* host, QWidget* parent)
     views_.runCommand = [this](const std::function<void()>& f) { runCommand(f); };
     views_.otherDialog = [this](const std::string& name, bool modal) { showDialog(name, modal); };
     setCentralWidget(mdi_);
-    mdi_->viewport()->installEventFilter(this);
+    mdiViewport_ = mdi_->viewport();
+    mdiViewport_->installEventFilter(this);
     mdi_->setBackground(QColor(0x78, 0x86, 0x8f));
     setAcceptDrops(true);
     buildMenus();
@@ -465,7 +466,9 @@ void MainWindow::closeEvent(QCloseEvent* e) {
 }
 
 bool MainWindow::eventFilter(QObject* watched, QEvent* e) {
-    if (mdi_ && watched == mdi_->viewport() && e->type() == QEvent::Resize) views_.retile();
+    // The viewport is compared by the pointer kept at start: while the window is torn down the
+    // area is no longer whole, and no call may go through it.
+    if (e->type() == QEvent::Resize && watched == mdiViewport_ && !unloaded_) views_.retile();
     return QMainWindow::eventFilter(watched, e);
 }
 

@@ -71,6 +71,7 @@ class MainWindow : public QMainWindow {
     void dropEvent(QDropEvent* e) override;
     /// The MDI area resized: tiled views follow.
     bool eventFilter(QObject* watched, QEvent* e) override;
+    QWidget* mdiViewport_ = nullptr;
 
   private:
     void buildMenus();
