@@ -2,6 +2,7 @@
 #include "app/app_view_host.h"
 
 #include "app/conditioning_forms.h"
+#include "app/palette_form.h"
 #include "app/view_window.h"
 #include "commands/lifecycle.h"
 #include "commands/transport.h"
@@ -17,6 +18,7 @@ namespace kv {
 
 void AppViewHost::showDialog(Workbench& wb, const std::string& name, bool modal) {
     const CommandRunner run = runCommand ? runCommand : [](const std::function<void()>& f) { f(); };
+    if (name == "dlgPal") return showPaletteForm(area_->window(), wb, run);
     if (!showConditioningForm(area_->window(), wb, name, modal, run) && otherDialog)
         otherDialog(name, modal);
 }

@@ -26,8 +26,8 @@ class AppViewHost : public ModelViewHost {
     void arrange(Workbench& wb, int mode) override;
     void traceChanged(Workbench& wb, ViewId v) override;
     void spectrumFinalDraw(Workbench& wb) override;
-    /// Every dialog the core asks for by name: the conditioning forms here, beside the views
-    /// (their events run through `runCommand`); the others through `otherDialog`.
+    /// Every dialog the core asks for by name: the conditioning forms and the palette chooser
+    /// here (their events run through `runCommand`); the others through `otherDialog`.
     void showDialog(Workbench& wb, const std::string& name, bool modal) override;
     void closeDialog(Workbench& wb, const std::string& name) override;
     /// How a dialog's event runs: the main window's command runner.

@@ -24,6 +24,9 @@ std::string backColorOf(const ProgramState& st) {
         return st.FFT_BackColor;
     case 3:
         return st.F_BackColor;
+    case 4:
+    case 5:
+        return "16777215"; // the waterfalls' empty rows are white
     default:
         return "0";
     }

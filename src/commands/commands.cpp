@@ -379,7 +379,10 @@ void TB_event9(Workbench& wb, const std::string& key) {
     if (key == "Gain") mnuGain_Click(wb);
     if (key == "Markers") mnuMarkers_Click(wb);
     // The text dialog works on the active view.
-    if (key == "Text" || key == "Text_O" || key == "T_P") wb.views.showDialog(wb, "dlgText", false);
+    if (key == "Text" || key == "Text_O" || key == "T_P" || key == "T_W")
+        wb.views.showDialog(wb, "dlgText", false);
+    // The palette chooser serves the open waterfall, whichever kind it is.
+    if (key == "Palette") wb.views.showDialog(wb, "dlgPal", true);
     if (key == "Reference") openReferenceDialog(wb, "dlgRef");
     if (key == "Reference_O") openReferenceDialog(wb, "TimeRef");
     if (key == "Ref_P") openReferenceDialog(wb, "PhasaRef");
@@ -488,6 +491,8 @@ bool menuCommand(Workbench& wb, const std::string& name) {
     if (name == "mnMM" && !st.MarkerMode) mnuMarkers_Click(wb);
     if (name == "mnuPopUp") ExitMarkerModue(wb);
     if (name == "mnuExM") NoMarkers(wb);
+    if (name == "mnuTW") TB_event9(wb, "T_W");
+    if (name == "mnuPalettet") TB_event9(wb, "Palette");
     if (name == "mnuOp") TB_event9(wb, "Options");
     if (name == "mnuFInf") TB_event9(wb, "Info");
     if (name == "mnuSw") TB_event9(wb, "Save as");

@@ -406,6 +406,10 @@ bool Command2_Click(Workbench& wb, SettingsFields& f) {
     if (loaded && reload) {
         st.TracePos = 0;
         ReloadForms(wb);
+        // The radargram's rows are as long as a trace: a new length lays it out again and
+        // makes the rows on show again from the working file.
+        if (samplesNew && st.BscanShow == 1 && st.RadargramOpen)
+            wb.views.viewCommand(wb, ViewId::Radargram, "UpdateSamp");
     } else if (loaded) {
         for (ViewId v : {ViewId::Spectrum, ViewId::Oscope, ViewId::Phase, ViewId::Waterfall,
                          ViewId::Radargram})

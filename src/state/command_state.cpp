@@ -180,18 +180,12 @@ const ButtonDef kButtonDefs[] = {
     {105, "T_W", "Text", false},
 };
 
-// Commands whose subsystem is not part of this build yet. They stand in the menus and on the
-// toolbar as the rules of each view place them, but greyed. Each subsystem removes its lines
-// here when it arrives.
+// Menu entries whose subsystem is not part of this build yet. They stand in the menus as the
+// rules of each view place them, but greyed. Each subsystem removes its lines here when it
+// arrives; every toolbar button is built.
 // clang-format off
 const char* const kNotYetBuiltMenus[] = {
     "mnuDM", "mnuEM", "mnuExMT",                                            // marker editing
-    "mnuTW",                                                                // waterfall text
-    "mnuPalettet",                                                          // palettes
-};
-const int kNotYetBuiltButtons[] = {
-    105,                                    // waterfall text
-    104,                                    // palettes
 };
 // clang-format on
 
@@ -219,8 +213,6 @@ CommandState::CommandState() {
     }
     for (const char* m : kNotYetBuiltMenus)
         menu(m).available = false;
-    for (int n : kNotYetBuiltButtons)
-        button(n).available = false;
 }
 
 MenuEntry& CommandState::menu(const std::string& name) {

@@ -201,9 +201,10 @@ TEST(ToolbarKeys, HiddenOrNotYetBuiltCommandsDoNothing) {
     EXPECT_EQ(b.st.ShowGrid, grid);
     EXPECT_FALSE(b.cmd.button(64).down);
 
-    EXPECT_FALSE(b.cmd.button(104).available) << "palettes are not part of this build";
-    pressButton(b.wb, 104);
-    EXPECT_FALSE(b.cmd.button(104).down);
+    EXPECT_FALSE(b.cmd.menu("mnuDM").available) << "marker editing is not part of this build";
+    b.views.log.clear();
+    menuCommand(b.wb, "mnuDM");
+    EXPECT_TRUE(b.views.log.empty());
 
     b.cmd.enable("mnuxlog", false);
     menuCommand(b.wb, "mnuxlog");
@@ -224,6 +225,27 @@ TEST(ToolbarKeys, OptionsInformationPicturesAndPrintingAskTheViewHost) {
                                         "picture mnuSw", "dialog dlgPrinter modal",
                                         "dialog dlgSettings modal", "dialog frmFileInfo modeless",
                                         "picture mnuSw", "picture QuickPrint"}));
+}
+
+TEST(ToolbarKeys, TheWaterfallsPaletteAndTextAskForTheirDialogs) {
+    Loaded b;
+    for (ViewId v : {ViewId::Waterfall, ViewId::Radargram}) {
+        b.activate(v);
+        b.views.log.clear();
+        for (const char* m : {"mnuPalettet", "mnuTW"})
+            menuCommand(b.wb, m);
+        for (int n : {104, 105})
+            pressButton(b.wb, n);
+        EXPECT_EQ(b.views.log,
+                  (std::vector<std::string>{"dialog dlgPal modal", "dialog dlgText modeless",
+                                            "dialog dlgPal modal", "dialog dlgText modeless"}));
+    }
+    // From another view both are grey and ask for nothing.
+    b.activate(ViewId::Spectrum);
+    b.views.log.clear();
+    menuCommand(b.wb, "mnuPalettet");
+    pressButton(b.wb, 105);
+    EXPECT_TRUE(b.views.log.empty());
 }
 
 TEST(ViewWindows, AViewButtonLoadsAndArrangesOrBringsForward) {

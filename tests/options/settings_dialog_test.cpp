@@ -1,6 +1,7 @@
 // The options dialog over a workbench without windows: each page's settings reach the state and
 // SP.ini through OK, Cancel leaves both as they were, a new sample count reads the recording
 // again, and the palette page picks and adds palette files.
+#include "import/radar_files.h"
 #include "options/palette.h"
 #include "options/settings_dialog.h"
 #include "platform/files.h"
@@ -176,6 +177,44 @@ TEST_F(Options, ANewSampleCountReadsTheRecordingAgain) {
               b.views.log.end());
     EXPECT_NE(std::find(b.views.log.begin(), b.views.log.end(), "firstDraw Spectrum"),
               b.views.log.end());
+}
+
+TEST_F(Options, ANewSampleCountWithoutAReReadLaysTheOpenRadargramOutAgain) {
+    // A radar line is not read again: the views stay and are reloaded in place.
+    std::vector<int> values(512 * 8);
+    for (size_t i = 0; i < values.size(); ++i)
+        values[i] = int(i % 512) * 50 - 12800;
+    test::writeFile(b.home.file("line.rd3"), test::i16Samples(values));
+    test::writeText(b.home.file("line.rad"), test::radText("512", "100.0"));
+    for (int kind : {1, 0}) {
+        b.import(b.home.file("line.rd3"));
+        ASSERT_EQ(b.st.Sp_Samples, 512);
+        b.st.BscanShow = int16_t(kind);
+        b.wb.views.loadView(b.wb, kind == 1 ? ViewId::Radargram : ViewId::Waterfall);
+        load();
+        f.cmbFFT = "256";
+        dlgSettings::cmbFFT_Click(b.wb, f);
+        b.views.log.clear();
+        EXPECT_FALSE(ok());
+        EXPECT_EQ(b.st.Sp_Samples, 256);
+        const auto& log = b.views.log;
+        const auto redraw = std::find(log.begin(), log.end(), "redraw Radargram");
+        const auto update = std::find(log.begin(), log.end(), "command Radargram UpdateSamp");
+        if (kind == 1) {
+            ASSERT_NE(update, log.end());
+            EXPECT_LT(redraw, update) << "after the reload, at the new length";
+            EXPECT_EQ(std::count(log.begin(), log.end(), "command Radargram UpdateSamp"), 1);
+        } else {
+            EXPECT_EQ(update, log.end()) << "the frequency waterfall has no rows to rebuild";
+        }
+        // The same length again rebuilds nothing.
+        load();
+        b.views.log.clear();
+        ok();
+        EXPECT_EQ(std::find(b.views.log.begin(), b.views.log.end(), "command Radargram UpdateSamp"),
+                  b.views.log.end());
+        b.wb.views.unloadView(b.wb, kind == 1 ? ViewId::Radargram : ViewId::Waterfall);
+    }
 }
 
 TEST_F(Options, TheReadoutsFollowTheSamplesAndTheStep) {

@@ -273,3 +273,75 @@ TEST_F(Rows, TheRadargramIgnoresALevelRedrawAndRebuildsWithAWholeNumberGain) {
     EXPECT_EQ(img.pixel(2, img.height() - 2), grey[147]);
     EXPECT_EQ(img.pixel(2, img.height() - 3), grey[167]);
 }
+
+TEST_F(Rows, ANewTraceLengthMakesTheRadargramsRowsAgainAtThatLength) {
+    using namespace kv::radargram;
+    st.Sp_Samples = st.Fft_Samples = 8;
+    st.FullScalePos = 127;
+    st.SampleRate = 8000;
+    st.TimeWindowed = 0;
+    // Eight traces of 4 samples, trace k (from 0) all at 10 * k: read 8 at a time, two at once.
+    std::vector<uint8_t> bytes;
+    for (int k = 0; k < 8; ++k)
+        for (int i = 0; i < 4; ++i) {
+            const float x = float(10 * k);
+            const auto* p = reinterpret_cast<const uint8_t*>(&x);
+            bytes.insert(bytes.end(), p, p + 4);
+        }
+    st.ActiveTracePath = b.home.file("temp.sp");
+    test::writeFile(st.ActiveTracePath, bytes);
+    st.FirstTracePos = 1;
+    auto r = std::make_unique<RadargramView>(b.wb);
+    r->load(300, 260);
+    st.TraceBuf.assign(9, 0.0f);
+    st.PlayRew = false;
+    for (int k = 0; k < 3; ++k)
+        r->ScrallBScan();
+    ASSERT_EQ(r->WfRowsOnShow(), 3);
+    EXPECT_EQ(r->RowWidth(), 8);
+
+    st.Sp_Samples = st.Fft_Samples = 4;
+    st.TracePos = 3;
+    r->command("UpdateSamp");
+    EXPECT_EQ(r->RowWidth(), 4);
+    EXPECT_EQ(r->lblSX().text, "50us/div") << "the time axis follows the shorter trace";
+    ASSERT_EQ(r->rebuilt().width(), 4);
+    // The rows on show are the first three 4-sample traces, the newest on top.
+    const int x = r->ViewWidth() / 4;
+    EXPECT_EQ(r->picOriginal().pixel(x, 0), grey[147]);
+    EXPECT_EQ(r->picOriginal().pixel(x, 1), grey[137]);
+    EXPECT_EQ(r->picOriginal().pixel(x, 2), grey[127]);
+    EXPECT_EQ(r->picOriginal().pixel(x, 3), RowPicture::kBlank);
+
+    // With no rows on show only the axis follows.
+    auto empty = std::make_unique<RadargramView>(b.wb);
+    empty->load(300, 260);
+    st.Sp_Samples = st.Fft_Samples = 8;
+    empty->command("UpdateSamp");
+    EXPECT_EQ(empty->lblSX().text, "100us/div");
+    EXPECT_TRUE(empty->rebuilt().isNull());
+}
+
+TEST_F(Rows, TextOnAWaterfallStandsOnThePictureAndStaysInsideIt) {
+    open();
+    forward(3, -50.0f);
+    TextFields f;
+    f.Text[1] = "Layer";
+    f.TextIndex = 1;
+    const QRect pic = v->pictureRect();
+    ASSERT_EQ(v->textArea(), pic);
+    dlgText::mnuWrite_Click(v->texts(), f, v->textArea(), "16777215", "0");
+    const Label& l = v->texts().lblSText()[1];
+    ASSERT_TRUE(l.visible);
+    EXPECT_TRUE(pic.contains(l.left, l.top)) << "stacked at the picture's left";
+    EXPECT_NE(v->pictureWithText(), v->picture());
+
+    // Dragged far past the corner, it stops at the picture's edges.
+    const QPoint grab(l.left + 2, l.top + l.height / 2);
+    ASSERT_TRUE(v->textPress(LeftButton, grab.x(), grab.y()));
+    EXPECT_TRUE(v->textMove(LeftButton, 5000, 5000));
+    EXPECT_TRUE(v->textRelease());
+    EXPECT_LE(l.left + l.width, pic.right() + 1);
+    EXPECT_LT(l.top, pic.bottom());
+    EXPECT_GT(l.left, pic.left());
+}

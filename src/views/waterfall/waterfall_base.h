@@ -58,6 +58,8 @@ class WaterfallBase : public ViewModel {
     void mousePress(int button, int x, int y) override;
     void mouseMove(int buttons, int x, int y) override;
     void mouseRelease(int button, int x, int y) override;
+    /// Text stands and is dragged over the picture.
+    QRect textArea() const override { return picRect_; }
 
     // ---- The rows ------------------------------------------------------------------------------
     /// One row for the trace on show, forward or back as PlayRew says.
