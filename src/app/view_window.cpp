@@ -30,7 +30,7 @@ ViewWindow::ViewWindow(ViewModel& model, QWidget* parent)
     hs_->setObjectName(QStringLiteral("HS"));
     hs_->setSingleStep(1);
     setAttribute(Qt::WA_OpaquePaintEvent);
-    setMinimumSize(209, 216);
+    setMinimumSize(model_.minimumSize());
     setMouseTracking(true);
     connect(hs_, &QScrollBar::valueChanged, this, [this](int v) {
         if (mirroring_ || !loaded_) return;
@@ -67,6 +67,9 @@ void ViewWindow::mirrorScrollBar() {
 }
 
 void ViewWindow::refresh() {
+    // The labels the view shows may have changed (a read-out switched on, a new data set's
+    // captions): the window keeps to the size that shows them whole.
+    if (loaded_) setMinimumSize(model_.minimumSize());
     mirrorScrollBar();
     update();
 }

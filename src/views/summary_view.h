@@ -24,6 +24,8 @@ class SummaryView : public ViewModel {
     /// "Waterfall view", a blank line, the file, "94 traces of 1024 samples at 48000 Hz" and
     /// "trace 7".
     QImage picture() const override;
+    /// Its lines stand centred in the picture, sized to it: no labels to keep whole.
+    std::vector<Label> visibleLabels() const override { return {}; }
     void mousePress(int, int, int) override {}
     void mouseMove(int, int, int) override {}
     void mouseRelease(int, int, int) override {}

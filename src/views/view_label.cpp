@@ -36,6 +36,15 @@ void setLabelText(Label& l, const std::string& text) {
     l.height = fm.height();
 }
 
+Label rotatedLabel(const std::string& text, int cx, int cy, int pixelSize, const QString& family) {
+    QFont f(family);
+    f.setPixelSize(std::max(pixelSize, 1));
+    const QFontMetrics fm(f);
+    const int w = fm.horizontalAdvance(QString::fromStdString(text));
+    const int h = fm.height();
+    return Label{.text = text, .left = cx - h / 2, .top = cy - w / 2, .width = h, .height = w};
+}
+
 void paintLabel(QPainter& p, const Label& l, const QColor& c) {
     if (!l.visible || l.text.empty()) return;
     p.setPen(c);

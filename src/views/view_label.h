@@ -8,6 +8,7 @@
 #include <QRgb>
 #include <QSize>
 #include <string>
+#include <vector>
 
 class QPainter;
 
@@ -39,6 +40,10 @@ struct ScrollBar {
 /// Height of every view's trace scroll bar, in window pixels.
 inline constexpr int kScrollHeight = 17;
 
+/// The smallest view window: room for the graph, its scroll bar and the shortest labels.
+inline constexpr int kMinViewWidth = 209;
+inline constexpr int kMinViewHeight = 216;
+
 /// The fixed room round a view's graph, in pixels: left of and above it for the labels, what
 /// the window has beyond the graph's size, and the smallest window.
 struct GraphMargins {
@@ -63,6 +68,15 @@ bool moveScrollBar(ScrollBar& hs, int value);
 QFont labelFont();
 /// Sets a label's text and sizes the label to it, keeping its left edge.
 void setLabelText(Label& l, const std::string& text);
+
+/// The upright box of `text` turned a quarter turn about (cx, cy), as Surface::textRotated
+/// paints it in a font of `pixelSize` pixels of `family`.
+Label rotatedLabel(const std::string& text, int cx, int cy, int pixelSize, const QString& family);
+/// Adds the labels that show (visible, with text) to `into`.
+template <class Labels> void addShown(std::vector<Label>& into, const Labels& labels) {
+    for (const Label& l : labels)
+        if (l.visible && !l.text.empty()) into.push_back(l);
+}
 
 /// Paints a visible label's text in its box.
 void paintLabel(QPainter& p, const Label& l, const QColor& c);

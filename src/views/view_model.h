@@ -13,6 +13,7 @@
 #include <QPainter>
 #include <algorithm>
 #include <string>
+#include <vector>
 
 namespace kv {
 
@@ -52,6 +53,12 @@ class ViewModel {
     /// The whole view as the user sees it.
     virtual QImage picture() const = 0;
     const ScrollBar& scrollBar() const { return HS_; }
+    /// The smallest window that shows the view's labels whole, as the view stands now (the
+    /// read-outs that are on, the captions its data gives); the window holds itself to it.
+    virtual QSize minimumSize() const { return {kMinViewWidth, kMinViewHeight}; }
+    /// The view's own texts on show, where the picture has them (window pixels), the free text
+    /// not included: what the minimum size has to keep whole and apart.
+    virtual std::vector<Label> visibleLabels() const = 0;
     /// The user moved the scroll bar to `value`, held in its range: a change runs HS_Change,
     /// as a scroll bar fires its change event.
     virtual void scrolled(int value) {

@@ -390,6 +390,34 @@ void OscopeView::mouseRelease(int button, int x, int y) {
 
 // ---- The window as one image ------------------------------------------------------------------
 
+std::vector<Label> OscopeView::visibleLabels() const {
+    std::vector<Label> all;
+    addShown(all, lbly_);
+    addShown(all, lblX_);
+    addShown(all, std::array{Label1_, lblMyTm_, lbldB_});
+    addShown(all, An_);
+    addShown(all, lblK_);
+    addShown(all, lblMarker1_);
+    all.push_back(rotatedLabel(txtText_, picTextRect_.center().x() + 1,
+                               picTextRect_.top() + picTextRect_.height() / 2, 13,
+                               QStringLiteral("Arial")));
+    return all;
+}
+
+QSize OscopeView::minimumSize() const {
+    // The time per division centred under the graph; the read-outs side by side over it, free
+    // to run on into the right margin; the amplitude caption turned up beside the graph.
+    int row = 0;
+    for (const Label& l : An_)
+        if (l.visible) row += l.width + 10;
+    const Label caption = rotatedLabel(txtText_, 0, 0, 13, QStringLiteral("Arial"));
+    const int width = std::max({kMinFormWidth, kWidthMargin + Label1_.width + 2, kGraphLeft + row});
+    // Nine amplitude labels, a grid row apart.
+    const int labelsHeight = 8 * (lbly_[0].height + 1);
+    return {width, std::max({kMinFormHeight, kHeightMargin + caption.height + 4,
+                             kHeightMargin + labelsHeight})};
+}
+
 QImage OscopeView::picture() const {
     const ProgramState& s = st();
     QImage img(std::max(formWidth_, 1), std::max(formHeight_, 1), QImage::Format_RGB32);

@@ -118,6 +118,8 @@ class OscopeView : public ViewModel {
     void command(const std::string& name) override;
     /// The whole view as the user sees it: graph, labels, cursors, pointer, scroll bar.
     QImage picture() const override;
+    QSize minimumSize() const override;
+    std::vector<Label> visibleLabels() const override;
     /// Text is dragged over the graph.
     QRect textArea() const override { return graphRect_; }
     /// Sends a press to a cursor handle when one is under it, else to the graph.

@@ -369,6 +369,25 @@ void PhaseView::mouseRelease(int button, int x, int y) {
 
 // ---- The window as one image ------------------------------------------------------------------
 
+QSize PhaseView::minimumSize() const {
+    int widest = 0;
+    for (const Label& l : lblX_)
+        if (l.visible) widest = std::max(widest, l.width);
+    // Eleven labels a tenth of the graph apart on the linear axis; the log axis spaces its own.
+    const int graphWidth = 10 * (widest + 2);
+    const int graphHeight = 8 * lbly_[0].height;
+    return {std::max(kMinWidth, kWidthMargin + graphWidth),
+            std::max(kMinHeight, kHeightMargin + graphHeight)};
+}
+
+std::vector<Label> PhaseView::visibleLabels() const {
+    std::vector<Label> all;
+    addShown(all, lbly_);
+    addShown(all, lblX_);
+    addShown(all, std::array{lblSX_, lblHz_, lblDeg_});
+    return all;
+}
+
 QImage PhaseView::picture() const {
     QImage img(std::max(formWidth_, 1), std::max(formHeight_, 1), QImage::Format_RGB32);
     img.fill(kFormBackColor);

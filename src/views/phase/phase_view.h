@@ -58,6 +58,10 @@ class PhaseView : public ViewModel {
     /// Empties the picture (the First button does this).
     void clearPicture() override { Cls(); }
     QImage picture() const override;
+    /// Room for the frequency labels side by side under the graph, the phase labels one above
+    /// the other beside it.
+    QSize minimumSize() const override;
+    std::vector<Label> visibleLabels() const override;
     void mousePress(int button, int x, int y) override;
     void mouseMove(int buttons, int x, int y) override;
     void mouseRelease(int button, int x, int y) override;

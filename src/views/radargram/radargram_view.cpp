@@ -297,6 +297,11 @@ void RadargramView::ThinTimeLabels() {
         l[size_t(i)].visible = i == 8;
 }
 
+void RadargramView::addScaleLabels(std::vector<Label>& into) const {
+    addShown(into, lbly_);
+    addShown(into, std::array{lblSc_, lblT_});
+}
+
 void RadargramView::paintScaleLabels(QPainter& p) const {
     const int x0 = picRect_.right() + 9 + waterfall::kScaleWidth;
     for (int i = 0; i < 9; ++i) {

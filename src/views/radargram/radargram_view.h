@@ -69,6 +69,7 @@ class RadargramView : public waterfall::WaterfallBase {
     void placeLabels() override;
     QString title() const override;
     void paintScaleLabels(QPainter& p) const override;
+    void addScaleLabels(std::vector<Label>& into) const override;
     bool pointerReadout() override;
 
   private:

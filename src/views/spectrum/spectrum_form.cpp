@@ -235,6 +235,20 @@ QImage SpectrumForm::picture() const {
     return img;
 }
 
+QSize SpectrumForm::minimumSize() const {
+    return spectrumMinimumSize(view_, wb_.st);
+}
+
+std::vector<Label> SpectrumForm::visibleLabels() const {
+    SpectrumTexts t =
+        spectrumTexts(view_, wb_.st, {window_.width(), window_.height() - kScrollHeight});
+    std::vector<Label> all = std::move(t.black);
+    all.insert(all.end(), t.level.begin(), t.level.end());
+    all.insert(all.end(), t.pointer.begin(), t.pointer.end());
+    std::erase_if(all, [](const Label& l) { return l.text.empty(); });
+    return all;
+}
+
 QRect SpectrumForm::textArea() const {
     const PlotMargins m;
     return QRect(m.left, m.top, std::max(view_.PlotW(), 1), std::max(view_.PlotH(), 1));

@@ -50,6 +50,8 @@ class SpectrumForm : public ViewModel {
     void redraw() override { relayout(); }
     void traceChanged() override { DrawTimer(); }
     QImage picture() const override;
+    QSize minimumSize() const override;
+    std::vector<Label> visibleLabels() const override;
     /// Text is dragged over the plot.
     QRect textArea() const override;
     /// The Spectrum view runs its chain for every move of its scroll bar, also to where it is.

@@ -464,25 +464,35 @@ QSize plotSizeFor(QSize window) {
             std::max(0, window.height() - m.top - m.bottom)};
 }
 
-void paintSpectrumView(QPainter& p, const SpectrumView& v, const ProgramState& st) {
-    const PlotMargins m;
-    const QRect all = p.viewport();
-    p.fillRect(all, QColor(240, 240, 240));
-    p.drawImage(m.left, m.top, v.surface().image());
-    QFont font = p.font();
-    font.setPixelSize(11);
-    p.setFont(font);
-    const QFontMetrics fm(font);
-    const int asc = fm.ascent();
-    p.setPen(QColor(0, 0, 0));
+namespace {
 
+/// The font of the view's texts: the painter's own at 11 pixels.
+QFont spectrumFont() {
+    QFont f;
+    f.setPixelSize(11);
+    return f;
+}
+
+} // namespace
+
+SpectrumTexts spectrumTexts(const SpectrumView& v, const ProgramState& st, QSize window) {
+    const PlotMargins m;
+    const QFontMetrics fm(spectrumFont());
+    SpectrumTexts t;
+    auto place = [&](std::vector<Label>& into, const QString& s, int x, int y) {
+        into.push_back(Label{.text = s.toStdString(),
+                             .left = x,
+                             .top = y,
+                             .width = fm.horizontalAdvance(s),
+                             .height = fm.height()});
+    };
     // Level labels: lbly(0) at the top edge, lbly(i) at GridYs(i).
     const auto& ly = v.lbly();
     for (size_t i = 0; i < ly.size(); ++i) {
         const int row = i == 0 ? 0 : v.GridYs()[i - 1];
         const QString s = QString::fromStdString(ly[i]);
-        const int y = std::clamp(m.top + row - fm.height() / 2, 0, all.height() - fm.height());
-        p.drawText(m.left - 4 - fm.horizontalAdvance(s), y + asc, s);
+        const int y = std::clamp(m.top + row - fm.height() / 2, 0, window.height() - fm.height());
+        place(t.black, s, m.left - 4 - fm.horizontalAdvance(s), y);
     }
     // Frequency labels, centred under their grid line.
     const int xRow = m.top + v.PlotH() + 3;
@@ -491,17 +501,17 @@ void paintSpectrumView(QPainter& p, const SpectrumView& v, const ProgramState& s
         const QString s = QString::fromStdString(l.text);
         const int tw = fm.horizontalAdvance(s);
         // The last label stands on the right edge: keep it whole inside the window.
-        const int x = std::min(m.left + l.left - tw / 2, all.width() - tw - 2);
+        const int x = std::min(m.left + l.left - tw / 2, window.width() - tw - 2);
         // Log marks crowd at the top of each decade; a label that would run into the one before
         // it is left out rather than printed over it.
         if (x < freeFrom) continue;
-        p.drawText(x, xRow + asc, s);
+        place(t.black, s, x, xRow);
         freeFrom = x + tw + 4;
     }
     const QString unit = QString::fromStdString(v.XUnitText() + "   " + v.xStepText());
-    p.drawText(all.width() - m.right - fm.horizontalAdvance(unit), xRow + fm.height() + asc, unit);
+    place(t.black, unit, window.width() - m.right - fm.horizontalAdvance(unit), xRow + fm.height());
     const QString cap = QString::fromStdString(v.txtText());
-    p.drawText(all.width() - m.right - fm.horizontalAdvance(cap), 4 + asc, cap);
+    place(t.black, cap, window.width() - m.right - fm.horizontalAdvance(cap), 4);
     // The read-out labels along the top, left to right: the metrics that are on, then the peak.
     const auto metricsShown = analysisLabelsShown(st);
     std::array<bool, 7> shown{};
@@ -517,7 +527,60 @@ void paintSpectrumView(QPainter& p, const SpectrumView& v, const ProgramState& s
         widths[i] = fm.horizontalAdvance(texts[i]);
     const auto lefts = analysisLabelLefts(m.left + v.peakLabel().left, shown, widths);
     for (size_t i = 0; i < 7; ++i)
-        if (shown[i]) p.drawText(lefts[i], 4 + asc, texts[i]);
+        if (shown[i]) place(t.black, texts[i], lefts[i], 4);
+    if (v.levelLineShown()) {
+        const int y = m.top + int(std::lround(v.LevelY()));
+        place(t.level, QString::fromStdString(v.lbldbS().text), m.left + v.PlotW() + 2,
+              y + fm.ascent() / 2 - fm.ascent());
+    }
+    if (v.lblMyFr().visible) {
+        const QString fr = QString::fromStdString(v.lblMyFr().text);
+        const int x = m.left + v.lblMyFr().left, y = m.top + v.lblMyFr().top;
+        place(t.pointer, fr, x, y);
+        if (v.lbldB().visible) {
+            const QString db = QString::fromStdString(v.lbldB().text);
+            place(t.pointer, db, x - fm.horizontalAdvance(db), y);
+        }
+    }
+    return t;
+}
+
+QSize spectrumMinimumSize(const SpectrumView& v, const ProgramState& st) {
+    const PlotMargins m;
+    const QFontMetrics fm(spectrumFont());
+    // The read-outs change with every trace: each metric is measured at its widest figure, so
+    // that the smallest window does not change from one trace to the next.
+    static const char* const kPrefix[6] = {
+        "SNR: ", "THD: ", "SINAD: ", "SFDR: ", "ENOB: ", "THD+N: "};
+    const auto on = analysisLabelsShown(st);
+    int row = m.left + v.peakLabel().left;
+    for (size_t i = 0; i < 6; ++i)
+        if (on[i]) row += fm.horizontalAdvance(QString(kPrefix[i]) + "-888.88Bits  ") + 3;
+    if (v.peakLabel().visible)
+        row += fm.horizontalAdvance(QString::fromStdString(v.peakLabel().text)) + 3;
+    const QString cap = QString::fromStdString(v.txtText());
+    const int width = row + 4 + fm.horizontalAdvance(cap) + m.right;
+    // The frequency unit and step under the frequency labels; ten level labels down the side.
+    const QString unit = QString::fromStdString(v.XUnitText() + "   " + v.xStepText());
+    const int unitWidth = m.left + fm.horizontalAdvance(unit) + m.right;
+    const int plotHeight = 10 * (fm.height() + 1);
+    return {std::max({kMinViewWidth, width, unitWidth}),
+            std::max(kMinViewHeight, m.top + plotHeight + m.bottom + kScrollHeight)};
+}
+
+void paintSpectrumView(QPainter& p, const SpectrumView& v, const ProgramState& st) {
+    const PlotMargins m;
+    const QRect all = p.viewport();
+    p.fillRect(all, QColor(240, 240, 240));
+    p.drawImage(m.left, m.top, v.surface().image());
+    const QFont font = spectrumFont();
+    p.setFont(font);
+    const QFontMetrics fm(font);
+    const int asc = fm.ascent();
+    p.setPen(QColor(0, 0, 0));
+    const SpectrumTexts texts = spectrumTexts(v, st, all.size());
+    for (const Label& l : texts.black)
+        p.drawText(l.left, l.top + asc, QString::fromStdString(l.text));
 
     if (v.levelLineShown()) {
         const int y = m.top + int(std::lround(v.LevelY()));

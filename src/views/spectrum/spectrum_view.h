@@ -200,5 +200,15 @@ struct PlotMargins {
     int left = 56, top = 22, right = 14, bottom = 40;
 };
 QSize plotSizeFor(QSize window);
+/// The texts round the plot in a window of the given size, where paintSpectrumView puts them
+/// (window pixels): the black ones (level and frequency labels, axis captions, read-outs), the
+/// level line's label, and the pointer's read-outs.
+struct SpectrumTexts {
+    std::vector<Label> black, level, pointer;
+};
+SpectrumTexts spectrumTexts(const SpectrumView& v, const ProgramState& st, QSize window);
+/// The smallest window that shows the view's texts whole: the read-outs that are on side by side
+/// with the axis caption, and room for the level labels.
+QSize spectrumMinimumSize(const SpectrumView& v, const ProgramState& st);
 
 } // namespace kv::spectrum

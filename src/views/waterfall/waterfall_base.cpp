@@ -288,6 +288,16 @@ void WaterfallBase::mouseRelease(int, int, int) {
 // ---- The whole view
 // ------------------------------------------------------------------------------
 
+std::vector<Label> WaterfallBase::visibleLabels() const {
+    std::vector<Label> all;
+    addShown(all, lblX_);
+    addShown(all, std::array{lblTopScan_, lblBottenScan_, lblSX_, lblTime_, lblHz_});
+    addScaleLabels(all);
+    all.push_back(rotatedLabel(title().toStdString(), kPicLeft / 2, picRect_.center().y(), 13,
+                               QStringLiteral("Arial")));
+    return all;
+}
+
 QImage WaterfallBase::picture() const {
     QImage img(std::max(formWidth_, 1), std::max(formHeight_, 1), QImage::Format_RGB32);
     img.fill(kFormBackColor);

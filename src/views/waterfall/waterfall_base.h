@@ -55,6 +55,7 @@ class WaterfallBase : public ViewModel {
     void reset(bool atEnd) override;
     void command(const std::string& name) override;
     QImage picture() const override;
+    std::vector<Label> visibleLabels() const override;
     void mousePress(int button, int x, int y) override;
     void mouseMove(int buttons, int x, int y) override;
     void mouseRelease(int button, int x, int y) override;
@@ -118,6 +119,8 @@ class WaterfallBase : public ViewModel {
     virtual QString title() const = 0;
     /// The labels beside the colour scale.
     virtual void paintScaleLabels(class QPainter& p) const = 0;
+    /// The labels beside the colour scale, as paintScaleLabels paints them.
+    virtual void addScaleLabels(std::vector<Label>& into) const = 0;
     /// What the pointer reads besides the trace, into lblHz; false leaves both labels empty.
     virtual bool pointerReadout() = 0;
     /// The row made from `bytes` as RowWidth pixels in the palette's colours into Picture1.

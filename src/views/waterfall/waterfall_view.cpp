@@ -231,6 +231,11 @@ void WaterfallView::levelLabels() {
     lbldBB_.top = 3;
 }
 
+void WaterfallView::addScaleLabels(std::vector<Label>& into) const {
+    addShown(into, lbldB_);
+    addShown(into, std::array{lbldBB_});
+}
+
 void WaterfallView::paintScaleLabels(QPainter& p) const {
     const int x0 = picRect_.right() + 9 + kScaleWidth;
     for (int i = 0; i < 5; ++i) {

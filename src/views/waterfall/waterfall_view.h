@@ -76,6 +76,7 @@ class WaterfallView : public WaterfallBase {
     void placeLabels() override;
     QString title() const override;
     void paintScaleLabels(QPainter& p) const override;
+    void addScaleLabels(std::vector<Label>& into) const override;
     bool pointerReadout() override;
 
   private:
