@@ -5,6 +5,7 @@
 #include "commands/open.h"
 #include "state/settings.h"
 
+#include <cmath>
 #include <filesystem>
 #include <fstream>
 #include <random>
@@ -109,6 +110,14 @@ std::vector<uint8_t> wavBytes(int channels, int sampleRate, int bits,
             u16(uint32_t(uint16_t(int16_t(s))));
     }
     return b;
+}
+
+std::vector<int> noisySine(int count) {
+    std::vector<int> s;
+    for (int i = 0; i < count; ++i)
+        s.push_back(int(std::lround(16000 * std::sin(2 * M_PI * 1000.0 * i / 8000))) +
+                    (i * 7919) % 601 - 300);
+    return s;
 }
 
 std::string realData(const std::string& relative) {

@@ -56,6 +56,10 @@ std::string readText(const std::string& path);
 std::vector<uint8_t> wavBytes(int channels, int sampleRate, int bits,
                               const std::vector<int>& samples);
 
+/// Samples of a 1 kHz sine at 8 kHz, amplitude 16000, over a floor of noise (so that the
+/// spectrum's curve crosses every column): `count` 16-bit values.
+std::vector<int> noisySine(int count);
+
 /// Path of a file under ../shared/data/real, or "" when that folder is absent.
 std::string realData(const std::string& relative);
 

@@ -21,11 +21,8 @@ struct Marking : ::testing::Test {
     SpectrumForm form{b.wb};
     const PlotMargins m;
     void SetUp() override {
-        std::vector<int> s;
-        for (int i = 0; i < 4 * 256; ++i)
-            s.push_back(int(std::lround(16000 * std::sin(2 * M_PI * 1000.0 * i / 8000))) +
-                        (i * 7919) % 601 - 300);
-        test::writeFile(b.home.file("sine.wav"), test::wavBytes(1, 8000, 16, s));
+        test::writeFile(b.home.file("sine.wav"),
+                        test::wavBytes(1, 8000, 16, test::noisySine(4 * 256)));
         b.st.SettingsOverrides["gen.sp_samples"] = "256";
         b.start();
         b.import(b.home.file("sine.wav"));

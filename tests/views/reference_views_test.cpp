@@ -24,11 +24,8 @@ struct SpectrumRefs : ::testing::Test {
     spectrum::SpectrumForm form{b.wb};
     RefFields f;
     void SetUp() override {
-        std::vector<int> s;
-        for (int i = 0; i < 4 * 256; ++i)
-            s.push_back(int(std::lround(16000 * std::sin(2 * M_PI * 1000.0 * i / 8000))) +
-                        (i * 7919) % 601 - 300);
-        test::writeFile(b.home.file("sine.wav"), test::wavBytes(1, 8000, 16, s));
+        test::writeFile(b.home.file("sine.wav"),
+                        test::wavBytes(1, 8000, 16, test::noisySine(4 * 256)));
         b.st.SettingsOverrides["gen.sp_samples"] = "256";
         b.start();
         b.import(b.home.file("sine.wav"));

@@ -40,6 +40,23 @@ struct Rows : ::testing::Test {
         st.ColLogX.assign(c.size(), 0.0f);
         st.ColumnCount = int32_t(c.size()) - 1;
     }
+    /// A radargram of 300 x 260 over a working file of `traces` traces of `samples` floats,
+    /// trace k (from 0) all at 10 * k.
+    std::unique_ptr<radargram::RadargramView> radargramOver(int traces, int samples) {
+        std::vector<uint8_t> bytes;
+        for (int k = 0; k < traces; ++k)
+            for (int i = 0; i < samples; ++i) {
+                const float x = float(10 * k);
+                const auto* p = reinterpret_cast<const uint8_t*>(&x);
+                bytes.insert(bytes.end(), p, p + 4);
+            }
+        st.ActiveTracePath = b.home.file("temp.sp");
+        test::writeFile(st.ActiveTracePath, bytes);
+        st.FirstTracePos = 1;
+        auto r = std::make_unique<radargram::RadargramView>(b.wb);
+        r->load(300, 260);
+        return r;
+    }
     void open(int w = 300, int h = 260) {
         v = std::make_unique<WaterfallView>(b.wb);
         v->load(w, h);
@@ -238,18 +255,7 @@ TEST_F(Rows, TheRadargramIgnoresALevelRedrawAndRebuildsWithAWholeNumberGain) {
     st.SampleRate = 8000;
     st.TimeWindowed = 0;
     // Four traces of 8 samples, trace k all at 10 * k.
-    std::vector<uint8_t> bytes;
-    for (int k = 0; k < 4; ++k)
-        for (int i = 0; i < 8; ++i) {
-            const float x = float(10 * k);
-            const auto* p = reinterpret_cast<const uint8_t*>(&x);
-            bytes.insert(bytes.end(), p, p + 4);
-        }
-    st.ActiveTracePath = b.home.file("temp.sp");
-    test::writeFile(st.ActiveTracePath, bytes);
-    st.FirstTracePos = 1;
-    auto r = std::make_unique<RadargramView>(b.wb);
-    r->load(300, 260);
+    auto r = radargramOver(4, 8);
     EXPECT_TRUE(st.RadargramOpen);
     EXPECT_EQ(r->lblSX().text, "100us/div");
     st.TraceBuf.assign(9, 0.0f);
@@ -281,18 +287,7 @@ TEST_F(Rows, ANewTraceLengthMakesTheRadargramsRowsAgainAtThatLength) {
     st.SampleRate = 8000;
     st.TimeWindowed = 0;
     // Eight traces of 4 samples, trace k (from 0) all at 10 * k: read 8 at a time, two at once.
-    std::vector<uint8_t> bytes;
-    for (int k = 0; k < 8; ++k)
-        for (int i = 0; i < 4; ++i) {
-            const float x = float(10 * k);
-            const auto* p = reinterpret_cast<const uint8_t*>(&x);
-            bytes.insert(bytes.end(), p, p + 4);
-        }
-    st.ActiveTracePath = b.home.file("temp.sp");
-    test::writeFile(st.ActiveTracePath, bytes);
-    st.FirstTracePos = 1;
-    auto r = std::make_unique<RadargramView>(b.wb);
-    r->load(300, 260);
+    auto r = radargramOver(8, 4);
     st.TraceBuf.assign(9, 0.0f);
     st.PlayRew = false;
     for (int k = 0; k < 3; ++k)
