@@ -35,28 +35,31 @@ bool taperStep(double width, int32_t& out) {
 
 } // namespace
 
-void GPRFilter(ProgramState& st) {
+BandEdgeBins bandEdgeBins(const ProgramState& st, double limitDb) {
     const int32_t bins = std::min<int32_t>(st.Fft_Samples / 2, int32_t(st.SpAmp.size()));
     const float fs = st.FullScalePos;
-    const double limit = double(st.PeakDb) - 10.0;
     const auto level = [&](int32_t j) {
         return float(20.0 * Log10(double(st.SpAmp[size_t(j)] / fs), fs));
     };
-    const double offset = 0.0; // the frequency axis starts at 0 Hz
-    int32_t hi = 0;
+    BandEdgeBins e;
     for (int32_t j = std::max(st.PeakBin, 0); j < bins; ++j)
-        if (level(j) <= limit) {
-            hi = j;
+        if (level(j) <= limitDb) {
+            e.high = j;
             break;
         }
-    st.GprHighHz = f32(double(st.BinWidth) * hi + offset);
-    int32_t lo = 0;
     for (int32_t j = std::min(st.PeakBin, bins - 1); j >= 1; --j)
-        if (level(j) <= limit) {
-            lo = j;
+        if (level(j) <= limitDb) {
+            e.low = j;
             break;
         }
-    st.GprLowHz = f32(double(st.BinWidth) * lo + offset);
+    return e;
+}
+
+void GPRFilter(ProgramState& st) {
+    const BandEdgeBins e = bandEdgeBins(st, double(st.PeakDb) - 10.0);
+    const double offset = 0.0; // the frequency axis starts at 0 Hz
+    st.GprHighHz = f32(double(st.BinWidth) * e.high + offset);
+    st.GprLowHz = f32(double(st.BinWidth) * e.low + offset);
 }
 
 BandFigure bandFigure(double hz) {

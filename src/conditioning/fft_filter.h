@@ -15,6 +15,15 @@ struct ProgramState;
 /// gives 0 Hz (the axis offset alone).
 void GPRFilter(ProgramState& st);
 
+/// The bins where the spectrum on show first falls to `limitDb` (dB of full scale) or under it:
+/// `high` going up from PeakBin to the last bin, `low` going down from PeakBin to bin 1; 0 for a
+/// side with no such bin. The GPR read-out searches 10 dB under the peak, the Spectrum view's
+/// bandwidth mark at its own level.
+struct BandEdgeBins {
+    int32_t low = 0, high = 0;
+};
+BandEdgeBins bandEdgeBins(const ProgramState& st, double limitDb);
+
 /// One figure of the band read-out: in Hz, kHz above 10^3 or MHz above 10^6, as "###.#" and
 /// its unit.
 struct BandFigure {

@@ -35,6 +35,11 @@ void dlgFilterSel::Form_Load(Workbench& wb, FilterSelFields& f) {
 void mnuGPR_Click(Workbench& wb) {
     wb.st.GprHighHz = 0;
     GPRFilter(wb.st);
+    // The band measured is marked on the spectrum too, trace after trace, until the data set
+    // closes: two crosses where the curve falls to the "dB bandwith" level.
+    wb.st.GprFilterOn = true;
+    wb.cmd.check("mnuGPR");
+    wb.cmd.touch();
     wb.views.showDialog(wb, "dlgFilterSel", true);
 }
 

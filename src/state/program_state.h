@@ -159,7 +159,7 @@ struct ProgramState {
     bool AnalysOnFFT = false;
     bool ShowTHD = false, ShowTHDN = false, ShowSFDR = false, ShowSINAD = false, ShowSNR = false,
          ShowENOB = false;
-    bool GprFilterOn = false;
+    bool GprFilterOn = false; // the GPR read-out was taken: the spectrum shows the bandwidth mark
     bool FftFilterOn = false;
     bool WhiteningOn = false;
     bool AutotuneOn = false;

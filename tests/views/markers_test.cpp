@@ -1,7 +1,8 @@
 // Markers on the Spectrum view: what a marker reads under its cross on a known sine, a column
 // without the curve, the table's headings and distances, the row click, the pop-up and the
-// limit of 20.
+// limit of 20; and the bandwidth mark's two crosses on the same sine.
 #include "commands/commands.h"
+#include "platform/numeric.h"
 #include "support/test_home.h"
 #include "views/spectrum/spectrum_form.h"
 
@@ -117,4 +118,63 @@ TEST(MarkerCommands, TheMenuTicksTheModeAndNoMarkersClearsAll) {
     menuCommand(b.wb, "mnuExM");
     EXPECT_EQ(b.st.MarkerCount, 0);
     EXPECT_TRUE(b.cmd.menu("mnuMarkers").available && b.cmd.button(55).available);
+}
+
+TEST(BandwidthMark, CrossesTheCurveWhereItFallsToTheBandwidthLevelOnEveryScale) {
+    test::Bench b;
+    SpectrumForm form{b.wb};
+    const PlotMargins m;
+    test::writeFile(b.home.file("sine.wav"), test::wavBytes(1, 8000, 16, test::noisySine(4 * 256)));
+    b.st.SettingsOverrides["gen.sp_samples"] = "256";
+    b.start();
+    b.import(b.home.file("sine.wav"));
+    form.load(600 + m.left + m.right, 300 + m.top + m.bottom + kScrollHeight);
+    form.firstDraw();
+    ASSERT_EQ(b.st.Bred, 3);
+    EXPECT_TRUE(form.view().BredMarks(b.st, feedFrom(b.st)).empty()); // not before the read-out
+    menuCommand(b.wb, "mnuGPR");
+    EXPECT_TRUE(b.cmd.checked("mnuGPR"));
+    const QRgb contrast = QColor(colorFromIni(b.st.FFT_BackColor) ^ 0x00FFFFFFu).rgb();
+
+    auto check = [&](const std::string& scale, double levelDb) {
+        SCOPED_TRACE(scale);
+        form.relayout();
+        const auto marks = form.view().BredMarks(b.st, feedFrom(b.st));
+        ASSERT_EQ(marks.size(), 2u);
+        // One cross each side of the 1 kHz peak, both on the row of the bandwidth level.
+        EXPECT_LT(marks[0].hz, b.st.PeakFreq);
+        EXPECT_GT(marks[1].hz, b.st.PeakFreq);
+        const QImage pic = form.picture();
+        for (const auto& mk : marks) {
+            const int x = m.left + int(std::lround(mk.x)), y = m.top + mk.y;
+            for (const QPoint d :
+                 {QPoint(0, 0), QPoint(-3, -3), QPoint(3, 3), QPoint(-3, 3), QPoint(3, -3)})
+                EXPECT_EQ(pic.pixel(x + d.x(), y + d.y()), contrast) << mk.x << " " << d.x();
+            EXPECT_NE(pic.pixel(x + 1, y), contrast); // a cross, not a box
+            // The pointer at the cross reads the edge frequency and the bandwidth level.
+            const auto t = form.view().ReadoutAt(b.st, feedFrom(b.st), mk.x, float(mk.y), false, 0);
+            ASSERT_TRUE(t);
+            EXPECT_NEAR(t->FreqShown, mk.hz, mk.hz * 1e-4);
+            EXPECT_NEAR(Val(t->lbldB), levelDb, double(b.st.PlotRange) / 300);
+            // The edge is where the curve has fallen 3 dB under the peak, and the bin before it
+            // (towards the peak) has not.
+            const auto bin = size_t(std::lround(mk.hz / b.st.BinWidth));
+            const auto db = [&](size_t j) {
+                return 20 * std::log10(b.st.SpAmp[j] / b.st.FullScalePos);
+            };
+            EXPECT_LE(db(bin), b.st.PeakDb - 3 + 1e-3);
+            EXPECT_GT(db(mk.hz < b.st.PeakFreq ? bin + 1 : bin - 1), b.st.PeakDb - 3);
+        }
+    };
+    // In dBFS the row is 3 dB under full scale.
+    check("dBFS, linear X", -3.0);
+    b.st.DrSet = 2;
+    check("dBFS, log X", -3.0);
+    b.st.DrSet = 1;
+    b.st.dBFS_On = false;
+    check("dBc", -3.0);
+    // On a linear level axis there is no dB level to mark.
+    b.st.YLinear = true;
+    form.relayout();
+    EXPECT_TRUE(form.view().BredMarks(b.st, feedFrom(b.st)).empty());
 }

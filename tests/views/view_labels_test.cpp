@@ -101,3 +101,27 @@ TEST_F(Smallest, TheSpectrumViewsSmallestWindowGrowsWithItsReadOuts) {
         pressButton(b.wb, button);
     EXPECT_EQ(m.minimumSize().width(), bare);
 }
+
+TEST_F(Smallest, TheSpectrumPhaseAndOscopeViewsTurnTheirAxisCaptionUpBesideTheGraph) {
+    for (ViewId v : {ViewId::Spectrum, ViewId::Oscope, ViewId::Phase}) {
+        SCOPED_TRACE(viewName(v));
+        const ViewModel& m = atMinimum(v);
+        const std::vector<Label> labels = m.visibleLabels();
+        const auto up = std::find_if(labels.begin(), labels.end(),
+                                     [](const Label& l) { return l.height > 3 * l.width; });
+        ASSERT_NE(up, labels.end()) << "an upright caption";
+        EXPECT_LT(up->right(), 30) << "left of the level labels";
+        // Ink in the caption's box: the text reads from the foot up, so its box is taller than
+        // wide and dark pixels run along its height.
+        const QImage pic = m.picture();
+        int top = pic.height(), bottom = -1;
+        for (int y = up->top; y < up->bottom(); ++y)
+            for (int x = up->left; x < up->right(); ++x)
+                if (qGray(pic.pixel(x, y)) < 100) {
+                    top = std::min(top, y);
+                    bottom = std::max(bottom, y);
+                }
+        EXPECT_GT(bottom - top, up->height * 3 / 4) << up->text;
+        views.unloadView(b.wb, v);
+    }
+}

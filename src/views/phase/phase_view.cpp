@@ -86,6 +86,17 @@ void PhaseView::placeGraph(int w, int h) {
     HS_.rect = g.scrollBar;
     PhaseWidth_ = graphRect_.width();
     PhaseHeight_ = graphRect_.height();
+    const int capH = std::min(160, graphRect_.height());
+    picTextRect_ = QRect(6, graphRect_.top() + (graphRect_.height() - capH) / 2, 20, capH);
+    ShowYText();
+}
+
+void PhaseView::ShowYText() {
+    picText_.resize(std::max(picTextRect_.width(), 1), std::max(picTextRect_.height(), 1),
+                    kFormBackColor);
+    picText_.textRotated(picText_.width() / 2, picText_.height() / 2,
+                         QString::fromStdString(txtText_), qRgb(0, 0, 0), 13,
+                         QStringLiteral("Arial"));
 }
 
 void PhaseView::Form_Load(int w, int h) {
@@ -376,8 +387,11 @@ QSize PhaseView::minimumSize() const {
     // Eleven labels a tenth of the graph apart on the linear axis; the log axis spaces its own.
     const int graphWidth = 10 * (widest + 2);
     const int graphHeight = 8 * lbly_[0].height;
-    return {std::max(kMinWidth, kWidthMargin + graphWidth),
-            std::max(kMinHeight, kHeightMargin + graphHeight)};
+    // The caption turned up beside the graph stands whole.
+    const Label caption = rotatedLabel(txtText_, 0, 0, 13, QStringLiteral("Arial"));
+    return {
+        std::max(kMinWidth, kWidthMargin + graphWidth),
+        std::max({kMinHeight, kHeightMargin + graphHeight, kHeightMargin + caption.height + 4})};
 }
 
 std::vector<Label> PhaseView::visibleLabels() const {
@@ -385,6 +399,9 @@ std::vector<Label> PhaseView::visibleLabels() const {
     addShown(all, lbly_);
     addShown(all, lblX_);
     addShown(all, std::array{lblSX_, lblHz_, lblDeg_});
+    all.push_back(rotatedLabel(txtText_, picTextRect_.center().x() + 1,
+                               picTextRect_.top() + picTextRect_.height() / 2, 13,
+                               QStringLiteral("Arial")));
     return all;
 }
 
@@ -396,6 +413,7 @@ QImage PhaseView::picture() const {
     p.setFont(labelFont());
     const QPoint g = graphRect_.topLeft();
     p.drawImage(g, picF_.image());
+    p.drawImage(picTextRect_.topLeft(), picText_.image());
     const QColor ink(Qt::black);
     for (const auto& l : lbly_)
         paintLabel(p, l, ink);

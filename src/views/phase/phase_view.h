@@ -127,12 +127,17 @@ class PhaseView : public ViewModel {
     const std::string& axisText() const { return axisText_; }
     const Label& lblHz() const { return lblHz_; }
     const Label& lblDeg() const { return lblDeg_; }
+    /// The phase axis' caption, turned up beside the graph, and where it stands in the window.
+    const std::string& txtText() const { return txtText_; }
+    const QRect& picTextRect() const { return picTextRect_; }
     bool lnPec_V() const { return lnPec_V_; }
     const ScrollBar& HS() const { return HS_; }
 
   private:
     ProgramState& st() const;
     void placeGraph(int width, int height);
+    /// Paints the caption, turned a quarter turn, centred in `picText`.
+    void ShowYText();
     void paintGrid(QRgb back);
     void readout(int x, int y);
     bool inGraph(int x, int y) const;
@@ -160,6 +165,10 @@ class PhaseView : public ViewModel {
     Label lblSX_;                // "2.4 kHz/div"
     std::string axisText_;
     Label lblHz_, lblDeg_; // pointer read-outs
+    // The axis is fixed at 45 degrees a division; the caption says so as the O-scope's does.
+    std::string txtText_ = "45 degrees /Div";
+    Surface picText_;
+    QRect picTextRect_;
     bool lnPec_V_ = false, lnPec_G_ = false;
     int pointerX_ = 0, pointerY_ = 0;
 };

@@ -229,8 +229,15 @@ QImage SpectrumForm::picture() const {
     QPainter p(&img);
     p.drawImage(0, 0, plot);
     const PlotMargins m;
-    paintMarkers(p, markers_, wb_.st.MarkerCount, QPoint(m.left, m.top),
-                 QColor(colorFromIni(wb_.st.FFT_BackColor) ^ 0x00FFFFFFu));
+    const QColor contrast(colorFromIni(wb_.st.FFT_BackColor) ^ 0x00FFFFFFu);
+    paintMarkers(p, markers_, wb_.st.MarkerCount, QPoint(m.left, m.top), contrast);
+    if (!wb_.st.TempPath.empty()) {
+        // Clipped to the plot: a cross at its edge does not run into the labels.
+        p.setClipRect(textArea());
+        DrawBredMarks(p, view_.BredMarks(wb_.st, feedFrom(wb_.st)), QPoint(m.left, m.top),
+                      contrast);
+        p.setClipping(false);
+    }
     paintScrollBar(p, HS_);
     return img;
 }
@@ -245,6 +252,7 @@ std::vector<Label> SpectrumForm::visibleLabels() const {
     std::vector<Label> all = std::move(t.black);
     all.insert(all.end(), t.level.begin(), t.level.end());
     all.insert(all.end(), t.pointer.begin(), t.pointer.end());
+    all.push_back(t.caption);
     std::erase_if(all, [](const Label& l) { return l.text.empty(); });
     return all;
 }

@@ -1,6 +1,7 @@
 // The Spectrum view's layout and drawing.
 #include "views/spectrum/spectrum_view.h"
 
+#include "conditioning/fft_filter.h"
 #include "engine/display_map.h"
 #include "engine/metrics.h"
 #include "platform/numeric.h"
@@ -456,6 +457,36 @@ std::optional<PointerText> SpectrumView::ReadoutAt(const ProgramState& st, const
     return spectrum::PointerReadout(in);
 }
 
+float SpectrumView::columnOf(const ProgramState& st, const SpectrumFeed& f, double hz) const {
+    const double W = PlotW_;
+    if (st.DrSet == 2) {
+        const double K = W / Log10(st.Sp_Samples / 2.0, st.FullScalePos);
+        return f32(K * std::log10(hz / f.BinWidth));
+    }
+    if (st.SpanActive) return f32((hz - f.SpanLowFreq) * W / (f.SpanHighFreq - f.SpanLowFreq));
+    return f32(hz * W / f.MaxFreq);
+}
+
+std::vector<SpectrumView::BredMark> SpectrumView::BredMarks(const ProgramState& st,
+                                                            const SpectrumFeed& f) const {
+    std::vector<BredMark> marks;
+    if (!st.GprFilterOn || st.YLinear || st.PlotRange == 0 || PlotW_ <= 0) return marks;
+    // The row of the level Bred under the plot's 0 dB (full scale, or the peak in dBc). The
+    // edges are the band's: where the curve falls Bred under its peak, searched as the GPR
+    // read-out searches. In dBc both are the same level and the crosses sit on the curve; in
+    // dBFS they do when the peak is at full scale.
+    const double rowDb = st.dBFS_On ? double(st.Bred) + st.Offset_Log : double(st.Bred);
+    const int y = toInt32(rowDb * PlotH_ / st.PlotRange);
+    const BandEdgeBins e = bandEdgeBins(st, double(f.PeakDb) - st.Bred);
+    for (const int32_t bin : {e.low, e.high}) {
+        if (bin <= 0) continue;
+        const double hz = f.BinWidth * bin;
+        const float x = columnOf(st, f, hz);
+        if (std::isfinite(x) && x >= 0 && x < float(PlotW_)) marks.push_back({x, y, hz});
+    }
+    return marks;
+}
+
 // ---- The view as its window shows it -------------------------------------------------------
 
 QSize plotSizeFor(QSize window) {
@@ -466,6 +497,9 @@ QSize plotSizeFor(QSize window) {
 
 namespace {
 
+/// The level axis' name is turned up in a font of the platform this many pixels high.
+constexpr int kCaptionPixels = 13;
+
 /// The font of the view's texts: the painter's own at 11 pixels.
 QFont spectrumFont() {
     QFont f;
@@ -474,6 +508,11 @@ QFont spectrumFont() {
 }
 
 } // namespace
+
+QRect captionRect(const SpectrumView& v) {
+    const PlotMargins m;
+    return QRect(2, m.top, 20, std::max(v.PlotH(), 0));
+}
 
 SpectrumTexts spectrumTexts(const SpectrumView& v, const ProgramState& st, QSize window) {
     const PlotMargins m;
@@ -510,8 +549,10 @@ SpectrumTexts spectrumTexts(const SpectrumView& v, const ProgramState& st, QSize
     }
     const QString unit = QString::fromStdString(v.XUnitText() + "   " + v.xStepText());
     place(t.black, unit, window.width() - m.right - fm.horizontalAdvance(unit), xRow + fm.height());
-    const QString cap = QString::fromStdString(v.txtText());
-    place(t.black, cap, window.width() - m.right - fm.horizontalAdvance(cap), 4);
+    const QRect capRect = captionRect(v);
+    t.caption =
+        rotatedLabel(v.txtText(), capRect.center().x() + 1, capRect.top() + capRect.height() / 2,
+                     kCaptionPixels, QStringLiteral("Arial"));
     // The read-out labels along the top, left to right: the metrics that are on, then the peak.
     const auto metricsShown = analysisLabelsShown(st);
     std::array<bool, 7> shown{};
@@ -558,12 +599,13 @@ QSize spectrumMinimumSize(const SpectrumView& v, const ProgramState& st) {
         if (on[i]) row += fm.horizontalAdvance(QString(kPrefix[i]) + "-888.88Bits  ") + 3;
     if (v.peakLabel().visible)
         row += fm.horizontalAdvance(QString::fromStdString(v.peakLabel().text)) + 3;
-    const QString cap = QString::fromStdString(v.txtText());
-    const int width = row + 4 + fm.horizontalAdvance(cap) + m.right;
-    // The frequency unit and step under the frequency labels; ten level labels down the side.
+    const int width = row + m.right;
+    // The frequency unit and step under the frequency labels; ten level labels down the side,
+    // and the level axis' name turned up beside them.
     const QString unit = QString::fromStdString(v.XUnitText() + "   " + v.xStepText());
     const int unitWidth = m.left + fm.horizontalAdvance(unit) + m.right;
-    const int plotHeight = 10 * (fm.height() + 1);
+    const Label caption = rotatedLabel(v.txtText(), 0, 0, kCaptionPixels, QStringLiteral("Arial"));
+    const int plotHeight = std::max(10 * (fm.height() + 1), caption.height + 4);
     return {std::max({kMinViewWidth, width, unitWidth}),
             std::max(kMinViewHeight, m.top + plotHeight + m.bottom + kScrollHeight)};
 }
@@ -581,6 +623,15 @@ void paintSpectrumView(QPainter& p, const SpectrumView& v, const ProgramState& s
     const SpectrumTexts texts = spectrumTexts(v, st, all.size());
     for (const Label& l : texts.black)
         p.drawText(l.left, l.top + asc, QString::fromStdString(l.text));
+    // The caption as the O-scope paints its own: on a patch of the form's colour, turned up.
+    const QRect capRect = captionRect(v);
+    if (capRect.height() > 0) {
+        Surface picText(capRect.width(), capRect.height(), kFormBackColor);
+        picText.textRotated(picText.width() / 2, picText.height() / 2,
+                            QString::fromStdString(v.txtText()), qRgb(0, 0, 0), kCaptionPixels,
+                            QStringLiteral("Arial"));
+        p.drawImage(capRect.topLeft(), picText.image());
+    }
 
     if (v.levelLineShown()) {
         const int y = m.top + int(std::lround(v.LevelY()));
@@ -608,6 +659,16 @@ void paintSpectrumView(QPainter& p, const SpectrumView& v, const ProgramState& s
             p.fillRect(x - w, y, w, fm.height(), QColor(255, 255, 225));
             p.drawText(x - w, y + asc, db);
         }
+    }
+}
+
+void DrawBredMarks(QPainter& p, const std::vector<SpectrumView::BredMark>& marks, QPoint origin,
+                   QColor c) {
+    p.setPen(c);
+    for (const auto& m : marks) {
+        const int x = origin.x() + int(std::lround(m.x)), y = origin.y() + m.y;
+        p.drawLine(x - 3, y - 3, x + 3, y + 3);
+        p.drawLine(x - 3, y + 3, x + 3, y - 3);
     }
 }
 

@@ -85,6 +85,20 @@ class SpectrumView {
         return line == 2 ? RefPoints2_ : RefPoints1_;
     }
 
+    /// One cross of the bandwidth mark: its centre on the plot and the edge frequency it marks.
+    struct BredMark {
+        float x = 0;
+        int y = 0;
+        double hz = 0;
+    };
+    /// The bandwidth mark while it shows (the GPR read-out was taken, a dB scale): a cross at
+    /// each edge where the curve on show falls Bred dB under its peak, on the row of the level
+    /// Bred under the plot's 0 dB (full scale in dBFS, the peak in dBc). A side with no such bin
+    /// has none.
+    std::vector<BredMark> BredMarks(const ProgramState& st, const SpectrumFeed& f) const;
+    /// The column of a frequency on the present X scale, the inverse of the pointer read-out.
+    float columnOf(const ProgramState& st, const SpectrumFeed& f, double hz) const;
+
     // The pointer cross: a press, a move with the left button held, the release.
     void MouseDown(const ProgramState& st, const SpectrumFeed& f, int button, float x, float y);
     void MouseMove(const ProgramState& st, const SpectrumFeed& f, int button, float x, float y);
@@ -195,6 +209,10 @@ class SpectrumView {
 /// the level and frequency labels round it, the axis captions, the peak text, and the pointer
 /// cross while it shows.
 void paintSpectrumView(QPainter& p, const SpectrumView& v, const ProgramState& st);
+/// Paints the bandwidth mark's crosses (`lnBredR`, `lnBredC`) over a plot whose corner is
+/// `origin`.
+void DrawBredMarks(QPainter& p, const std::vector<SpectrumView::BredMark>& marks, QPoint origin,
+                   QColor c);
 /// The margins round the plot in a window of the given size, and the plot size they leave.
 struct PlotMargins {
     int left = 56, top = 22, right = 14, bottom = 40;
@@ -202,10 +220,14 @@ struct PlotMargins {
 QSize plotSizeFor(QSize window);
 /// The texts round the plot in a window of the given size, where paintSpectrumView puts them
 /// (window pixels): the black ones (level and frequency labels, axis captions, read-outs), the
-/// level line's label, and the pointer's read-outs.
+/// level line's label, the pointer's read-outs, and the level axis' caption.
 struct SpectrumTexts {
     std::vector<Label> black, level, pointer;
+    Label caption; ///< the level axis' name, turned up beside the level labels
 };
+/// Where the level axis' name stands, turned a quarter turn, in a window of the given size:
+/// left of the level labels, as high as the plot.
+QRect captionRect(const SpectrumView& v);
 SpectrumTexts spectrumTexts(const SpectrumView& v, const ProgramState& st, QSize window);
 /// The smallest window that shows the view's texts whole: the read-outs that are on side by side
 /// with the axis caption, and room for the level labels.
