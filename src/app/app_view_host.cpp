@@ -50,6 +50,9 @@ void AppViewHost::show(Workbench& wb, ViewId v, ViewModel& m) {
     view->tipText = [&wb](int position) {
         return QString::fromStdString(traceTipText(wb.st, position));
     };
+    view->afterClick = [this] {
+        if (onViewClicked) onViewClicked();
+    };
     view->resize(640, 420);
     auto* sub = area_->addSubWindow(view);
     sub->setAttribute(Qt::WA_DeleteOnClose);

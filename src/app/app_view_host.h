@@ -58,6 +58,8 @@ class AppViewHost : public ModelViewHost {
     std::function<void()> onViewClosed;
     /// Called after a view showed a new trace, so that the status bar can follow a loop.
     std::function<void()> onTraceShown;
+    /// Called after a press or a release in a view window (a marker set there fills the table).
+    std::function<void()> onViewClicked;
 
   protected:
     void show(Workbench& wb, ViewId v, ViewModel& m) override;

@@ -140,6 +140,7 @@ MainWindow::MainWindow(const std::string& home, Host* host, QWidget* parent)
     st_.AppPath = home;
     views_.onViewClosed = [this] { syncFromModel(); };
     views_.onTraceShown = [this] { syncPanels(); };
+    views_.onViewClicked = [this] { syncFromModel(); };
     views_.runCommand = [this](const std::function<void()>& f) { runCommand(f); };
     views_.otherDialog = [this](const std::string& name, bool modal) { showDialog(name, modal); };
     setCentralWidget(mdi_);

@@ -102,6 +102,7 @@ void ViewWindow::mousePressEvent(QMouseEvent* e) {
     model_.mousePress(buttonsOf(e->button()), x, y);
     if (model_.takePopupRequest() && popup_) popup_->popup(e->globalPosition().toPoint());
     refresh();
+    if (afterClick) afterClick();
 }
 
 void ViewWindow::mouseMoveEvent(QMouseEvent* e) {
@@ -123,6 +124,7 @@ void ViewWindow::mouseReleaseEvent(QMouseEvent* e) {
     }
     model_.mouseRelease(buttonsOf(e->button()), int(e->position().x()), int(e->position().y()));
     refresh();
+    if (afterClick) afterClick();
 }
 
 void ViewWindow::closeEvent(QCloseEvent* e) {

@@ -31,6 +31,9 @@ class ViewWindow : public QWidget {
     void refresh();
     /// The scroll bar's tip for a position ("Trace k of N"), shown on hover and while dragging.
     std::function<QString(int)> tipText;
+    /// After a press or a release went to the model: what it changed beyond the picture (a
+    /// marker set, commands enabled) shows in the rest of the workbench.
+    std::function<void()> afterClick;
 
   protected:
     void paintEvent(QPaintEvent*) override;
