@@ -6,6 +6,7 @@
 #include "engine/engine.h"
 #include "import/file_filters.h"
 #include "import/format_table.h"
+#include "options/palette.h"
 #include "platform/files.h"
 #include "platform/message_title.h"
 #include "platform/numeric.h"
@@ -376,6 +377,12 @@ bool Command2_Click(Workbench& wb, SettingsFields& f) {
     if (f.palChoice > 0) {
         st.IndP = int16_t(f.palChoice);
         st.PalAd = f.palSlots[size_t(f.palChoice - 1)];
+        // The open waterfall takes the palette for its next row and its colour scale, as the
+        // palette chooser's OK gives it.
+        st.PalPath = palettePath(st, st.PalAd);
+        st.PalFile = st.PalPath;
+        const ViewId v = st.BscanShow == 1 ? ViewId::Radargram : ViewId::Waterfall;
+        if (viewFlag(st, v)) wb.views.viewCommand(wb, v, "DrawBMP");
     }
     const int16_t zoom = waterfallZoomOf(f.cmbWView);
     if (zoom != st.WaterfallZoom) {

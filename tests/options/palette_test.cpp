@@ -1,6 +1,9 @@
-// Palette files as the waterfalls read them, and the palette chooser.
+// Palette files as the waterfalls read them, the palette chooser, and the palette in use kept
+// across a restart whichever way it was chosen.
 #include "options/palette.h"
 
+#include "options/settings_dialog.h"
+#include "state/settings.h"
 #include "support/test_home.h"
 
 #include <filesystem>
@@ -85,4 +88,41 @@ TEST(PaletteChooser, OkWithNothingPickedAsksForAPaletteAndStays) {
     EXPECT_FALSE(dlgPal::OKButton_Click(b.wb, f));
     EXPECT_EQ(b.st.PalFile, palettePath(b.st, b.st.pal[2]));
     EXPECT_EQ(b.st.PalPath, b.st.PalFile);
+}
+
+TEST(PaletteChooser, EitherRoutesChoiceIsThePaletteInUseAfterARestart) {
+    test::Bench b;
+    b.start();
+    b.st.WaterfallOpen = true;
+    // A start reads the settings file again, with nothing of this run kept.
+    auto restart = [&] {
+        b.st.PalAd.clear();
+        b.st.IndP = 0;
+        ReadINI(b.wb);
+    };
+
+    // The palette chooser (toolbar and menu).
+    PalFields f;
+    dlgPal::Form_Load(b.wb, f);
+    dlgPal::imgPal_Click(f, 4);
+    b.views.log.clear();
+    EXPECT_FALSE(dlgPal::OKButton_Click(b.wb, f));
+    EXPECT_EQ(b.views.log, std::vector<std::string>{"command Waterfall DrawBMP"});
+    restart();
+    EXPECT_EQ(b.st.PalAd, b.st.pal[4]);
+    EXPECT_EQ(b.st.IndP, 5);
+
+    // The options page: the slot picked, then OK; the open waterfall takes it at once too.
+    SettingsFields s;
+    dlgSettings::Form_Load(b.wb, s);
+    dlgSettings::imgPal_Click(b.wb, s, 3);
+    b.views.log.clear();
+    dlgSettings::Command3_Click(b.wb, s);
+    EXPECT_EQ(b.st.PalFile, palettePath(b.st, b.st.pal[2]));
+    EXPECT_NE(std::find(b.views.log.begin(), b.views.log.end(), "command Waterfall DrawBMP"),
+              b.views.log.end());
+    restart();
+    EXPECT_EQ(b.st.PalAd, b.st.pal[2]);
+    EXPECT_EQ(b.st.IndP, 3);
+    EXPECT_TRUE(b.host.messages.empty());
 }
