@@ -76,10 +76,18 @@ void ViewWindow::refresh() {
 
 void ViewWindow::paintEvent(QPaintEvent*) {
     QPainter p(this);
-    if (loaded_)
-        p.drawImage(0, 0, model_.pictureWithText());
-    else
+    if (!loaded_) {
         p.fillRect(rect(), QColor(kFormBackColor));
+        return;
+    }
+    p.drawImage(0, 0, model_.pictureWithText());
+    // The picture has the window's size in logical pixels, the same on every screen, and the
+    // screen shows it enlarged pixel for pixel. On a screen of finer pixels the labels on plain
+    // ground are painted again over it at the screen's own resolution, so that text stays sharp;
+    // the curves, grids and rows are what the view drew.
+    if (devicePixelRatioF() > 1.0)
+        for (const Label& l : model_.visibleLabels())
+            if (l.opaque) repaintLabel(p, l);
 }
 
 void ViewWindow::resizeEvent(QResizeEvent*) {

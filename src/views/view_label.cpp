@@ -42,7 +42,39 @@ Label rotatedLabel(const std::string& text, int cx, int cy, int pixelSize, const
     const QFontMetrics fm(f);
     const int w = fm.horizontalAdvance(QString::fromStdString(text));
     const int h = fm.height();
-    return Label{.text = text, .left = cx - h / 2, .top = cy - w / 2, .width = h, .height = w};
+    Label l{.text = text, .left = cx - h / 2, .top = cy - w / 2, .width = h, .height = w};
+    l.rotation = 90;
+    l.family = family;
+    l.pixelSize = std::max(pixelSize, 1);
+    return l;
+}
+
+QFont Label::font() const {
+    QFont f;
+    if (!family.isEmpty()) f.setFamily(family);
+    f.setPixelSize(std::max(pixelSize, 1));
+    return f;
+}
+
+void repaintLabel(QPainter& p, const Label& l) {
+    if (!l.visible || l.text.empty()) return;
+    const QRect box(l.left, l.top, l.width, l.height);
+    if (l.opaque) p.fillRect(box, QColor(l.background));
+    const QFont f = l.font();
+    const QString s = QString::fromStdString(l.text);
+    p.setFont(f);
+    p.setPen(QColor(l.color));
+    if (l.rotation == 0) {
+        p.drawText(box, Qt::AlignLeft | Qt::AlignVCenter, s);
+        return;
+    }
+    // As Surface::textRotated turns it: about the box's centre, a quarter turn back.
+    const QFontMetrics fm(f);
+    p.save();
+    p.translate(l.left + l.width / 2, l.top + l.height / 2);
+    p.rotate(-90.0);
+    p.drawText(-fm.horizontalAdvance(s) / 2, (fm.ascent() - fm.descent()) / 2, s);
+    p.restore();
 }
 
 void paintLabel(QPainter& p, const Label& l, const QColor& c) {

@@ -14,18 +14,38 @@ class QPainter;
 
 namespace kv {
 
+/// The windows' own background, around the graph.
+inline constexpr QRgb kFormBackColor = 0xFFF0F0F0u;
+
 /// A text of a view: an axis label, a read-out, a caption. Positions are in the pixels of
-/// whatever the view places it against (its window, or its plot for the Spectrum view).
+/// whatever the view places it against (its window, or its plot for the Spectrum view). How it
+/// is painted goes with it, so that a window on a screen of finer pixels can paint the text
+/// again at the screen's resolution over the view's picture: its colour and font, a quarter
+/// turn for an upright caption (its box then is taller than wide), and the plain colour under
+/// it where the view paints it on one (`opaque`), which clears the coarse text first.
 struct Label {
     std::string text;
     int left = 0, top = 0, width = 0, height = 0;
     bool visible = true;
+    QRgb color = 0xFF000000u;
+    bool opaque = false;
+    QRgb background = kFormBackColor;
+    int rotation = 0; ///< 0, or 90: turned counter-clockwise, read from the foot up
+    QString family = QStringLiteral("DejaVu Sans"); ///< empty: the painter's own
+    int pixelSize = 11;
     int right() const { return left + width; }
     int bottom() const { return top + height; }
+    /// The font the text is painted in.
+    QFont font() const;
 };
 
-/// The windows' own background, around the graph.
-inline constexpr QRgb kFormBackColor = 0xFFF0F0F0u;
+/// The label as painted on a plain `background` in `color`.
+inline Label onBackground(Label l, QRgb background, QRgb color = 0xFF000000u) {
+    l.opaque = true;
+    l.background = background;
+    l.color = color;
+    return l;
+}
 
 /// Mouse buttons as the views' events take them (a held set is an OR of these).
 enum Button : int { NoButton = 0, LeftButton = 1, RightButton = 2, MiddleButton = 4 };
@@ -77,6 +97,14 @@ template <class Labels> void addShown(std::vector<Label>& into, const Labels& la
     for (const Label& l : labels)
         if (l.visible && !l.text.empty()) into.push_back(l);
 }
+/// The same for labels painted in black on the form's own background.
+template <class Labels> void addShownOnForm(std::vector<Label>& into, const Labels& labels) {
+    for (const Label& l : labels)
+        if (l.visible && !l.text.empty()) into.push_back(onBackground(l, kFormBackColor));
+}
+/// Paints a label's text as its fields say, over its background when it is opaque: what a
+/// window does again at the screen's resolution.
+void repaintLabel(QPainter& p, const Label& l);
 
 /// Paints a visible label's text in its box.
 void paintLabel(QPainter& p, const Label& l, const QColor& c);

@@ -392,15 +392,17 @@ void OscopeView::mouseRelease(int button, int x, int y) {
 
 std::vector<Label> OscopeView::visibleLabels() const {
     std::vector<Label> all;
-    addShown(all, lbly_);
-    addShown(all, lblX_);
-    addShown(all, std::array{Label1_, lblMyTm_, lbldB_});
+    addShownOnForm(all, lbly_);
+    addShownOnForm(all, lblX_);
+    addShownOnForm(all, std::array{Label1_});
+    addShown(all, std::array{lblMyTm_, lbldB_});
     addShown(all, An_);
     addShown(all, lblK_);
     addShown(all, lblMarker1_);
-    all.push_back(rotatedLabel(txtText_, picTextRect_.center().x() + 1,
-                               picTextRect_.top() + picTextRect_.height() / 2, 13,
-                               QStringLiteral("Arial")));
+    all.push_back(onBackground(rotatedLabel(txtText_, picTextRect_.center().x() + 1,
+                                            picTextRect_.top() + picTextRect_.height() / 2, 13,
+                                            QStringLiteral("Arial")),
+                               kFormBackColor));
     return all;
 }
 

@@ -396,12 +396,14 @@ QSize PhaseView::minimumSize() const {
 
 std::vector<Label> PhaseView::visibleLabels() const {
     std::vector<Label> all;
-    addShown(all, lbly_);
-    addShown(all, lblX_);
-    addShown(all, std::array{lblSX_, lblHz_, lblDeg_});
-    all.push_back(rotatedLabel(txtText_, picTextRect_.center().x() + 1,
-                               picTextRect_.top() + picTextRect_.height() / 2, 13,
-                               QStringLiteral("Arial")));
+    addShownOnForm(all, lbly_);
+    addShownOnForm(all, lblX_);
+    addShownOnForm(all, std::array{lblSX_});
+    addShown(all, std::array{lblHz_, lblDeg_});
+    all.push_back(onBackground(rotatedLabel(txtText_, picTextRect_.center().x() + 1,
+                                            picTextRect_.top() + picTextRect_.height() / 2, 13,
+                                            QStringLiteral("Arial")),
+                               kFormBackColor));
     return all;
 }
 

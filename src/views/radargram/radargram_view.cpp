@@ -322,8 +322,9 @@ void RadargramView::ThinTimeLabels() {
 }
 
 void RadargramView::addScaleLabels(std::vector<Label>& into) const {
-    addShown(into, lbly_);
-    addShown(into, std::array{lblSc_, lblT_});
+    addShownOnForm(into, lbly_);
+    addShownOnForm(into, std::array{lblSc_});
+    addShown(into, std::array{lblT_});
 }
 
 void RadargramView::paintScaleLabels(QPainter& p) const {

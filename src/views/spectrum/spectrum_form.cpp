@@ -249,10 +249,19 @@ QSize SpectrumForm::minimumSize() const {
 std::vector<Label> SpectrumForm::visibleLabels() const {
     SpectrumTexts t =
         spectrumTexts(view_, wb_.st, {window_.width(), window_.height() - kScrollHeight});
-    std::vector<Label> all = std::move(t.black);
-    all.insert(all.end(), t.level.begin(), t.level.end());
-    all.insert(all.end(), t.pointer.begin(), t.pointer.end());
-    all.push_back(t.caption);
+    // As paintSpectrumView paints them: in the painter's own font, black on the form round the
+    // plot, the level's label in red, the pointer's read-outs on their pale patches.
+    std::vector<Label> all;
+    auto add = [&](const std::vector<Label>& from, QRgb back, QRgb color) {
+        for (const Label& l : from) {
+            all.push_back(onBackground(l, back, color));
+            all.back().family.clear();
+        }
+    };
+    add(t.black, kFormBackColor, qRgb(0, 0, 0));
+    add(t.level, kFormBackColor, qRgb(255, 0, 0));
+    add(t.pointer, qRgb(255, 255, 225), qRgb(0, 0, 0));
+    all.push_back(onBackground(t.caption, kFormBackColor));
     std::erase_if(all, [](const Label& l) { return l.text.empty(); });
     return all;
 }

@@ -290,11 +290,13 @@ void WaterfallBase::mouseRelease(int, int, int) {
 
 std::vector<Label> WaterfallBase::visibleLabels() const {
     std::vector<Label> all;
-    addShown(all, lblX_);
-    addShown(all, std::array{lblTopScan_, lblBottenScan_, lblSX_, lblTime_, lblHz_});
+    addShownOnForm(all, lblX_);
+    addShownOnForm(all, std::array{lblTopScan_, lblBottenScan_, lblSX_});
+    addShown(all, std::array{lblTime_, lblHz_});
     addScaleLabels(all);
-    all.push_back(rotatedLabel(title().toStdString(), kPicLeft / 2, picRect_.center().y(), 13,
-                               QStringLiteral("Arial")));
+    all.push_back(onBackground(rotatedLabel(title().toStdString(), kPicLeft / 2,
+                                            picRect_.center().y(), 13, QStringLiteral("Arial")),
+                               kFormBackColor));
     return all;
 }
 

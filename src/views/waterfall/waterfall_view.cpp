@@ -232,8 +232,8 @@ void WaterfallView::levelLabels() {
 }
 
 void WaterfallView::addScaleLabels(std::vector<Label>& into) const {
-    addShown(into, lbldB_);
-    addShown(into, std::array{lbldBB_});
+    addShownOnForm(into, lbldB_);
+    addShownOnForm(into, std::array{lbldBB_});
 }
 
 void WaterfallView::paintScaleLabels(QPainter& p) const {
