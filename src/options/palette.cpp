@@ -3,7 +3,6 @@
 
 #include "platform/files.h"
 #include "platform/message_title.h"
-#include "state/settings.h"
 #include "state/workbench.h"
 
 #include <algorithm>
@@ -81,11 +80,8 @@ bool OKButton_Click(Workbench& wb, PalFields& f) {
     }
     st.PalPath = palettePath(st, st.pal[size_t(f.choice - 1)]);
     st.PalFile = st.PalPath;
-    // The choice is the palette in use from now on, as one made on the options page is: a view
-    // opened later and the next start take it too, not the one the settings named before.
-    st.PalAd = st.pal[size_t(f.choice - 1)];
-    st.IndP = int16_t(f.choice);
-    SavePalette_toINI(wb);
+    // Only the view on show takes the choice; PalAd and IndP, which a newly opened view and the
+    // next start read, change on the options page alone.
     const ViewId v = st.BscanShow == 1 ? ViewId::Radargram : ViewId::Waterfall;
     if (viewFlag(st, v)) wb.views.viewCommand(wb, v, "DrawBMP");
     return false;

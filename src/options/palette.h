@@ -51,7 +51,7 @@ void Form_Load(Workbench& wb, PalFields& f);
 void imgPal_Click(PalFields& f, int index);
 /// With nothing picked: "Select Palette First!" and the dialog stays (true). Else PalPath and
 /// PalFile name the slot's file and the open waterfall takes it for its next row and its
-/// colour scale; PalAd and IndP name it and are saved; the dialog closes (false).
+/// colour scale; PalAd and IndP stay; the dialog closes (false).
 bool OKButton_Click(Workbench& wb, PalFields& f);
 /// Nothing changes; the dialog closes (false).
 bool CancelButton_Click(Workbench& wb, PalFields& f);

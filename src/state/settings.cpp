@@ -338,13 +338,4 @@ bool SaveReferColors_toINI(Workbench& wb) {
     return saveIni(wb, ini, path);
 }
 
-bool SavePalette_toINI(Workbench& wb) {
-    const std::string path = settingsPath(wb.st);
-    CSimpleIniA ini;
-    loadForWrite(path, ini);
-    put(ini, "BScan", "PalAd", wb.st.PalAd);
-    put(ini, "BScan", "IndP", wb.st.IndP);
-    return saveIni(wb, ini, path);
-}
-
 } // namespace kv

@@ -29,9 +29,6 @@ bool SaveOptions(Workbench& wb);
 /// Writes only the six reference colours.
 bool SaveReferColors_toINI(Workbench& wb);
 
-/// Writes only the palette in use (PalAd and IndP), the rest of the file as it stands.
-bool SavePalette_toINI(Workbench& wb);
-
 /// The factory SP.ini shipped with the workbench, as text.
 const char* factorySettingsText();
 

@@ -1,5 +1,5 @@
 // Palette files as the waterfalls read them, the palette chooser, and the palette in use kept
-// across a restart whichever way it was chosen.
+// across a restart when the options page chose it.
 #include "options/palette.h"
 
 #include "options/settings_dialog.h"
@@ -90,7 +90,7 @@ TEST(PaletteChooser, OkWithNothingPickedAsksForAPaletteAndStays) {
     EXPECT_EQ(b.st.PalPath, b.st.PalFile);
 }
 
-TEST(PaletteChooser, EitherRoutesChoiceIsThePaletteInUseAfterARestart) {
+TEST(PaletteChooser, OnlyTheOptionsPagesChoiceIsThePaletteInUseAfterARestart) {
     test::Bench b;
     b.start();
     b.st.WaterfallOpen = true;
@@ -101,16 +101,19 @@ TEST(PaletteChooser, EitherRoutesChoiceIsThePaletteInUseAfterARestart) {
         ReadINI(b.wb);
     };
 
-    // The palette chooser (toolbar and menu).
+    // The palette chooser (toolbar and menu) colours the open view only.
+    const std::string before = b.st.PalAd;
+    const int16_t slot = b.st.IndP;
     PalFields f;
     dlgPal::Form_Load(b.wb, f);
     dlgPal::imgPal_Click(f, 4);
     b.views.log.clear();
     EXPECT_FALSE(dlgPal::OKButton_Click(b.wb, f));
     EXPECT_EQ(b.views.log, std::vector<std::string>{"command Waterfall DrawBMP"});
+    EXPECT_EQ(b.st.PalFile, palettePath(b.st, b.st.pal[4]));
     restart();
-    EXPECT_EQ(b.st.PalAd, b.st.pal[4]);
-    EXPECT_EQ(b.st.IndP, 5);
+    EXPECT_EQ(b.st.PalAd, before);
+    EXPECT_EQ(b.st.IndP, slot);
 
     // The options page: the slot picked, then OK; the open waterfall takes it at once too.
     SettingsFields s;

@@ -100,25 +100,13 @@ void RadargramView::command(const std::string& name) {
 }
 
 void RadargramView::UpdateSamp() {
-    ProgramState& s = st();
-    RowWidth_ = s.Sp_Samples;
+    RowWidth_ = st().Sp_Samples;
     UppdateTime_w();
     DrawTimeGrid();
-    if (WfRowsOnShow_ == 0) return;
-    // A new length numbers the traces anew and the workbench goes back to the first one before
-    // this runs. Rebuilt up to the position alone, as a resize does, the picture would then come
-    // out white although rows were on show, and stay so until the user scrolled. Instead the run
-    // starts again at the position, as scrolling there makes it: the trace on show is the newest
-    // row on top, with as many of the traces before it as were on show under it.
-    const int64_t through = int64_t(s.TracePos) + 1;
-    const int64_t rows = std::min<int64_t>(WfRowsOnShow_, through);
-    WfRowsOnShow_ = int32_t(rows);
-    WfTopTrace_ = s.TracePos;
-    s.BackTraceTop = s.TracePos - ViewHeight();
-    Cls();
-    rebuildRows(through - rows + 1, through);
-    showRebuilt();
-    showTraceNumbers();
+    // The rebuild reads up to the trace position. After the options dialog has put that back
+    // to the first trace, the rows on show all lie past it and the picture comes out white until
+    // the next scroll: that is how the workbench has always behaved, so it is kept.
+    if (WfRowsOnShow_ != 0) RebuildPicture();
 }
 
 // ---- Rows
@@ -163,17 +151,12 @@ void RadargramView::ScrollRowUp() {
 }
 
 void RadargramView::RebuildFromFile() {
-    const ProgramState& s = st();
-    RebuildFirst_ = s.BackTraceTop <= 0 ? 1 : WfTopTrace_ - WfRowsOnShow_;
-    RebuildLast_ = WfRowsOnShow_ + WfTopTrace_;
-    rebuildRows(RebuildFirst_, s.TracePos);
-}
-
-void RadargramView::rebuildRows(int64_t first, int64_t through) {
     ProgramState& s = st();
     drawn_ = true;
     const int32_t S = std::max<int32_t>(s.Sp_Samples, 1);
     const int32_t N = s.Fft_Samples;
+    RebuildFirst_ = s.BackTraceTop <= 0 ? 1 : WfTopTrace_ - WfRowsOnShow_;
+    RebuildLast_ = WfRowsOnShow_ + WfTopTrace_;
     const size_t len = size_t(std::max(S, N)) + 1;
     s.BackRe.assign(len, 0.0f);
     std::vector<float> im(len, 0.0f);
@@ -186,7 +169,7 @@ void RadargramView::rebuildRows(int64_t first, int64_t through) {
     std::vector<uint8_t> flat;
     int32_t rows = 0;
     std::vector<float> one(size_t(N) + 1);
-    for (int64_t k = first; k <= through; ++k) {
+    for (int64_t k = RebuildFirst_; k <= s.TracePos; ++k) {
         if (!average) {
             readTrace(s.ActiveTracePath, (k - 1) * stride + s.FirstTracePos, s.BackRe.data(),
                       size_t(N) + 1);
@@ -227,10 +210,6 @@ void RadargramView::rebuildRows(int64_t first, int64_t through) {
 void RadargramView::RebuildPicture() {
     Cls();
     RebuildFromFile();
-    showRebuilt();
-}
-
-void RadargramView::showRebuilt() {
     const int h = std::min(rebuilt_.height(), ViewHeight());
     // From source column 1, as the rows scrolled in are.
     picOriginal_.stretchFrom(rebuilt_, 1, 0, std::max(rebuilt_.width() - 1, 1), h, 0, ViewWidth(),

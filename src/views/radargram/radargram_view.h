@@ -45,8 +45,7 @@ class RadargramView : public waterfall::WaterfallBase {
     void ScrollRowUp() override;
     /// A level change means nothing to a picture of amplitudes: it returns at once.
     void ReDrawBscan() {}
-    /// A new trace length: the time axis again and, with rows on show, the rows from the file,
-    /// as a run that ends at the trace on show (its newest row, on top).
+    /// A new trace length: the time axis again and, with rows on show, the rows from the file.
     void UpdateSamp();
     void UppdateTime_w();
     void DrawTimeGrid();
@@ -76,11 +75,6 @@ class RadargramView : public waterfall::WaterfallBase {
   private:
     /// The row of one trace in samples[0..Sp_Samples-1].
     void makeRow(const std::vector<float>& samples);
-    /// The rows of traces `first` to `through` (counted from 1 in the working file) into the
-    /// rebuilt picture, `first` at its foot.
-    void rebuildRows(int64_t first, int64_t through);
-    /// The rebuilt picture stretched into the rows on show.
-    void showRebuilt();
 
     double DivTime_ = 0.0;
     std::string TimeUnit_;
