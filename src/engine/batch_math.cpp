@@ -10,6 +10,8 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
+#include <limits>
 
 // Each routine is built twice on x86-64, once for AVX2 (eight floats or four doubles a step) and
 // once for the baseline, and the loader picks the one the processor runs. Neither clone may fuse
@@ -22,12 +24,38 @@
 
 namespace kv::batch {
 
+namespace {
+
+/// True when r^2 + i^2 (as s, in single precision) and the bin's amplitude keep their full
+/// precision in single precision: neither squares that leave the range nor a value that is not a
+/// number. Exact zeros are fine.
+inline bool squaresInRange(float r, float i, float s) {
+    return (s >= 0x1p-100f && s < 0x1p100f) || (r == 0.0f && i == 0.0f);
+}
+
+} // namespace
+
 KV_VECTOR_CLONES
 void amplitudes(const float* re, const float* im, float* amp, int32_t n, float gain) {
+    // In single precision, eight bins a step: the amplitude is within an ulp or two of the
+    // double-precision figure. Where single precision would lose it (squares out of range,
+    // values that are not numbers, an odd gain) the double formula decides, so those bins read
+    // exactly as they always did.
+    const float scale = 2.0f / gain;
+    const bool scaleInRange = scale >= 0x1p-60f && scale <= 0x1p60f;
+    uint32_t outOfRange = 0;
+    for (int32_t j = 0; j < n; ++j) {
+        const float r = re[j], i = im[j];
+        const float s = r * r + i * i;
+        outOfRange |= uint32_t(!squaresInRange(r, i, s));
+        amp[j] = std::sqrt(s) * scale;
+    }
+    if (!outOfRange && scaleInRange) return;
     const double g = gain;
     for (int32_t j = 0; j < n; ++j) {
-        const double r = re[j], i = im[j];
-        amp[j] = float(2.0 * std::sqrt(r * r + i * i) / g);
+        const float r = re[j], i = im[j];
+        if (!scaleInRange || !squaresInRange(r, i, r * r + i * i))
+            amp[j] = float(2.0 * std::sqrt(double(r) * r + double(i) * i) / g);
     }
 }
 
@@ -114,5 +142,221 @@ void phaseDegrees(const float* re, const float* im, float* deg, int32_t n, doubl
         deg[j] = d;
     }
 }
+
+// ---- Peak and floor searches --------------------------------------------------------------------
+// Eight bins a step in GCC's generic vectors (two SSE halves on the baseline clone). A value that
+// is not a number never compares greater, smaller or equal, so it never becomes an extreme, as
+// in a running search. Vectors are never passed or returned (that would tie the clones' calls to
+// one instruction set), so loads and splats are spelt out in place.
+
+namespace {
+
+typedef float F8 __attribute__((vector_size(32)));
+typedef int32_t I8 __attribute__((vector_size(32)));
+
+#define KV_SPLAT8(x)                                                                               \
+    F8 {                                                                                           \
+        x, x, x, x, x, x, x, x                                                                     \
+    }
+
+} // namespace
+
+KV_VECTOR_CLONES
+float maxOf(const float* a, int32_t n) {
+    const float none = -std::numeric_limits<float>::infinity();
+    F8 m = KV_SPLAT8(none);
+    int32_t i = 0;
+    for (; i + 8 <= n; i += 8) {
+        F8 x;
+        std::memcpy(&x, a + i, sizeof x);
+        m = x > m ? x : m;
+    }
+    float best = none;
+    for (int k = 0; k < 8; ++k)
+        best = m[k] > best ? m[k] : best;
+    for (; i < n; ++i)
+        if (a[i] > best) best = a[i];
+    return best;
+}
+
+// Where the extreme stands, in one pass: each of eight lanes keeps its own best value and where
+// that stands; the lanes are then compared, ties going to the place a running search would find.
+
+KV_VECTOR_CLONES
+int32_t lastMaxAt(const float* a, int32_t n) {
+    F8 m = KV_SPLAT8(-std::numeric_limits<float>::infinity());
+    I8 at = {-1, -1, -1, -1, -1, -1, -1, -1};
+    I8 idx = {0, 1, 2, 3, 4, 5, 6, 7};
+    const I8 step = {8, 8, 8, 8, 8, 8, 8, 8};
+    int32_t i = 0;
+    for (; i + 8 <= n; i += 8, idx += step) {
+        F8 x;
+        std::memcpy(&x, a + i, sizeof x);
+        const I8 take = x >= m;
+        m = take ? x : m;
+        at = take ? idx : at;
+    }
+    float best = 0.0f;
+    int32_t where = -1;
+    for (int k = 0; k < 8; ++k)
+        if (at[k] >= 0 && (where < 0 || m[k] > best || (m[k] == best && at[k] > where))) {
+            best = m[k];
+            where = at[k];
+        }
+    for (; i < n; ++i)
+        if (a[i] == a[i] && (where < 0 || a[i] >= best)) {
+            best = a[i];
+            where = i;
+        }
+    return where;
+}
+
+KV_VECTOR_CLONES
+int32_t firstMaxAbove(const float* a, const float* disp, float above, int32_t n) {
+    F8 m = KV_SPLAT8(-std::numeric_limits<float>::infinity());
+    const F8 limit = KV_SPLAT8(above);
+    I8 at = {-1, -1, -1, -1, -1, -1, -1, -1};
+    I8 idx = {0, 1, 2, 3, 4, 5, 6, 7};
+    const I8 step = {8, 8, 8, 8, 8, 8, 8, 8};
+    int32_t i = 0;
+    for (; i + 8 <= n; i += 8, idx += step) {
+        F8 x, d;
+        std::memcpy(&x, a + i, sizeof x);
+        std::memcpy(&d, disp + i, sizeof d);
+        const I8 take = (d > limit) & (x > m);
+        m = take ? x : m;
+        at = take ? idx : at;
+    }
+    float best = 0.0f;
+    int32_t where = -1;
+    for (int k = 0; k < 8; ++k)
+        if (at[k] >= 0 && (where < 0 || m[k] > best || (m[k] == best && at[k] < where))) {
+            best = m[k];
+            where = at[k];
+        }
+    for (; i < n; ++i)
+        if (disp[i] > above && a[i] > -std::numeric_limits<float>::infinity() &&
+            (where < 0 || a[i] > best)) {
+            best = a[i];
+            where = i;
+        }
+    return where;
+}
+
+KV_VECTOR_CLONES
+int32_t firstMinAt(const float* a, int32_t n) {
+    F8 m = KV_SPLAT8(std::numeric_limits<float>::infinity());
+    I8 at = {-1, -1, -1, -1, -1, -1, -1, -1};
+    I8 idx = {0, 1, 2, 3, 4, 5, 6, 7};
+    const I8 step = {8, 8, 8, 8, 8, 8, 8, 8};
+    int32_t i = 0;
+    for (; i + 8 <= n; i += 8, idx += step) {
+        F8 x;
+        std::memcpy(&x, a + i, sizeof x);
+        const I8 take = x < m;
+        m = take ? x : m;
+        at = take ? idx : at;
+    }
+    float best = 0.0f;
+    int32_t where = -1;
+    for (int k = 0; k < 8; ++k)
+        if (at[k] >= 0 && (where < 0 || m[k] < best || (m[k] == best && at[k] < where))) {
+            best = m[k];
+            where = at[k];
+        }
+    for (; i < n; ++i)
+        if (a[i] < std::numeric_limits<float>::infinity() && (where < 0 || a[i] < best)) {
+            best = a[i];
+            where = i;
+        }
+    return where;
+}
+
+namespace {
+
+/// True when any of the eight lanes holds v.
+#define KV_ANY_EQUAL8(p, want)                                                                     \
+    ([&] {                                                                                         \
+        F8 x_;                                                                                     \
+        std::memcpy(&x_, (p), sizeof x_);                                                          \
+        const I8 hit_ = x_ == (want);                                                              \
+        int32_t any_ = 0;                                                                          \
+        for (int k_ = 0; k_ < 8; ++k_)                                                             \
+            any_ |= hit_[k_];                                                                      \
+        return any_ != 0;                                                                          \
+    }())
+
+} // namespace
+
+KV_VECTOR_CLONES
+int32_t lastIndexOf(const float* a, int32_t n, float v) {
+    const F8 want = KV_SPLAT8(v);
+    int32_t i = n;
+    for (; i >= 8; i -= 8)
+        if (KV_ANY_EQUAL8(a + i - 8, want)) break;
+    for (int32_t j = i - 1; j >= 0; --j)
+        if (a[j] == v) return j;
+    return -1;
+}
+
+KV_VECTOR_CLONES
+void foldColumns(const float* disp, int32_t count, int32_t b, float* val, int32_t* bin) {
+    int32_t c = 0;
+    if (b >= 16) {
+        // Wide columns: the largest of each, then its last place, eight bins a step.
+        for (; c < count; ++c) {
+            const float* d = disp + int64_t(c) * b;
+            if (!(d[0] == d[0])) {
+                val[c] = d[0];
+                bin[c] = -1;
+                continue;
+            }
+            const int32_t at = lastIndexOf(d, b, maxOf(d, b));
+            val[c] = d[at];
+            bin[c] = int32_t(int64_t(c) * b + at);
+        }
+        return;
+    }
+    // Narrow columns: eight columns side by side, one bin of each a step.
+    for (; c + 8 <= count; c += 8) {
+        F8 v;
+        I8 at;
+        for (int j = 0; j < 8; ++j) {
+            const int32_t i = (c + j) * b;
+            v[j] = disp[i];
+            at[j] = disp[i] == disp[i] ? i : -1;
+        }
+        for (int32_t k = 1; k < b; ++k) {
+            F8 x;
+            I8 here;
+            for (int j = 0; j < 8; ++j) {
+                x[j] = disp[(c + j) * b + k];
+                here[j] = (c + j) * b + k;
+            }
+            const I8 take = v <= x;
+            v = take ? x : v;
+            at = take ? here : at;
+        }
+        for (int j = 0; j < 8; ++j) {
+            val[c + j] = v[j];
+            bin[c + j] = at[j];
+        }
+    }
+    for (; c < count; ++c) {
+        const int32_t i = c * b;
+        float v = disp[i];
+        int32_t at = v == v ? i : -1;
+        for (int32_t k = 1; k < b; ++k)
+            if (v <= disp[i + k]) {
+                v = disp[i + k];
+                at = i + k;
+            }
+        val[c] = v;
+        bin[c] = at;
+    }
+}
+
+#undef KV_ANY_EQUAL8
+#undef KV_SPLAT8
 
 } // namespace kv::batch
