@@ -85,19 +85,16 @@ void decibels(const float* amp, float* disp, int32_t n, float fullScale) {
         e = high ? e + 1.0f : e;
         const float x = m - 1.0f;
         const float z = x * x;
-        float y = ((((((((7.0376836292E-2f * x - 1.1514610310E-1f) * x + 1.1676998740E-1f) * x -
-                        1.2420140846E-1f) *
-                           x +
-                       1.4249322787E-1f) *
-                          x -
-                      1.6668057665E-1f) *
-                         x +
-                     2.0000714765E-1f) *
-                        x -
-                    2.4999993993E-1f) *
-                       x +
-                   3.3333331174E-1f) *
-                  x * z;
+        // The polynomial in x evaluated in pairs (Estrin's scheme) rather than term after term:
+        // the same sum in a quarter of the dependent steps, so that the processor can keep many
+        // bins in flight.
+        const float z2 = z * z;
+        const float p01 = 3.3333331174E-1f + -2.4999993993E-1f * x;
+        const float p23 = 2.0000714765E-1f + -1.6668057665E-1f * x;
+        const float p45 = 1.4249322787E-1f + -1.2420140846E-1f * x;
+        const float p67 = 1.1676998740E-1f + -1.1514610310E-1f * x;
+        const float p = (p01 + p23 * z) + (p45 + p67 * z) * z2 + 7.0376836292E-2f * (z2 * z2);
+        float y = p * x * z;
         // ln 2 in two parts, so that e * ln 2 keeps its precision.
         y += -2.12194440e-4f * e;
         y += -0.5f * z;
@@ -120,15 +117,20 @@ void phaseDegrees(const float* re, const float* im, float* deg, int32_t n, doubl
     const float quarterDown = float(-1.5707963267949 / pi * 180.0);
     for (int32_t j = 0; j < n; ++j) {
         const float x = re[j], y = im[j];
-        const bool xTiny = std::fabs(x) < 1e-7f;
-        const bool yTiny = std::fabs(y) < 1e-7f;
-        const float t = y / (xTiny ? 1.0f : x);
-        const float a = std::fabs(t);
-        // atan on [0, inf): fold onto |u| <= tan(pi/8) around 0, pi/4 or pi/2.
-        const bool far = a > 2.414213562373095f;
-        const bool mid = a > 0.4142135623730950f;
-        const float u = far ? -1.0f / a : (mid ? (a - 1.0f) / (a + 1.0f) : a);
-        const float base = far ? kPiOver2 : (mid ? kPiOver4 : 0.0f);
+        const float ax = std::fabs(x), ay = std::fabs(y);
+        const bool xTiny = ax < 1e-7f;
+        const bool yTiny = ay < 1e-7f;
+        // atan |y/x| folded onto |u| <= tan(pi/8) round 0, pi/4 or pi/2, with u formed from the
+        // two parts in one division: -x/y beyond tan(3pi/8), (y-x)/(y+x) beyond tan(pi/8).
+        const bool far = ay > 2.414213562373095f * ax;
+        const bool mid = ay > 0.4142135623730950f * ax;
+        const float midNum = mid ? ay - ax : ay;
+        const float midDen = mid ? ay + ax : ax;
+        const float num = far ? -ax : midNum;
+        const float den = far ? ay : midDen;
+        const float u = num / den;
+        const float midBase = mid ? kPiOver4 : 0.0f;
+        const float base = far ? kPiOver2 : midBase;
         const float z = u * u;
         const float at =
             base +
@@ -136,7 +138,8 @@ void phaseDegrees(const float* re, const float* im, float* deg, int32_t n, doubl
              3.33329491539e-1f) *
                 z * u +
             u;
-        float d = std::copysign(at, t) * degPerRadian;
+        // The sign of y/x, that of the product.
+        float d = std::copysign(at, x * y) * degPerRadian;
         d += x < 0.0f ? (y < 0.0f ? -halfTurn : halfTurn) : 0.0f;
         d = xTiny ? (yTiny ? 0.0f : (y > 0.0f ? quarterUp : quarterDown)) : d;
         deg[j] = d;
@@ -354,6 +357,55 @@ void foldColumns(const float* disp, int32_t count, int32_t b, float* val, int32_
         val[c] = v;
         bin[c] = at;
     }
+}
+
+KV_VECTOR_CLONES
+bool foldPairs(const float* disp, const float* ph, const float* logs, int32_t count, float* val,
+               int32_t* bin, float* logX, float* phase) {
+    const I8 evens = {0, 2, 4, 6, 8, 10, 12, 14}, odds = {1, 3, 5, 7, 9, 11, 13, 15};
+    const I8 none = {-1, -1, -1, -1, -1, -1, -1, -1};
+    I8 first = {0, 2, 4, 6, 8, 10, 12, 14};
+    const I8 step = {16, 16, 16, 16, 16, 16, 16, 16};
+    I8 carried = {};
+    int32_t c = 0;
+    for (; c + 8 <= count; c += 8, first += step) {
+        const int64_t i = int64_t(c) * 2;
+        F8 lo, hi, plo, phi, llo, lhi;
+        std::memcpy(&lo, disp + i, sizeof lo);
+        std::memcpy(&hi, disp + i + 8, sizeof hi);
+        std::memcpy(&plo, ph + i, sizeof plo);
+        std::memcpy(&phi, ph + i + 8, sizeof phi);
+        std::memcpy(&llo, logs + i, sizeof llo);
+        std::memcpy(&lhi, logs + i + 8, sizeof lhi);
+        const F8 a = __builtin_shuffle(lo, hi, evens), b = __builtin_shuffle(lo, hi, odds);
+        // The first bin compared with itself takes unless it is not a number; the second takes
+        // when it is not below the first.
+        const I8 ok = a == a;
+        const I8 take = a <= b;
+        const F8 v = take ? b : a;
+        const I8 at = take ? first + 1 : (ok ? first : none);
+        const F8 l = take ? __builtin_shuffle(llo, lhi, odds) : __builtin_shuffle(llo, lhi, evens);
+        const F8 p = take ? __builtin_shuffle(plo, phi, odds) : __builtin_shuffle(plo, phi, evens);
+        carried |= ~ok;
+        std::memcpy(val + c, &v, sizeof v);
+        std::memcpy(bin + c, &at, sizeof at);
+        std::memcpy(logX + c, &l, sizeof l);
+        std::memcpy(phase + c, &p, sizeof p);
+    }
+    bool anyCarried = false;
+    for (int k = 0; k < 8; ++k)
+        anyCarried |= carried[k] != 0;
+    for (; c < count; ++c) {
+        const int32_t i = c * 2;
+        const bool take = disp[i] <= disp[i + 1];
+        const int32_t at = take ? i + 1 : (disp[i] == disp[i] ? i : -1);
+        anyCarried |= at < 0;
+        val[c] = take ? disp[i + 1] : disp[i];
+        bin[c] = at;
+        logX[c] = logs[take ? i + 1 : i];
+        phase[c] = ph[take ? i + 1 : i];
+    }
+    return anyCarried;
 }
 
 #undef KV_ANY_EQUAL8

@@ -39,4 +39,10 @@ int32_t firstMinAt(const float* a, int32_t n);
 /// gets bin -1: such a search never moves, and its place is the one of the column before.
 void foldColumns(const float* disp, int32_t count, int32_t b, float* val, int32_t* bin);
 
+/// The same fold for columns of two bins, with the column's log position and phase taken from
+/// logs[bin] and ph[bin] on the way. True when a column's first bin was not a number: that
+/// column's bin is -1 and its position and phase are left for the caller to carry over.
+bool foldPairs(const float* disp, const float* ph, const float* logs, int32_t count, float* val,
+               int32_t* bin, float* logX, float* phase);
+
 } // namespace kv::batch

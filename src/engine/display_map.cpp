@@ -151,15 +151,28 @@ void GenDraw(ProgramState& st) {
     const float logOfZero = f32(Log10(0.0, st.FullScalePos));
     thread_local std::vector<int32_t> peakBins;
     peakBins.resize(count);
-    batch::foldColumns(st.SpDisp.data(), int32_t(count), b, st.ColVal.data(), peakBins.data());
+    const float* ph = st.SpPhase.data();
+    // Columns of two bins, the usual width of a full-band plot, are folded with their positions
+    // and phases in one pass; a fold that must carry a bin over from the column before is done
+    // again the general way.
+    const bool pairsDone =
+        b == 2 && !batch::foldPairs(st.SpDisp.data(), ph, logs, int32_t(count), st.ColVal.data(),
+                                    peakBins.data(), st.ColLogX.data(), st.ColPhase.data());
+    if (!pairsDone)
+        batch::foldColumns(st.SpDisp.data(), int32_t(count), b, st.ColVal.data(),
+                           peakBins.data());
     // The first comparison of a column is of its first bin with itself and always takes, so the
     // phase is the one at the last bin taken; a column that took nothing keeps the bin before.
     int32_t bin = 0;
-    const float* ph = st.SpPhase.data();
-    for (size_t c = 0; c < count; ++c) {
-        bin = peakBins[c] >= 0 ? peakBins[c] : bin;
-        st.ColLogX[c] = bin == 0 ? logOfZero : logs[bin];
-        st.ColPhase[c] = ph[bin];
+    if (pairsDone) {
+        bin = count > 0 ? peakBins[count - 1] : 0;
+        if (count > 0 && peakBins[0] == 0) st.ColLogX[0] = logOfZero;
+    } else {
+        for (size_t c = 0; c < count; ++c) {
+            bin = peakBins[c] >= 0 ? peakBins[c] : bin;
+            st.ColLogX[c] = bin == 0 ? logOfZero : logs[bin];
+            st.ColPhase[c] = ph[bin];
+        }
     }
     st.Sp_Bins = st.ColumnCount = upperBound(count);
 
