@@ -146,6 +146,27 @@ void phaseDegrees(const float* re, const float* im, float* deg, int32_t n, doubl
     }
 }
 
+KV_VECTOR_CLONES
+void windowProducts(const double* w, float* x, int32_t n) {
+    for (int32_t i = 0; i < n; ++i)
+        x[i] = float(w[i] * double(x[i]));
+}
+
+KV_VECTOR_CLONES
+void unpackRealSpectrum(const float* __restrict packed, float* __restrict re, float* __restrict im,
+                        int32_t n, float scale) {
+    const int32_t half = n / 2;
+    for (int32_t k = 0; k <= half && k < n; ++k) {
+        re[k] = packed[2 * k] * scale;
+        im[k] = packed[2 * k + 1] * scale;
+    }
+    // The upper half mirrors the lower: X[n-k] is the conjugate of X[k].
+    for (int32_t k = half + 1; k < n; ++k) {
+        re[k] = packed[2 * (n - k)] * scale;
+        im[k] = -(packed[2 * (n - k) + 1] * scale);
+    }
+}
+
 // ---- Peak and floor searches --------------------------------------------------------------------
 // Eight bins a step in GCC's generic vectors (two SSE halves on the baseline clone). A value that
 // is not a number never compares greater, smaller or equal, so it never becomes an extreme, as

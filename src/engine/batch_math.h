@@ -19,6 +19,14 @@ void decibels(const float* amp, float* disp, int32_t n, float fullScale);
 /// deg[j] = Atan2(im[j], re[j]) / pi * 180, with `pi` the workbench's own constant.
 void phaseDegrees(const float* re, const float* im, float* deg, int32_t n, double pi);
 
+/// x[i] = f32(w[i] * x[i]), the product formed in double: a window applied to a trace.
+void windowProducts(const double* w, float* x, int32_t n);
+
+/// The spectrum of a real input as a real-input transform leaves it (bins 0..n/2, real and
+/// imaginary parts interleaved) into split arrays re[0..n-1], im[0..n-1], times `scale`, the
+/// upper half filled in as the conjugate mirror of the lower.
+void unpackRealSpectrum(const float* packed, float* re, float* im, int32_t n, float scale);
+
 /// The largest number of a[0..n-1]; -infinity when there is none.
 float maxOf(const float* a, int32_t n);
 /// The last index i with a[i] == v; -1 when there is none.

@@ -159,8 +159,7 @@ void GenDraw(ProgramState& st) {
         b == 2 && !batch::foldPairs(st.SpDisp.data(), ph, logs, int32_t(count), st.ColVal.data(),
                                     peakBins.data(), st.ColLogX.data(), st.ColPhase.data());
     if (!pairsDone)
-        batch::foldColumns(st.SpDisp.data(), int32_t(count), b, st.ColVal.data(),
-                           peakBins.data());
+        batch::foldColumns(st.SpDisp.data(), int32_t(count), b, st.ColVal.data(), peakBins.data());
     // The first comparison of a column is of its first bin with itself and always takes, so the
     // phase is the one at the last bin taken; a column that took nothing keeps the bin before.
     int32_t bin = 0;

@@ -13,6 +13,8 @@
 // file) it runs the real-input plan and fills in the mirror half.
 #include "engine/fft.h"
 
+#include "engine/batch_math.h"
+
 #include <fftw3.h>
 
 #include <cstring>
@@ -132,13 +134,7 @@ void forwardReal(float* re, float* im, int32_t n) {
     float* real = tScratch.real.get(un);
     std::memcpy(real, re, sizeof(float) * un);
     fftwf_execute_dft_r2c(p.realForward, real, out);
-    const int32_t half = n / 2;
-    unpack(out, re, im, half + 1, scale);
-    // The upper half mirrors the lower: X[n-k] is the conjugate of X[k].
-    for (int32_t k = half + 1; k < n; ++k) {
-        re[k] = re[n - k];
-        im[k] = -im[n - k];
-    }
+    batch::unpackRealSpectrum(&out[0][0], re, im, n, scale);
 }
 
 void forward(float* re, float* im, int32_t n) {
