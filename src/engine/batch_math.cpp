@@ -7,6 +7,7 @@
 
 #include "engine/spectrum.h"
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstdint>
@@ -156,14 +157,18 @@ KV_VECTOR_CLONES
 void unpackRealSpectrum(const float* __restrict packed, float* __restrict re, float* __restrict im,
                         int32_t n, float scale) {
     const int32_t half = n / 2;
-    for (int32_t k = 0; k <= half && k < n; ++k) {
+    const int32_t upto = std::min(half, n - 1);
+    for (int32_t k = 0; k <= upto; ++k) {
         re[k] = packed[2 * k] * scale;
         im[k] = packed[2 * k + 1] * scale;
     }
-    // The upper half mirrors the lower: X[n-k] is the conjugate of X[k].
-    for (int32_t k = half + 1; k < n; ++k) {
-        re[k] = packed[2 * (n - k)] * scale;
-        im[k] = -(packed[2 * (n - k) + 1] * scale);
+    // The upper half mirrors the lower: X[n-k] is the conjugate of X[k]. Written from the top
+    // down, so that the loop reads and writes forwards.
+    float* __restrict reTop = re + n;
+    float* __restrict imTop = im + n;
+    for (int32_t j = 1; j < n - half; ++j) {
+        reTop[-j] = packed[2 * j] * scale;
+        imTop[-j] = -(packed[2 * j + 1] * scale);
     }
 }
 
@@ -184,24 +189,6 @@ typedef int32_t I8 __attribute__((vector_size(32)));
     }
 
 } // namespace
-
-KV_VECTOR_CLONES
-float maxOf(const float* a, int32_t n) {
-    const float none = -std::numeric_limits<float>::infinity();
-    F8 m = KV_SPLAT8(none);
-    int32_t i = 0;
-    for (; i + 8 <= n; i += 8) {
-        F8 x;
-        std::memcpy(&x, a + i, sizeof x);
-        m = x > m ? x : m;
-    }
-    float best = none;
-    for (int k = 0; k < 8; ++k)
-        best = m[k] > best ? m[k] : best;
-    for (; i < n; ++i)
-        if (a[i] > best) best = a[i];
-    return best;
-}
 
 // Where the extreme stands, in one pass: each of eight lanes keeps its own best value and where
 // that stands; the lanes are then compared, ties going to the place a running search would find.
@@ -296,38 +283,12 @@ int32_t firstMinAt(const float* a, int32_t n) {
     return where;
 }
 
-namespace {
-
-/// True when any of the eight lanes holds v.
-#define KV_ANY_EQUAL8(p, want)                                                                     \
-    ([&] {                                                                                         \
-        F8 x_;                                                                                     \
-        std::memcpy(&x_, (p), sizeof x_);                                                          \
-        const I8 hit_ = x_ == (want);                                                              \
-        int32_t any_ = 0;                                                                          \
-        for (int k_ = 0; k_ < 8; ++k_)                                                             \
-            any_ |= hit_[k_];                                                                      \
-        return any_ != 0;                                                                          \
-    }())
-
-} // namespace
-
-KV_VECTOR_CLONES
-int32_t lastIndexOf(const float* a, int32_t n, float v) {
-    const F8 want = KV_SPLAT8(v);
-    int32_t i = n;
-    for (; i >= 8; i -= 8)
-        if (KV_ANY_EQUAL8(a + i - 8, want)) break;
-    for (int32_t j = i - 1; j >= 0; --j)
-        if (a[j] == v) return j;
-    return -1;
-}
-
 KV_VECTOR_CLONES
 void foldColumns(const float* disp, int32_t count, int32_t b, float* val, int32_t* bin) {
     int32_t c = 0;
     if (b >= 16) {
-        // Wide columns: the largest of each, then its last place, eight bins a step.
+        // Wide columns: the last place of the largest of each, eight bins a step (the first bin
+        // is a number, so there is one).
         for (; c < count; ++c) {
             const float* d = disp + int64_t(c) * b;
             if (!(d[0] == d[0])) {
@@ -335,7 +296,7 @@ void foldColumns(const float* disp, int32_t count, int32_t b, float* val, int32_
                 bin[c] = -1;
                 continue;
             }
-            const int32_t at = lastIndexOf(d, b, maxOf(d, b));
+            const int32_t at = lastMaxAt(d, b);
             val[c] = d[at];
             bin[c] = int32_t(int64_t(c) * b + at);
         }
@@ -429,7 +390,6 @@ bool foldPairs(const float* disp, const float* ph, const float* logs, int32_t co
     return anyCarried;
 }
 
-#undef KV_ANY_EQUAL8
 #undef KV_SPLAT8
 
 } // namespace kv::batch

@@ -27,11 +27,6 @@ void windowProducts(const double* w, float* x, int32_t n);
 /// upper half filled in as the conjugate mirror of the lower.
 void unpackRealSpectrum(const float* packed, float* re, float* im, int32_t n, float scale);
 
-/// The largest number of a[0..n-1]; -infinity when there is none.
-float maxOf(const float* a, int32_t n);
-/// The last index i with a[i] == v; -1 when there is none.
-int32_t lastIndexOf(const float* a, int32_t n, float v);
-
 /// Where a running search meets the extreme of a[0..n-1] last or first; -1 when no value
 /// counts. Values that are not numbers never count, nor do the infinities that start each search
 /// (a[i] > -infinity for a maximum of firsts, a[i] < +infinity for the minimum). lastMaxAt: the
