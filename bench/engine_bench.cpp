@@ -2,6 +2,7 @@
 // search, fold into plot columns, phases) against a bare FFTW transform of the same length on the
 // same data, run side by side so that bench/engine_vs_fftw.py can report the ratios.
 #include "engine/engine.h"
+#include "engine/trace_blocks.h"
 #include "state/program_state.h"
 
 #include <benchmark/benchmark.h>
@@ -96,6 +97,8 @@ void BM_FyllSpData(benchmark::State& state) {
     st.PlotColumns = 500;
     st.ViewLaidOut = true;
     InitFftState(st);
+    // Playback reads the working file a block of traces at a time, as surveys and rebuilds do.
+    TraceBlockScope blocks;
     int k = 0;
     for (auto _ : state) {
         st.CurrentTracePos = 1 + n * 4 * k;

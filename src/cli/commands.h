@@ -10,6 +10,7 @@
 #include "state/view_host.h"
 #include "state/workbench.h"
 
+#include <functional>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
@@ -92,6 +93,13 @@ int runConvert(const CommonOptions& o, const std::string& out, const std::string
 /// 0..N/2-1 and SpPhase for elements 0..N/2; with `columns` above 0 also the fold into that many
 /// plot columns (ColVal).
 int runSpectrum(const CommonOptions& o, int trace, int columns, const std::string& exeDir);
+
+/// The survey of `metrics --all-traces`: one CSV row a scroll position from 0 to LastTrace,
+/// handed to `emit` in trace order. With `threads` 2 the second half is computed beside the first
+/// on a copy of the state; the rows are exactly those of one thread, but `st` is then left on a
+/// trace of the first half.
+void surveyMetrics(ProgramState& st, int threads,
+                   const std::function<void(const std::string&)>& emit);
 
 /// `metrics`: the six read-outs of scroll position `trace` as JSON, or with `allTraces` one CSV
 /// row per scroll position (a progress line on stderr while it runs long).

@@ -3,6 +3,7 @@
 
 #include "engine/batch_math.h"
 #include "engine/fft.h"
+#include "engine/trace_blocks.h"
 #include "engine/windows.h"
 #include "platform/numeric.h"
 #include "platform/trace_store.h"
@@ -33,7 +34,7 @@ void readFresh(const ProgramState& st, int64_t pos, std::vector<float>& re,
     const int32_t n = st.Fft_Samples;
     re.assign(size_t(n) + 1, 0.0f);
     im.assign(size_t(n) + 1, 0.0f);
-    if (pos > 0) readTrace(st.ActiveTracePath, pos, re.data(), size_t(n) + 1);
+    if (pos > 0) readWorkingTrace(st.ActiveTracePath, pos, re.data(), size_t(n) + 1);
 }
 
 /// Average mode's group from trace `first` on: AverVal+1 traces summed and divided by AverVal,

@@ -7,9 +7,12 @@
 
 #include "engine/spectrum.h"
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <cstring>
+#include <limits>
 
 // Each routine is built twice on x86-64, once for AVX2 (eight floats or four doubles a step) and
 // once for the baseline, and the loader picks the one the processor runs. Neither clone may fuse
@@ -22,12 +25,38 @@
 
 namespace kv::batch {
 
+namespace {
+
+/// True when r^2 + i^2 (as s, in single precision) and the bin's amplitude keep their full
+/// precision in single precision: neither squares that leave the range nor a value that is not a
+/// number. Exact zeros are fine.
+inline bool squaresInRange(float r, float i, float s) {
+    return (s >= 0x1p-100f && s < 0x1p100f) || (r == 0.0f && i == 0.0f);
+}
+
+} // namespace
+
 KV_VECTOR_CLONES
 void amplitudes(const float* re, const float* im, float* amp, int32_t n, float gain) {
+    // In single precision, eight bins a step: the amplitude is within an ulp or two of the
+    // double-precision figure. Where single precision would lose it (squares out of range,
+    // values that are not numbers, an odd gain) the double formula decides, so those bins read
+    // exactly as they always did.
+    const float scale = 2.0f / gain;
+    const bool scaleInRange = scale >= 0x1p-60f && scale <= 0x1p60f;
+    uint32_t outOfRange = 0;
+    for (int32_t j = 0; j < n; ++j) {
+        const float r = re[j], i = im[j];
+        const float s = r * r + i * i;
+        outOfRange |= uint32_t(!squaresInRange(r, i, s));
+        amp[j] = std::sqrt(s) * scale;
+    }
+    if (!outOfRange && scaleInRange) return;
     const double g = gain;
     for (int32_t j = 0; j < n; ++j) {
-        const double r = re[j], i = im[j];
-        amp[j] = float(2.0 * std::sqrt(r * r + i * i) / g);
+        const float r = re[j], i = im[j];
+        if (!scaleInRange || !squaresInRange(r, i, r * r + i * i))
+            amp[j] = float(2.0 * std::sqrt(double(r) * r + double(i) * i) / g);
     }
 }
 
@@ -57,19 +86,16 @@ void decibels(const float* amp, float* disp, int32_t n, float fullScale) {
         e = high ? e + 1.0f : e;
         const float x = m - 1.0f;
         const float z = x * x;
-        float y = ((((((((7.0376836292E-2f * x - 1.1514610310E-1f) * x + 1.1676998740E-1f) * x -
-                        1.2420140846E-1f) *
-                           x +
-                       1.4249322787E-1f) *
-                          x -
-                      1.6668057665E-1f) *
-                         x +
-                     2.0000714765E-1f) *
-                        x -
-                    2.4999993993E-1f) *
-                       x +
-                   3.3333331174E-1f) *
-                  x * z;
+        // The polynomial in x evaluated in pairs (Estrin's scheme) rather than term after term:
+        // the same sum in a quarter of the dependent steps, so that the processor can keep many
+        // bins in flight.
+        const float z2 = z * z;
+        const float p01 = 3.3333331174E-1f + -2.4999993993E-1f * x;
+        const float p23 = 2.0000714765E-1f + -1.6668057665E-1f * x;
+        const float p45 = 1.4249322787E-1f + -1.2420140846E-1f * x;
+        const float p67 = 1.1676998740E-1f + -1.1514610310E-1f * x;
+        const float p = (p01 + p23 * z) + (p45 + p67 * z) * z2 + 7.0376836292E-2f * (z2 * z2);
+        float y = p * x * z;
         // ln 2 in two parts, so that e * ln 2 keeps its precision.
         y += -2.12194440e-4f * e;
         y += -0.5f * z;
@@ -92,15 +118,20 @@ void phaseDegrees(const float* re, const float* im, float* deg, int32_t n, doubl
     const float quarterDown = float(-1.5707963267949 / pi * 180.0);
     for (int32_t j = 0; j < n; ++j) {
         const float x = re[j], y = im[j];
-        const bool xTiny = std::fabs(x) < 1e-7f;
-        const bool yTiny = std::fabs(y) < 1e-7f;
-        const float t = y / (xTiny ? 1.0f : x);
-        const float a = std::fabs(t);
-        // atan on [0, inf): fold onto |u| <= tan(pi/8) around 0, pi/4 or pi/2.
-        const bool far = a > 2.414213562373095f;
-        const bool mid = a > 0.4142135623730950f;
-        const float u = far ? -1.0f / a : (mid ? (a - 1.0f) / (a + 1.0f) : a);
-        const float base = far ? kPiOver2 : (mid ? kPiOver4 : 0.0f);
+        const float ax = std::fabs(x), ay = std::fabs(y);
+        const bool xTiny = ax < 1e-7f;
+        const bool yTiny = ay < 1e-7f;
+        // atan |y/x| folded onto |u| <= tan(pi/8) round 0, pi/4 or pi/2, with u formed from the
+        // two parts in one division: -x/y beyond tan(3pi/8), (y-x)/(y+x) beyond tan(pi/8).
+        const bool far = ay > 2.414213562373095f * ax;
+        const bool mid = ay > 0.4142135623730950f * ax;
+        const float midNum = mid ? ay - ax : ay;
+        const float midDen = mid ? ay + ax : ax;
+        const float num = far ? -ax : midNum;
+        const float den = far ? ay : midDen;
+        const float u = num / den;
+        const float midBase = mid ? kPiOver4 : 0.0f;
+        const float base = far ? kPiOver2 : midBase;
         const float z = u * u;
         const float at =
             base +
@@ -108,11 +139,257 @@ void phaseDegrees(const float* re, const float* im, float* deg, int32_t n, doubl
              3.33329491539e-1f) *
                 z * u +
             u;
-        float d = std::copysign(at, t) * degPerRadian;
+        // The sign of y/x, that of the product.
+        float d = std::copysign(at, x * y) * degPerRadian;
         d += x < 0.0f ? (y < 0.0f ? -halfTurn : halfTurn) : 0.0f;
         d = xTiny ? (yTiny ? 0.0f : (y > 0.0f ? quarterUp : quarterDown)) : d;
         deg[j] = d;
     }
 }
+
+KV_VECTOR_CLONES
+void windowProducts(const double* w, float* x, int32_t n) {
+    for (int32_t i = 0; i < n; ++i)
+        x[i] = float(w[i] * double(x[i]));
+}
+
+KV_VECTOR_CLONES
+void unpackRealSpectrum(const float* __restrict packed, float* __restrict re, float* __restrict im,
+                        int32_t n, float scale) {
+    const int32_t half = n / 2;
+    const int32_t upto = std::min(half, n - 1);
+    for (int32_t k = 0; k <= upto; ++k) {
+        re[k] = packed[2 * k] * scale;
+        im[k] = packed[2 * k + 1] * scale;
+    }
+    // The upper half mirrors the lower: X[n-k] is the conjugate of X[k]. Written from the top
+    // down, so that the loop reads and writes forwards.
+    float* __restrict reTop = re + n;
+    float* __restrict imTop = im + n;
+    for (int32_t j = 1; j < n - half; ++j) {
+        reTop[-j] = packed[2 * j] * scale;
+        imTop[-j] = -(packed[2 * j + 1] * scale);
+    }
+}
+
+// ---- Peak and floor searches --------------------------------------------------------------------
+// Eight bins a step in GCC's generic vectors (two SSE halves on the baseline clone). A value that
+// is not a number never compares greater, smaller or equal, so it never becomes an extreme, as
+// in a running search. Vectors are never passed or returned (that would tie the clones' calls to
+// one instruction set), so loads and splats are spelt out in place.
+
+namespace {
+
+typedef float F8 __attribute__((vector_size(32)));
+typedef int32_t I8 __attribute__((vector_size(32)));
+
+#define KV_SPLAT8(x)                                                                               \
+    F8 {                                                                                           \
+        x, x, x, x, x, x, x, x                                                                     \
+    }
+
+} // namespace
+
+// Where the extreme stands, in one pass: each of eight lanes keeps its own best value and where
+// that stands; the lanes are then compared, ties going to the place a running search would find.
+
+KV_VECTOR_CLONES
+int32_t lastMaxAt(const float* a, int32_t n) {
+    F8 m = KV_SPLAT8(-std::numeric_limits<float>::infinity());
+    I8 at = {-1, -1, -1, -1, -1, -1, -1, -1};
+    I8 idx = {0, 1, 2, 3, 4, 5, 6, 7};
+    const I8 step = {8, 8, 8, 8, 8, 8, 8, 8};
+    int32_t i = 0;
+    for (; i + 8 <= n; i += 8, idx += step) {
+        F8 x;
+        std::memcpy(&x, a + i, sizeof x);
+        const I8 take = x >= m;
+        m = take ? x : m;
+        at = take ? idx : at;
+    }
+    float best = 0.0f;
+    int32_t where = -1;
+    for (int k = 0; k < 8; ++k)
+        if (at[k] >= 0 && (where < 0 || m[k] > best || (m[k] == best && at[k] > where))) {
+            best = m[k];
+            where = at[k];
+        }
+    for (; i < n; ++i)
+        if (a[i] == a[i] && (where < 0 || a[i] >= best)) {
+            best = a[i];
+            where = i;
+        }
+    return where;
+}
+
+KV_VECTOR_CLONES
+int32_t firstMaxAbove(const float* a, const float* disp, float above, int32_t n) {
+    F8 m = KV_SPLAT8(-std::numeric_limits<float>::infinity());
+    const F8 limit = KV_SPLAT8(above);
+    I8 at = {-1, -1, -1, -1, -1, -1, -1, -1};
+    I8 idx = {0, 1, 2, 3, 4, 5, 6, 7};
+    const I8 step = {8, 8, 8, 8, 8, 8, 8, 8};
+    int32_t i = 0;
+    for (; i + 8 <= n; i += 8, idx += step) {
+        F8 x, d;
+        std::memcpy(&x, a + i, sizeof x);
+        std::memcpy(&d, disp + i, sizeof d);
+        const I8 take = (d > limit) & (x > m);
+        m = take ? x : m;
+        at = take ? idx : at;
+    }
+    float best = 0.0f;
+    int32_t where = -1;
+    for (int k = 0; k < 8; ++k)
+        if (at[k] >= 0 && (where < 0 || m[k] > best || (m[k] == best && at[k] < where))) {
+            best = m[k];
+            where = at[k];
+        }
+    for (; i < n; ++i)
+        if (disp[i] > above && a[i] > -std::numeric_limits<float>::infinity() &&
+            (where < 0 || a[i] > best)) {
+            best = a[i];
+            where = i;
+        }
+    return where;
+}
+
+KV_VECTOR_CLONES
+int32_t firstMinAt(const float* a, int32_t n) {
+    F8 m = KV_SPLAT8(std::numeric_limits<float>::infinity());
+    I8 at = {-1, -1, -1, -1, -1, -1, -1, -1};
+    I8 idx = {0, 1, 2, 3, 4, 5, 6, 7};
+    const I8 step = {8, 8, 8, 8, 8, 8, 8, 8};
+    int32_t i = 0;
+    for (; i + 8 <= n; i += 8, idx += step) {
+        F8 x;
+        std::memcpy(&x, a + i, sizeof x);
+        const I8 take = x < m;
+        m = take ? x : m;
+        at = take ? idx : at;
+    }
+    float best = 0.0f;
+    int32_t where = -1;
+    for (int k = 0; k < 8; ++k)
+        if (at[k] >= 0 && (where < 0 || m[k] < best || (m[k] == best && at[k] < where))) {
+            best = m[k];
+            where = at[k];
+        }
+    for (; i < n; ++i)
+        if (a[i] < std::numeric_limits<float>::infinity() && (where < 0 || a[i] < best)) {
+            best = a[i];
+            where = i;
+        }
+    return where;
+}
+
+KV_VECTOR_CLONES
+void foldColumns(const float* disp, int32_t count, int32_t b, float* val, int32_t* bin) {
+    int32_t c = 0;
+    if (b >= 16) {
+        // Wide columns: the last place of the largest of each, eight bins a step (the first bin
+        // is a number, so there is one).
+        for (; c < count; ++c) {
+            const float* d = disp + int64_t(c) * b;
+            if (!(d[0] == d[0])) {
+                val[c] = d[0];
+                bin[c] = -1;
+                continue;
+            }
+            const int32_t at = lastMaxAt(d, b);
+            val[c] = d[at];
+            bin[c] = int32_t(int64_t(c) * b + at);
+        }
+        return;
+    }
+    // Narrow columns: eight columns side by side, one bin of each a step.
+    for (; c + 8 <= count; c += 8) {
+        F8 v;
+        I8 at;
+        for (int j = 0; j < 8; ++j) {
+            const int32_t i = (c + j) * b;
+            v[j] = disp[i];
+            at[j] = disp[i] == disp[i] ? i : -1;
+        }
+        for (int32_t k = 1; k < b; ++k) {
+            F8 x;
+            I8 here;
+            for (int j = 0; j < 8; ++j) {
+                x[j] = disp[(c + j) * b + k];
+                here[j] = (c + j) * b + k;
+            }
+            const I8 take = v <= x;
+            v = take ? x : v;
+            at = take ? here : at;
+        }
+        for (int j = 0; j < 8; ++j) {
+            val[c + j] = v[j];
+            bin[c + j] = at[j];
+        }
+    }
+    for (; c < count; ++c) {
+        const int32_t i = c * b;
+        float v = disp[i];
+        int32_t at = v == v ? i : -1;
+        for (int32_t k = 1; k < b; ++k)
+            if (v <= disp[i + k]) {
+                v = disp[i + k];
+                at = i + k;
+            }
+        val[c] = v;
+        bin[c] = at;
+    }
+}
+
+KV_VECTOR_CLONES
+bool foldPairs(const float* disp, const float* ph, const float* logs, int32_t count, float* val,
+               int32_t* bin, float* logX, float* phase) {
+    const I8 evens = {0, 2, 4, 6, 8, 10, 12, 14}, odds = {1, 3, 5, 7, 9, 11, 13, 15};
+    const I8 none = {-1, -1, -1, -1, -1, -1, -1, -1};
+    I8 first = {0, 2, 4, 6, 8, 10, 12, 14};
+    const I8 step = {16, 16, 16, 16, 16, 16, 16, 16};
+    I8 carried = {};
+    int32_t c = 0;
+    for (; c + 8 <= count; c += 8, first += step) {
+        const int64_t i = int64_t(c) * 2;
+        F8 lo, hi, plo, phi, llo, lhi;
+        std::memcpy(&lo, disp + i, sizeof lo);
+        std::memcpy(&hi, disp + i + 8, sizeof hi);
+        std::memcpy(&plo, ph + i, sizeof plo);
+        std::memcpy(&phi, ph + i + 8, sizeof phi);
+        std::memcpy(&llo, logs + i, sizeof llo);
+        std::memcpy(&lhi, logs + i + 8, sizeof lhi);
+        const F8 a = __builtin_shuffle(lo, hi, evens), b = __builtin_shuffle(lo, hi, odds);
+        // The first bin compared with itself takes unless it is not a number; the second takes
+        // when it is not below the first.
+        const I8 ok = a == a;
+        const I8 take = a <= b;
+        const F8 v = take ? b : a;
+        const I8 at = take ? first + 1 : (ok ? first : none);
+        const F8 l = take ? __builtin_shuffle(llo, lhi, odds) : __builtin_shuffle(llo, lhi, evens);
+        const F8 p = take ? __builtin_shuffle(plo, phi, odds) : __builtin_shuffle(plo, phi, evens);
+        carried |= ~ok;
+        std::memcpy(val + c, &v, sizeof v);
+        std::memcpy(bin + c, &at, sizeof at);
+        std::memcpy(logX + c, &l, sizeof l);
+        std::memcpy(phase + c, &p, sizeof p);
+    }
+    bool anyCarried = false;
+    for (int k = 0; k < 8; ++k)
+        anyCarried |= carried[k] != 0;
+    for (; c < count; ++c) {
+        const int32_t i = c * 2;
+        const bool take = disp[i] <= disp[i + 1];
+        const int32_t at = take ? i + 1 : (disp[i] == disp[i] ? i : -1);
+        anyCarried |= at < 0;
+        val[c] = take ? disp[i + 1] : disp[i];
+        bin[c] = at;
+        logX[c] = logs[take ? i + 1 : i];
+        phase[c] = ph[take ? i + 1 : i];
+    }
+    return anyCarried;
+}
+
+#undef KV_SPLAT8
 
 } // namespace kv::batch

@@ -9,7 +9,8 @@
 
 namespace kv::batch {
 
-/// amp[j] = 2 * sqrt(re[j]^2 + im[j]^2) / gain, formed in double and stored as f32 (exact).
+/// amp[j] = 2 * sqrt(re[j]^2 + im[j]^2) / gain, within two ulps of the figure formed in double;
+/// bins whose squares leave the single range, and odd gains, are formed in double.
 void amplitudes(const float* re, const float* im, float* amp, int32_t n, float gain);
 
 /// disp[j] = 20 * Log10(amp[j] / fullScale): an amplitude of exactly 0 gives -10 * fullScale.
@@ -17,5 +18,34 @@ void decibels(const float* amp, float* disp, int32_t n, float fullScale);
 
 /// deg[j] = Atan2(im[j], re[j]) / pi * 180, with `pi` the workbench's own constant.
 void phaseDegrees(const float* re, const float* im, float* deg, int32_t n, double pi);
+
+/// x[i] = f32(w[i] * x[i]), the product formed in double: a window applied to a trace.
+void windowProducts(const double* w, float* x, int32_t n);
+
+/// The spectrum of a real input as a real-input transform leaves it (bins 0..n/2, real and
+/// imaginary parts interleaved) into split arrays re[0..n-1], im[0..n-1], times `scale`, the
+/// upper half filled in as the conjugate mirror of the lower.
+void unpackRealSpectrum(const float* packed, float* re, float* im, int32_t n, float scale);
+
+/// Where a running search meets the extreme of a[0..n-1] last or first; -1 when no value
+/// counts. Values that are not numbers never count, nor do the infinities that start each search
+/// (a[i] > -infinity for a maximum of firsts, a[i] < +infinity for the minimum). lastMaxAt: the
+/// last of the largest. firstMaxAbove: the first of the largest among the i with disp[i] > above.
+/// firstMinAt: the first of the smallest.
+int32_t lastMaxAt(const float* a, int32_t n);
+int32_t firstMaxAbove(const float* a, const float* disp, float above, int32_t n);
+int32_t firstMinAt(const float* a, int32_t n);
+
+/// The fold of disp into `count` columns of b bins each: val[c] is the largest of column c and
+/// bin[c] where it stands, of equal values the last, as a running `v <= x` search from the
+/// column's first bin finds them. A column whose first bin is not a number keeps that value and
+/// gets bin -1: such a search never moves, and its place is the one of the column before.
+void foldColumns(const float* disp, int32_t count, int32_t b, float* val, int32_t* bin);
+
+/// The same fold for columns of two bins, with the column's log position and phase taken from
+/// logs[bin] and ph[bin] on the way. True when a column's first bin was not a number: that
+/// column's bin is -1 and its position and phase are left for the caller to carry over.
+bool foldPairs(const float* disp, const float* ph, const float* logs, int32_t count, float* val,
+               int32_t* bin, float* logX, float* phase);
 
 } // namespace kv::batch

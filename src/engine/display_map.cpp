@@ -3,6 +3,7 @@
 // cursor reads on a log axis, so they are kept exactly.
 #include "engine/display_map.h"
 
+#include "engine/batch_math.h"
 #include "engine/spectrum.h"
 #include "platform/numeric.h"
 #include "state/program_state.h"
@@ -147,25 +148,30 @@ void GenDraw(ProgramState& st) {
         st.ColVal[0] = st.ColLogX[0] = st.ColPhase[0] = 0.0f;
     }
     const float* logs = logTable(bins);
-    float p = 0.0f;
-    int32_t bin = 0;
-    const float* disp = st.SpDisp.data();
+    const float logOfZero = f32(Log10(0.0, st.FullScalePos));
+    thread_local std::vector<int32_t> peakBins;
+    peakBins.resize(count);
     const float* ph = st.SpPhase.data();
-    for (size_t c = 0; c < count; ++c) {
-        const int32_t i = int32_t(c) * b;
-        // The first comparison is of disp[i] with itself and always takes, so the phase is the
-        // one at the last bin taken.
-        float v = disp[i];
-        for (int32_t k = 0; k < b; ++k) {
-            const float x = disp[i + k];
-            const bool take = v <= x;
-            v = take ? x : v;
-            bin = take ? i + k : bin;
+    // Columns of two bins, the usual width of a full-band plot, are folded with their positions
+    // and phases in one pass; a fold that must carry a bin over from the column before is done
+    // again the general way.
+    const bool pairsDone =
+        b == 2 && !batch::foldPairs(st.SpDisp.data(), ph, logs, int32_t(count), st.ColVal.data(),
+                                    peakBins.data(), st.ColLogX.data(), st.ColPhase.data());
+    if (!pairsDone)
+        batch::foldColumns(st.SpDisp.data(), int32_t(count), b, st.ColVal.data(), peakBins.data());
+    // The first comparison of a column is of its first bin with itself and always takes, so the
+    // phase is the one at the last bin taken; a column that took nothing keeps the bin before.
+    int32_t bin = 0;
+    if (pairsDone) {
+        bin = count > 0 ? peakBins[count - 1] : 0;
+        if (count > 0 && peakBins[0] == 0) st.ColLogX[0] = logOfZero;
+    } else {
+        for (size_t c = 0; c < count; ++c) {
+            bin = peakBins[c] >= 0 ? peakBins[c] : bin;
+            st.ColLogX[c] = bin == 0 ? logOfZero : logs[bin];
+            st.ColPhase[c] = ph[bin];
         }
-        p = ph[bin];
-        st.ColVal[c] = v;
-        st.ColLogX[c] = bin == 0 ? f32(Log10(0.0, st.FullScalePos)) : logs[bin];
-        st.ColPhase[c] = p;
     }
     st.Sp_Bins = st.ColumnCount = upperBound(count);
 

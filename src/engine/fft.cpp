@@ -13,6 +13,8 @@
 // file) it runs the real-input plan and fills in the mirror half.
 #include "engine/fft.h"
 
+#include "engine/batch_math.h"
+
 #include <fftw3.h>
 
 #include <cstring>
@@ -124,24 +126,26 @@ void prepare(int32_t n) {
     plansFor(n);
 }
 
-void forward(float* re, float* im, int32_t n) {
+void forwardReal(float* re, float* im, int32_t n) {
     const Plans& p = plansFor(n);
     const size_t un = size_t(n);
     const float scale = float(1.0 / double(n));
     fftwf_complex* out = tScratch.out.get(un);
+    float* real = tScratch.real.get(un);
+    std::memcpy(real, re, sizeof(float) * un);
+    fftwf_execute_dft_r2c(p.realForward, real, out);
+    batch::unpackRealSpectrum(&out[0][0], re, im, n, scale);
+}
+
+void forward(float* re, float* im, int32_t n) {
+    const Plans& p = plansFor(n);
     if (allZero(im, n)) {
-        float* real = tScratch.real.get(un);
-        std::memcpy(real, re, sizeof(float) * un);
-        fftwf_execute_dft_r2c(p.realForward, real, out);
-        const int32_t half = n / 2;
-        unpack(out, re, im, half + 1, scale);
-        // The upper half mirrors the lower: X[n-k] is the conjugate of X[k].
-        for (int32_t k = half + 1; k < n; ++k) {
-            re[k] = re[n - k];
-            im[k] = -im[n - k];
-        }
+        forwardReal(re, im, n);
         return;
     }
+    const size_t un = size_t(n);
+    const float scale = float(1.0 / double(n));
+    fftwf_complex* out = tScratch.out.get(un);
     fftwf_complex* in = tScratch.in.get(un);
     pack(re, im, in, n);
     fftwf_execute_dft(p.forward, in, out);

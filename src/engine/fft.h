@@ -15,6 +15,10 @@ inline constexpr int32_t kMaxLength = 1 << 24;
 /// Any length from 1 to kMaxLength; throws std::invalid_argument otherwise.
 void forward(float* re, float* im, int32_t n);
 
+/// The same transform for an input whose imaginary part is all zero (a trace as read), which
+/// im[0..n-1] need not hold: it is written, not read.
+void forwardReal(float* re, float* im, int32_t n);
+
 /// Inverse transform without a factor: x[t] = sum over k of X[k] * e^(+2*pi*i*t*k/n), so that
 /// forward then inverse gives the input back at its own scale.
 void inverse(float* re, float* im, int32_t n);

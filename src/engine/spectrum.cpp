@@ -8,6 +8,7 @@
 #include "engine/display_map.h"
 #include "engine/fft.h"
 #include "engine/spectrum_hooks.h"
+#include "engine/trace_blocks.h"
 #include "engine/windows.h"
 #include "platform/numeric.h"
 #include "platform/trace_store.h"
@@ -44,7 +45,7 @@ int64_t tracePosition(int64_t samples, int64_t k, int64_t first) {
 /// part in what follows.
 void readN1(const ProgramState& st, int64_t pos, std::vector<float>& arr, int32_t n) {
     ensure(arr, int64_t(n) + 1);
-    readTrace(st.ActiveTracePath, pos, arr.data(), size_t(n) + 1);
+    readWorkingTrace(st.ActiveTracePath, pos, arr.data(), size_t(n) + 1);
 }
 
 /// Amplitudes of elements 1..count into amp[0..count-1].
@@ -148,20 +149,29 @@ void radargramTrace(ProgramState& st) {
 /// smallest value in both.
 template <bool Linear>
 void searchPeakAndFloor(ProgramState& st, const float* amp, float& hi, float& lo) {
-    const float* disp = st.SpDisp.data();
-    const float fs = st.FullScalePos;
-    int32_t peak = st.PeakBin, floor = st.FloorBin;
-    for (int32_t i = 0; i < st.Sp_Bins; ++i) {
-        const float a = amp[i];
-        const bool up = Linear ? hi <= a : (hi < a && i >= 3 && disp[i] > -fs);
-        const bool down = lo > a;
-        peak = up ? i : peak;
-        hi = up ? a : hi;
-        floor = down ? i : floor;
-        lo = down ? a : lo;
+    const int32_t n = st.Sp_Bins;
+    if (n <= 0) return;
+    // A running search from hi and lo ends on the extreme's first or last place, when the
+    // extreme beats where it started.
+    if (Linear) {
+        const int32_t at = batch::lastMaxAt(amp, n);
+        if (at >= 0 && hi <= amp[at]) {
+            st.PeakBin = at;
+            hi = amp[at];
+        }
+    } else if (n > 3) {
+        const int32_t at =
+            batch::firstMaxAbove(amp + 3, st.SpDisp.data() + 3, -st.FullScalePos, n - 3);
+        if (at >= 0 && hi < amp[3 + at]) {
+            st.PeakBin = 3 + at;
+            hi = amp[3 + at];
+        }
     }
-    st.PeakBin = peak;
-    st.FloorBin = floor;
+    const int32_t at = batch::firstMinAt(amp, n);
+    if (at >= 0 && lo > amp[at]) {
+        st.FloorBin = at;
+        lo = amp[at];
+    }
 }
 
 } // namespace
@@ -213,8 +223,10 @@ void FyllSpData(ProgramState& st) {
         FyllSpAverage(st);
         return;
     }
-    redim(st.FftRe, int64_t(n) + 1);
-    redim(st.FftIm, int64_t(n) + 1);
+    // The read fills FftRe[0..N] and the transform FftIm[1..N]: neither needs clearing first.
+    st.FftRe.resize(size_t(n) + 1);
+    st.FftIm.resize(size_t(n) + 1);
+    st.FftIm[0] = 0.0f;
     // SpPhase keeps the previous trace's phases until the phases are taken, last of all: the
     // columns folded in between carry them, so a Single Trace display's phase column belongs to
     // the trace before.
@@ -233,7 +245,7 @@ void FyllSpData(ProgramState& st) {
         redim(st.BackIm, int64_t(n) + 1);
         redim(st.BackAmp, int64_t(n) + 1);
     }
-    fft::forward(st.FftRe.data() + 1, st.FftIm.data() + 1, n);
+    fft::forwardReal(st.FftRe.data() + 1, st.FftIm.data() + 1, n);
 
     if (backScroll) {
         st.BackTracePos = tracePosition(n, st.BackTraceIndex, st.FirstTracePos);
@@ -281,7 +293,9 @@ void CreatedBArray(ProgramState& st) {
         }
     }
     float hi = -fs, lo = fs;
-    redim(st.SpDisp, int64_t(bins) + 1);
+    // 0..bins, of which the conversion below writes all but the last.
+    st.SpDisp.resize(size_t(std::max(bins, 0)) + 1);
+    st.SpDisp[size_t(std::max(bins, 0))] = 0.0f;
     if (st.PlayRew && st.BackTraceTop > 0) {
         redim(st.BackDisp, int64_t(bins) + 1);
         ensure(st.BackAmp, bins);

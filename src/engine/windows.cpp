@@ -2,6 +2,8 @@
 // quirks (i counted from 1, the truncated 2*pi constants, Bartlett halves that do not meet).
 #include "engine/windows.h"
 
+#include "engine/batch_math.h"
+
 #include "platform/numeric.h"
 #include "state/program_state.h"
 
@@ -147,9 +149,7 @@ double windowValue(int window, int32_t i, int32_t n) {
 
 void applyWindowTo(int window, float* x, int32_t n) {
     if (window < 1 || window >= kUniformWindow || n < 1) return;
-    const double* w = windowTable(window, n).data();
-    for (int32_t i = 0; i < n; ++i)
-        x[i] = f32(w[i] * double(x[i]));
+    batch::windowProducts(windowTable(window, n).data(), x, n);
 }
 
 void ApplyWindow(ProgramState& st) {

@@ -7,6 +7,9 @@
 
 #include <filesystem>
 #include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
 #include <memory>
 
 using namespace kv;
@@ -235,6 +238,37 @@ TEST(SampleToColour, ZeroIsTheMiddleAndAFlippedSetIsMirrored) {
     // Four decimals first when scrolling, straight to a whole number in a rebuild.
     EXPECT_EQ(sampleIndex(0.49996, 127, false), 128);
     EXPECT_EQ(rebuildIndex(0.49996, 127, false), 127);
+}
+
+TEST(SampleToColour, ARebuiltRowGivesEachSampleItsOwnIndex) {
+    using namespace kv::radargram;
+    // Ties of the rounding (127 + 0.5 at full scale 127), both clamps, values that are not
+    // numbers or not finite, and a spread of ordinary samples, with gain and flip.
+    std::vector<float> row = {0.5f,
+                              1.5f,
+                              -0.5f,
+                              -128.0f,
+                              -127.5f,
+                              -300.0f,
+                              128.5f,
+                              129.0f,
+                              1e30f,
+                              -1e30f,
+                              std::numeric_limits<float>::infinity(),
+                              -std::numeric_limits<float>::infinity(),
+                              std::numeric_limits<float>::quiet_NaN(),
+                              0.0f,
+                              -0.0f};
+    for (int i = 0; i < 300; ++i)
+        row.push_back(float(std::sin(i * 0.37) * 140.0));
+    std::vector<uint8_t> got(row.size());
+    for (int16_t gain : {int16_t(1), int16_t(3)})
+        for (bool flipped : {false, true}) {
+            rebuildIndices(row.data(), int32_t(row.size()), gain, 127.0f, flipped, got.data());
+            for (size_t i = 0; i < row.size(); ++i)
+                ASSERT_EQ(got[i], rebuildIndex(double(gain) * double(row[i]), 127.0f, flipped))
+                    << "sample " << row[i] << " gain " << gain << " flipped " << flipped;
+        }
 }
 
 TEST(TimeAxis, DivisionsBelowOneSecondTakeTheFirstUnitThatReachesOne) {

@@ -3,6 +3,7 @@
 
 #include "commands/commands.h"
 #include "conditioning/conditioning_hooks.h"
+#include "engine/trace_blocks.h"
 #include "engine/windows.h"
 #include "platform/numeric.h"
 #include "platform/trace_store.h"
@@ -39,6 +40,24 @@ int rebuildIndex(double s, float fullScalePos, bool flipped) {
     const double v = amplitudeValue(s, fullScalePos, flipped);
     if (std::isnan(v)) return 0;
     return byteOf(roundHalfEven(std::clamp(v, -1.0, 256.0)));
+}
+
+void rebuildIndices(const float* trace, int32_t n, int16_t gain, float fullScalePos, bool flipped,
+                    uint8_t* out) {
+    // rebuildIndex for a whole row, inline: a rebuild converts every sample of every row on
+    // show. Clamped to -1..256 first, the figure is rounded by adding and taking away 2^52 (ties
+    // to even, as the processor rounds) and then held to 0..255, which is what rounding,
+    // clamping and rounding again come to.
+    const double fs = fullScalePos, g = gain, sign = flipped ? -1.0 : 1.0;
+    constexpr double kWhole = 4503599627370496.0; // 2^52
+    for (int32_t i = 0; i < n; ++i) {
+        const double s = sign * (g * double(trace[i]));
+        const double v = (fs + s) / fs * 127.0;
+        const double c = v < -1.0 ? -1.0 : (v > 256.0 ? 256.0 : v);
+        const double r = (c + kWhole) - kWhole;
+        const double b = r < 0.0 ? 0.0 : (r > 255.0 ? 255.0 : r);
+        out[i] = v == v ? uint8_t(b) : uint8_t(0);
+    }
 }
 
 TimeUnitChoice SetTimeUnit(double divTime) {
@@ -167,18 +186,21 @@ void RadargramView::RebuildFromFile() {
     const int64_t stride = int64_t(S) * 4;
 
     std::vector<uint8_t> flat;
+    flat.reserve(size_t(std::max<int64_t>(s.TracePos - RebuildFirst_ + 1, 0)) * size_t(S));
     int32_t rows = 0;
     std::vector<float> one(size_t(N) + 1);
+    // The rows are read in order from a file that does not change meanwhile: a block at a time.
+    TraceBlockScope blocks;
     for (int64_t k = RebuildFirst_; k <= s.TracePos; ++k) {
         if (!average) {
-            readTrace(s.ActiveTracePath, (k - 1) * stride + s.FirstTracePos, s.BackRe.data(),
-                      size_t(N) + 1);
+            readWorkingTrace(s.ActiveTracePath, (k - 1) * stride + s.FirstTracePos, s.BackRe.data(),
+                             size_t(N) + 1);
         } else {
             // A row is the mean of its group of traces, in time.
             std::fill(s.BackRe.begin(), s.BackRe.end(), 0.0f);
             for (int64_t j = 0; j < a; ++j) {
-                readTrace(s.ActiveTracePath, ((k - 1) * a + j) * stride + s.FirstTracePos,
-                          one.data(), one.size());
+                readWorkingTrace(s.ActiveTracePath, ((k - 1) * a + j) * stride + s.FirstTracePos,
+                                 one.data(), one.size());
                 for (size_t i = 0; i < one.size(); ++i)
                     s.BackRe[i] += one[i];
             }
@@ -187,10 +209,9 @@ void RadargramView::RebuildFromFile() {
         }
         ApplyWindowBack(s);
         conditionRadargramTrace(s, s.BackRe, im, s.TraceBufR);
-        for (int32_t i = 0; i < S; ++i) {
-            const double v = double(g) * double(s.TraceBufR[size_t(i)]);
-            flat.push_back(uint8_t(rebuildIndex(v, s.FullScalePos, s.Flipped)));
-        }
+        const size_t at = flat.size();
+        flat.resize(at + size_t(S));
+        rebuildIndices(s.TraceBufR.data(), S, g, s.FullScalePos, s.Flipped, flat.data() + at);
         ++rows;
     }
     // One bitmap of all the rows, the first trace at its foot; like a scrolled row, each pixel

@@ -16,6 +16,9 @@ namespace radargram {
 int sampleIndex(double s, float fullScalePos, bool flipped);
 /// The same as a rebuild paints it: v rounded straight to a whole number, then clamped.
 int rebuildIndex(double s, float fullScalePos, bool flipped);
+/// out[i] = rebuildIndex(gain * trace[i], ...) for i = 0..n-1, a row at a time.
+void rebuildIndices(const float* trace, int32_t n, int16_t gain, float fullScalePos, bool flipped,
+                    uint8_t* out);
 
 /// The unit of a time division: a division below 1 s is scaled by the first of 10^0, 10^3 ...
 /// 10^12 that brings it to 1 or more ("s", "ms", "us", "ns", "ps"); a division of 1 s or more,

@@ -1,0 +1,151 @@
+// The engine's many-bins-a-step paths against the running searches they stand for, on data with
+// ties, signed zeros and values that are not numbers; and traces read a block at a time against
+// traces read one by one.
+#include "engine/engine.h"
+#include "engine/trace_blocks.h"
+#include "platform/trace_store.h"
+#include "state/program_state.h"
+#include "support/test_home.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <fstream>
+#include <limits>
+#include <random>
+
+using namespace kv;
+
+namespace {
+
+constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+
+/// Levels from a small set, so that ties are common, with a few zeros of both signs and NaNs.
+std::vector<float> levels(size_t n, uint32_t seed, bool withNaN) {
+    std::mt19937 g(seed);
+    std::vector<float> v(n);
+    for (float& x : v) {
+        const uint32_t r = g() % 40;
+        x = r == 0 ? 0.0f : r == 1 ? -0.0f : (r == 2 && withNaN) ? kNaN : -float(g() % 7) * 3.0f;
+    }
+    return v;
+}
+
+/// The fold as a running search: v <= x takes, a column that took nothing keeps the bin before.
+void referenceFold(const ProgramState& st, std::vector<float>& val, std::vector<float>& logX,
+                   std::vector<float>& phase) {
+    const int32_t b = st.BinsPerColumn, bins = st.Fft_Samples / 2;
+    int32_t bin = 0;
+    for (int32_t i = 0; i <= bins - b; i += b) {
+        float v = st.SpDisp[size_t(i)];
+        for (int32_t k = 0; k < b; ++k)
+            if (v <= st.SpDisp[size_t(i + k)]) {
+                v = st.SpDisp[size_t(i + k)];
+                bin = i + k;
+            }
+        val.push_back(v);
+        logX.push_back(bin == 0 ? float(Log10(0.0, st.FullScalePos)) : float(std::log10(bin)));
+        phase.push_back(st.SpPhase[size_t(bin)]);
+    }
+}
+
+} // namespace
+
+TEST(VectorPaths, ColumnFoldsMatchTheRunningSearchForEveryWidth) {
+    const int32_t bins = 1000;
+    // Two bins a column, one, a few, and many; with and without NaNs at column starts.
+    for (int32_t columns : {400, 1001, 150, 40})
+        for (bool withNaN : {false, true}) {
+            ProgramState st;
+            st.FullScalePos = 100.0f;
+            st.Fft_Samples = 2 * bins;
+            st.PlotColumns = columns;
+            st.ViewLaidOut = true;
+            st.SpDisp = levels(size_t(bins) + 1, uint32_t(columns), withNaN);
+            st.SpPhase.resize(size_t(2 * bins) + 1);
+            for (size_t i = 0; i < st.SpPhase.size(); ++i)
+                st.SpPhase[i] = float(i) * 0.5f;
+            SamToWidth(st);
+            std::vector<float> val, logX, phase;
+            referenceFold(st, val, logX, phase);
+            ASSERT_EQ(size_t(st.ColumnCount) + 1, val.size()) << columns;
+            for (size_t c = 0; c < val.size(); ++c) {
+                SCOPED_TRACE(testing::Message() << "columns " << columns << " column " << c);
+                EXPECT_EQ(std::memcmp(&st.ColVal[c], &val[c], 4), 0)
+                    << st.ColVal[c] << " " << val[c];
+                EXPECT_FLOAT_EQ(st.ColLogX[c], logX[c]);
+                EXPECT_EQ(st.ColPhase[c], phase[c]);
+            }
+        }
+}
+
+TEST(VectorPaths, PeakAndFloorAreWhereARunningSearchEnds) {
+    for (uint32_t seed = 1; seed <= 20; ++seed)
+        for (bool linear : {false, true}) {
+            SCOPED_TRACE(testing::Message() << "seed " << seed << (linear ? " linear" : " dB"));
+            ProgramState st;
+            st.FullScalePos = 10.0f;
+            st.Fft_Samples = 2 * 301; // an odd count of bins leaves a tail after the vector steps
+            st.Sp_Bins = 301;
+            st.YLinear = linear;
+            st.PlotColumns = 100;
+            st.SpPhase.assign(size_t(st.Fft_Samples) + 1, 0.0f);
+            std::vector<float> amp = levels(301, seed, seed % 2 == 0);
+            for (float& a : amp)
+                a = std::fabs(a) * 0.01f; // amplitudes: 0, ties, NaN
+            st.SpAmp = amp;
+            st.PeakBin = 7;
+            st.FloorBin = 9;
+            CreatedBArray(st);
+            // The running search over the same values.
+            float hi = -st.FullScalePos, lo = st.FullScalePos;
+            int32_t peak = 7, floor = 9;
+            for (int32_t i = 0; i < 301; ++i) {
+                const float a = amp[size_t(i)];
+                if (linear ? hi <= a : (hi < a && i >= 3 && st.SpDisp[size_t(i)] > -10.0f)) {
+                    peak = i;
+                    hi = a;
+                }
+                if (lo > a) {
+                    floor = i;
+                    lo = a;
+                }
+            }
+            EXPECT_EQ(st.PeakBin, peak);
+            EXPECT_EQ(st.FloorBin, floor);
+        }
+}
+
+TEST(VectorPaths, TracesReadABlockAtATimeAreTheTracesReadOneByOne) {
+    test::TempHome home{false};
+    const std::string path = home.file("temp.sp");
+    std::vector<float> all(100000);
+    for (size_t i = 0; i < all.size(); ++i)
+        all[i] = float(i);
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(all.data()), std::streamsize(all.size() * 4));
+    const size_t n = 1025;
+    std::vector<float> direct(n), blocked(n);
+    // Forwards, backwards, across the ends of blocks and past the end of the file (zeros),
+    // from a block of 16 KiB.
+    std::vector<int64_t> positions;
+    for (int64_t k = 0; k < 100; ++k)
+        positions.push_back(1 + k * 4096);
+    for (int64_t k = 99; k >= 0; --k)
+        positions.push_back(1 + k * 4000 + 2);
+    TraceBlockScope blocks(16384);
+    TraceBlockScope inner; // nested: the outer block stands
+    for (int64_t pos : positions) {
+        readTrace(path, pos, direct.data(), n);
+        readWorkingTrace(path, pos, blocked.data(), n);
+        // Bytes, not floats: a position between floats reads bit patterns that are not numbers.
+        ASSERT_EQ(std::memcmp(direct.data(), blocked.data(), n * 4), 0) << "position " << pos;
+    }
+    // A long trace is read straight from the file.
+    std::vector<float> longDirect(20000), longBlocked(20000);
+    readTrace(path, 5, longDirect.data(), longDirect.size());
+    readWorkingTrace(path, 5, longBlocked.data(), longBlocked.size());
+    EXPECT_EQ(longDirect, longBlocked);
+    EXPECT_ANY_THROW(readWorkingTrace("", 1, blocked.data(), n));
+}
