@@ -101,13 +101,16 @@ bool CurveSpans::addSegment(int x1, int y1, int x2, int y2) {
     if (t0 > t1) return true;
     if (dx == 0) return ax < 0 || ax >= w || add(int(ax), ay + s * t0, ay + s * t1);
     const int64_t den = 2 * n, step = 2 * dx;
-    // Column ax + j holds the steps from first(j) to first(j + 1) - 1.
+    // Column ax + j holds the steps from first(j) to first(j + 1) - 1. Walked column by
+    // column, so a segment costs a division per column, not per pixel.
     const auto first = [&](int64_t j) { return ceilDiv(den * j - n, step); };
-    const int64_t j0 = std::max(floorDiv(step * t0 + n, den), -ax);
-    const int64_t j1 = std::min(floorDiv(step * t1 + n, den), w - 1 - ax);
-    for (int64_t j = j0; j <= j1; ++j) {
-        const int64_t from = std::max(t0, first(j)), to = std::min(t1, first(j + 1) - 1);
+    int64_t j = t0 == 0 ? 0 : floorDiv(step * t0 + n, den);
+    if (ax + j < 0) j = -ax;
+    for (int64_t from = std::max(t0, first(j)); from <= t1 && ax + j < w; ++j) {
+        const int64_t next = first(j + 1);
+        const int64_t to = std::min(t1, next - 1);
         if (from <= to && !add(int(ax + j), ay + s * from, ay + s * to)) return false;
+        from = std::max(t0, next);
     }
     return true;
 }
