@@ -7,6 +7,7 @@
 
 #include <QApplication>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <malloc.h>
 #include <string>
@@ -20,7 +21,8 @@
 #endif
 #endif
 #ifdef KV_ASAN
-#include <sanitizer/allocator_interface.h>
+// The sanitizer's runtime keeps its own count of the bytes handed out and not yet freed.
+extern "C" size_t __sanitizer_get_current_allocated_bytes();
 #endif
 
 using namespace kv;
