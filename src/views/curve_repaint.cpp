@@ -2,6 +2,7 @@
 #include "views/curve_repaint.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstdlib>
 #include <limits>
 
@@ -101,12 +102,19 @@ bool CurveSpans::addSegment(int x1, int y1, int x2, int y2) {
     if (t0 > t1) return true;
     if (dx == 0) return ax < 0 || ax >= w || add(int(ax), ay + s * t0, ay + s * t1);
     const int64_t den = 2 * n, step = 2 * dx;
-    // Column ax + j holds the steps from first(j) to first(j + 1) - 1. Walked column by
-    // column, so a segment costs a division per column, not per pixel.
-    const auto first = [&](int64_t j) { return ceilDiv(den * j - n, step); };
+    // Column ax + j holds the steps from first(j) to first(j + 1) - 1, worked out column by
+    // column. Most steep segments move one or two columns: dividing by a power of two is a
+    // shift (towards minus infinity, so ceil(a / 2^k) = (a + 2^k - 1) >> k).
+    const bool powerOfTwo = (step & (step - 1)) == 0;
+    const int shift = std::countr_zero(uint64_t(step));
+    const auto first = [&](int64_t j) {
+        const int64_t a = den * j - n;
+        return powerOfTwo ? (a + step - 1) >> shift : ceilDiv(a, step);
+    };
     int64_t j = t0 == 0 ? 0 : floorDiv(step * t0 + n, den);
     if (ax + j < 0) j = -ax;
-    for (int64_t from = std::max(t0, first(j)); from <= t1 && ax + j < w; ++j) {
+    // first(j) of the column t0 lies in is t0 or less.
+    for (int64_t from = j == 0 ? t0 : std::max(t0, first(j)); from <= t1 && ax + j < w; ++j) {
         const int64_t next = first(j + 1);
         const int64_t to = std::min(t1, next - 1);
         if (from <= to && !add(int(ax + j), ay + s * from, ay + s * to)) return false;
