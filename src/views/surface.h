@@ -34,7 +34,14 @@ class Surface {
     int width() const { return image_.width(); }
     int height() const { return image_.height(); }
     const QImage& image() const { return image_; }
-    QImage& image() { return image_; }
+    /// Write access to the pixels counts as a change (see revision()).
+    QImage& image() {
+        ++revision_;
+        return image_;
+    }
+    /// Goes up with every change to the picture through this surface, so that a view can tell
+    /// whether its picture still holds exactly what its last draw left there.
+    uint64_t revision() const { return revision_; }
 
     void fill(QRgb c);
     void fillRect(int x, int y, int w, int h, QRgb c);
@@ -76,6 +83,7 @@ class Surface {
 
   private:
     QImage image_;
+    uint64_t revision_ = 0;
 };
 
 } // namespace kv

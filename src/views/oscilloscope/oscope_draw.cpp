@@ -60,19 +60,41 @@ void OscopeView::Draw() {
     const QRgb back = colorFromIni(s.Time_BackColor);
     const QRgb line = colorFromIni(s.Time_LineColor);
 
-    // Erase by drawing the old polyline again in the background colour: whatever else was
-    // painted on the picture stays.
-    if (TracePointCount_ > 1)
-        g.polyline(TracePoints_.data(), std::min(size_t(TracePointCount_ - 1), TracePoints_.size()),
-                   back);
-
-    // The grid again, so the erase leaves no gaps in it; switched off it is painted out.
-    const QRgb grid = s.ShowGrid == 1 ? colorFromIni(s.Time_GridColor) : back;
+    // The grid goes over the erased trace, so the erase leaves no gaps in it; switched off it is
+    // painted out.
+    CurveScene scene;
+    scene.back = back;
+    scene.line = line;
+    scene.grid = s.ShowGrid == 1 ? colorFromIni(s.Time_GridColor) : back;
     const int gw = int(GraphWidth_), gh = int(GraphHeight_);
     for (int32_t x : VerticalLines_)
-        g.line(x, 0, x, gh, grid);
+        scene.gridLines.emplace_back(x, 0, x, gh);
     for (int32_t y : HorizontalLines_)
-        g.line(0, y, gw, y, grid);
+        scene.gridLines.emplace_back(0, y, gw, y);
+    // Zoomed in, the references are laid out afresh after the trace, so what they cover is not
+    // known beforehand.
+    scene.repeatable = !(s.TimeRefOn && ZoomOn_);
+    if (s.TimeRefOn && !ZoomOn_) {
+        if (s.TimeRef1On) scene.overlays.emplace_back(TimeRef1Points_, colorFromIni(s.Osc1Color));
+        if (s.TimeRef2On) scene.overlays.emplace_back(TimeRef2Points_, colorFromIni(s.Osc2Color));
+    }
+
+    // Erase by drawing the old polyline again in the background colour: whatever else was
+    // painted on the picture stays. When the picture holds just what the last draw left, only
+    // the pixels that change are written, after the new trace is known.
+    const size_t erasing =
+        TracePointCount_ > 1 ? std::min(size_t(TracePointCount_ - 1), TracePoints_.size()) : 0;
+    bool quick = repaint_.ready(g, scene, TracePoints_.data(), erasing);
+    const auto eraseAndGrid = [&](const QPoint* old, size_t n) {
+        if (n > 0) g.polyline(old, n, back);
+        g.lines(scene.gridLines.data(), scene.gridLines.size(), scene.grid);
+    };
+    if (!quick) eraseAndGrid(TracePoints_.data(), erasing);
+    // A draw that ends early has erased and painted the grid all the same.
+    const auto stop = [&] {
+        if (quick) eraseAndGrid(repaint_.drawn().data(), repaint_.drawn().size());
+        repaint_.forget();
+    };
 
     HalfHeight_ = GraphHeight_ / 2;
     PixelsPerCount_ = HalfHeight_ / s.ScaleBits;
@@ -84,7 +106,7 @@ void OscopeView::Draw() {
 
     if (!ZoomOn_) {
         const double capacity = roundHalfEven(double(s.Sp_Samples) / SampleStep_ + 1);
-        if (!fitsInt16(capacity) || capacity < 1) return; // an overflow ends the draw
+        if (!fitsInt16(capacity) || capacity < 1) return stop(); // an overflow ends the draw
         PointCapacity_ = int16_t(capacity);
         TracePoints_.assign(size_t(PointCapacity_), QPoint());
         TracePointCount_ = 1;
@@ -92,24 +114,29 @@ void OscopeView::Draw() {
         // not painted either.
         int k = 0;
         for (int32_t i = 0; i <= s.Sp_Samples - 2; i += SampleStep_, ++k) {
-            if (size_t(i) >= s.TraceBuf.size() || TracePointCount_ > PointCapacity_) return;
+            if (size_t(i) >= s.TraceBuf.size() || TracePointCount_ > PointCapacity_) return stop();
             TracePoints_[size_t(TracePointCount_ - 1)] = point(size_t(i), k);
             ++TracePointCount_;
         }
     } else {
         const int32_t n = ZoomLast_ - ZoomFirst_;
-        if (n < 1 || !fitsInt16(n)) return;
+        if (n < 1 || !fitsInt16(n)) return stop();
         TracePoints_.assign(size_t(n), QPoint());
         TracePointCount_ = 1;
         PixelsPerSample_ = GraphWidth_ / float(n);
         int k = 0;
         for (int32_t i = ZoomFirst_; i <= ZoomLast_ - 1; ++i, ++k) {
-            if (i < 0 || size_t(i) >= s.TraceBuf.size()) return;
+            if (i < 0 || size_t(i) >= s.TraceBuf.size()) return stop();
             TracePoints_[size_t(TracePointCount_ - 1)] = point(size_t(i), k);
             ++TracePointCount_;
         }
     }
-    g.polyline(TracePoints_.data(), size_t(TracePointCount_ - 1), line);
+    const size_t drawing = size_t(TracePointCount_ - 1);
+    if (quick && !repaint_.repaint(g, TracePoints_.data(), drawing)) {
+        eraseAndGrid(repaint_.drawn().data(), repaint_.drawn().size());
+        quick = false;
+    }
+    if (!quick) g.polyline(TracePoints_.data(), drawing, line);
 
     if (AnalysOn_) {
         MaxMin();
@@ -123,6 +150,7 @@ void OscopeView::Draw() {
         if (s.TimeRef1On) g.polyline(r1, colorFromIni(s.Osc1Color));
         if (s.TimeRef2On) g.polyline(r2, colorFromIni(s.Osc2Color));
     }
+    repaint_.remember(g, std::move(scene), TracePoints_.data(), drawing);
 }
 
 void OscopeView::Ref_Zoom_Flip() {

@@ -15,6 +15,7 @@
 #pragma once
 
 #include "state/view_host.h"
+#include "views/curve_repaint.h"
 #include "views/surface.h"
 #include "views/view_label.h"
 #include "views/view_model.h"
@@ -366,6 +367,7 @@ class OscopeView : public ViewModel {
     std::vector<QPoint> TimeRef1Points_, TimeRef2Points_;
     std::vector<QPoint> ZoomRef1Points_, ZoomRef2Points_;
     std::array<float, 2> TimeRefHalfScale_{};
+    CurveRepaint repaint_; // what the last Draw left, so the next one writes only what changes
 
     // Zoom
     bool ZoomOn_ = false;

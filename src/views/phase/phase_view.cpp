@@ -203,13 +203,37 @@ int PhaseView::phaseRow(float degrees) const {
     return rnd(PhaseHalf_ - double(degrees) * PhaseHalf_ / 180);
 }
 
-void PhaseView::paintGrid(QRgb back) {
+CurveScene PhaseView::scene(int painter) const {
     const ProgramState& s = st();
-    const QRgb grid = s.F_ShowGrid == 1 ? colorFromIni(s.F_GridColor) : back;
-    for (int32_t x : PhaseGridX_)
-        picF_.line(x, 0, x, PhaseHeight_, grid);
-    for (int32_t y : PhaseGridY_)
-        picF_.line(0, y, PhaseWidth_, y, grid);
+    CurveScene c;
+    c.painter = painter;
+    c.back = colorFromIni(s.F_BackColor);
+    c.line = colorFromIni(s.F_LineColor);
+    c.grid = s.F_ShowGrid == 1 ? colorFromIni(s.F_GridColor) : c.back;
+    // The log painter starts from a cleared picture and leaves a grid that is off out.
+    if (painter == 1 || s.F_ShowGrid == 1) {
+        for (int32_t x : PhaseGridX_)
+            c.gridLines.emplace_back(x, 0, x, PhaseHeight_);
+        for (int32_t y : PhaseGridY_)
+            c.gridLines.emplace_back(0, y, PhaseWidth_, y);
+    }
+    if (s.PhaseRefOn) {
+        if (s.PhaseRef1On) c.overlays.emplace_back(PhaseRef1Points_, colorFromIni(s.Ph1Color));
+        if (s.PhaseRef2On) c.overlays.emplace_back(PhaseRef2Points_, colorFromIni(s.Ph2Color));
+    }
+    return c;
+}
+
+void PhaseView::paintGrid(const CurveScene& c) {
+    picF_.lines(c.gridLines.data(), c.gridLines.size(), c.grid);
+}
+
+void PhaseView::paintReferences() {
+    const ProgramState& s = st();
+    if (s.PhaseRefOn) {
+        if (s.PhaseRef1On) picF_.polyline(PhaseRef1Points_, colorFromIni(s.Ph1Color));
+        if (s.PhaseRef2On) picF_.polyline(PhaseRef2Points_, colorFromIni(s.Ph2Color));
+    }
 }
 
 void PhaseView::Draw_s() {
@@ -221,13 +245,17 @@ void PhaseView::Draw_s() {
 
 void PhaseView::drawLinear() {
     const ProgramState& s = st();
-    const QRgb back = colorFromIni(s.F_BackColor);
+    CurveScene c = scene(1);
     const size_t capacity = size_t(std::max(1, s.Sp_Samples / BinStep_));
-    // Erase by drawing the old curve again in the background colour.
-    if (PhasePointCount_ > 1)
-        picF_.polyline(PhasePoints_.data(),
-                       std::min(size_t(PhasePointCount_ - 1), PhasePoints_.size()), back);
-    paintGrid(back);
+    // Erase by drawing the old curve again in the background colour, then the grid. When the
+    // picture holds just what the last draw left, only the pixels that change are written.
+    const size_t erasing =
+        PhasePointCount_ > 1 ? std::min(size_t(PhasePointCount_ - 1), PhasePoints_.size()) : 0;
+    bool quick = repaint_.ready(picF_, c, PhasePoints_.data(), erasing);
+    if (!quick) {
+        if (erasing > 0) picF_.polyline(PhasePoints_.data(), erasing, c.back);
+        paintGrid(c);
+    }
     PhasePoints_.assign(capacity, QPoint());
     PhasePointCount_ = 1;
     int k = 0;
@@ -237,32 +265,38 @@ void PhaseView::drawLinear() {
             QPoint(rnd(double(PixelsPerBin_) * k), phaseRow(s.SpPhase[size_t(b)]));
         ++PhasePointCount_;
     }
-    picF_.polyline(PhasePoints_.data(), size_t(PhasePointCount_ - 1), colorFromIni(s.F_LineColor));
-    if (s.PhaseRefOn) {
-        if (s.PhaseRef1On) picF_.polyline(PhaseRef1Points_, colorFromIni(s.Ph1Color));
-        if (s.PhaseRef2On) picF_.polyline(PhaseRef2Points_, colorFromIni(s.Ph2Color));
+    const size_t drawing = size_t(PhasePointCount_ - 1);
+    if (quick && !repaint_.repaint(picF_, PhasePoints_.data(), drawing)) {
+        picF_.polyline(repaint_.drawn(), c.back);
+        paintGrid(c);
+        quick = false;
     }
+    if (!quick) picF_.polyline(PhasePoints_.data(), drawing, c.line);
+    paintReferences();
+    repaint_.remember(picF_, std::move(c), PhasePoints_.data(), drawing);
 }
 
 void PhaseView::drawLog() {
     const ProgramState& s = st();
-    const QRgb back = colorFromIni(s.F_BackColor);
-    picF_.fill(back);
+    CurveScene c = scene(2);
     PhasePointCount_ = 1;
-    if (s.F_ShowGrid == 1) paintGrid(back);
     // The points are not evenly spaced: one stroke from each point to the next.
-    const QRgb line = colorFromIni(s.F_LineColor);
-    QPoint prev;
-    for (int32_t b = 1; b <= s.PhaseBins && size_t(b) < s.SpPhase.size(); ++b) {
-        const QPoint p(rnd(double(LogPixelsPerDecade_) * spectrum::Log10(b, s.FullScalePos)),
-                       phaseRow(s.SpPhase[size_t(b)]));
-        if (b > 1) picF_.line(prev.x(), prev.y(), p.x(), p.y(), line);
-        prev = p;
+    logPoints_.clear();
+    for (int32_t b = 1; b <= s.PhaseBins && size_t(b) < s.SpPhase.size(); ++b)
+        logPoints_.emplace_back(
+            rnd(double(LogPixelsPerDecade_) * spectrum::Log10(b, s.FullScalePos)),
+            phaseRow(s.SpPhase[size_t(b)]));
+    // The picture is cleared and the grid drawn afresh; when it holds just what the last draw
+    // left, that is the old curve to take away and the new one to put in.
+    const bool quick = repaint_.ready(picF_, c, repaint_.drawn().data(), repaint_.drawn().size()) &&
+                       repaint_.repaint(picF_, logPoints_.data(), logPoints_.size());
+    if (!quick) {
+        picF_.fill(c.back);
+        paintGrid(c);
+        picF_.polyline(logPoints_, c.line);
     }
-    if (s.PhaseRefOn) {
-        if (s.PhaseRef1On) picF_.polyline(PhaseRef1Points_, colorFromIni(s.Ph1Color));
-        if (s.PhaseRef2On) picF_.polyline(PhaseRef2Points_, colorFromIni(s.Ph2Color));
-    }
+    paintReferences();
+    repaint_.remember(picF_, std::move(c), logPoints_.data(), logPoints_.size());
 }
 
 void PhaseView::redraw() {

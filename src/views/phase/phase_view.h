@@ -8,6 +8,7 @@
 #pragma once
 
 #include "state/view_host.h"
+#include "views/curve_repaint.h"
 #include "views/surface.h"
 #include "views/view_label.h"
 #include "views/view_model.h"
@@ -138,7 +139,10 @@ class PhaseView : public ViewModel {
     void placeGraph(int width, int height);
     /// Paints the caption, turned a quarter turn, centred in `picText`.
     void ShowYText();
-    void paintGrid(QRgb back);
+    /// What a painter draws besides the curve: 1 the linear painter, 2 the log painter.
+    CurveScene scene(int painter) const;
+    void paintGrid(const CurveScene& c);
+    void paintReferences();
     void readout(int x, int y);
     bool inGraph(int x, int y) const;
     int phaseRow(float degrees) const;
@@ -159,6 +163,8 @@ class PhaseView : public ViewModel {
     int32_t PhasePointCount_ = 1;
     float LogPixelsPerDecade_ = 0.0f;
     std::vector<QPoint> PhaseRef1Points_, PhaseRef2Points_;
+    std::vector<QPoint> logPoints_; // the log painter's curve
+    CurveRepaint repaint_;          // what the last draw left, so the next writes only changes
 
     std::array<Label, 9> lbly_;  // 180 at the top to -180 at the bottom
     std::array<Label, 51> lblX_; // frequency labels under the graph

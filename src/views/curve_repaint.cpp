@@ -1,0 +1,218 @@
+// Changing only the pixels in which two curves differ.
+#include "views/curve_repaint.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstdlib>
+#include <limits>
+
+namespace kv {
+
+namespace {
+
+// The same bounds the one-pixel line applies to its coordinates.
+constexpr int64_t kCoordLimit = int64_t(1) << 28;
+
+int64_t clampCoord(int v) {
+    return std::clamp<int64_t>(v, -kCoordLimit, kCoordLimit);
+}
+
+// floor(a / b) and ceil(a / b) for b > 0.
+int64_t floorDiv(int64_t a, int64_t b) {
+    const int64_t q = a / b;
+    return (a % b != 0 && a < 0) ? q - 1 : q;
+}
+int64_t ceilDiv(int64_t a, int64_t b) {
+    return -floorDiv(-a, b);
+}
+
+} // namespace
+
+// ---- Spans -------------------------------------------------------------------------------------
+
+bool CurveSpans::build(const QPoint* points, size_t count, int width, int height) {
+    top_.assign(size_t(std::max(width, 0)), std::numeric_limits<int32_t>::max());
+    bottom_.assign(size_t(std::max(width, 0)), std::numeric_limits<int32_t>::min());
+    height_ = std::max(height, 0);
+    for (size_t k = 1; k < count; ++k)
+        if (!addSegment(points[k - 1].x(), points[k - 1].y(), points[k].x(), points[k].y()))
+            return false;
+    return true;
+}
+
+bool CurveSpans::add(int x, int64_t row1, int64_t row2) {
+    const int32_t a = int32_t(std::min(row1, row2)), b = int32_t(std::max(row1, row2));
+    int32_t& top = top_[size_t(x)];
+    int32_t& bottom = bottom_[size_t(x)];
+    if (top > bottom) {
+        top = a;
+        bottom = b;
+        return true;
+    }
+    // A curve that never goes left reaches each column's pixels one after another, so a new
+    // piece always touches what the column has; anything else cannot be told as one run.
+    if (int64_t(a) > int64_t(bottom) + 1 || int64_t(b) < int64_t(top) - 1) return false;
+    top = std::min(top, a);
+    bottom = std::max(bottom, b);
+    return true;
+}
+
+// The pixels of one segment as the surface's line paints them: the major axis walked from t = 0
+// to n - 1, the minor coordinate at step t the start plus floor((2 d t + n) / 2n). Instead of
+// walking a steep segment pixel by pixel, each column's first and last step are worked out.
+bool CurveSpans::addSegment(int x1, int y1, int x2, int y2) {
+    const int64_t w = int64_t(top_.size()), h = height_;
+    const int64_t ax = clampCoord(x1), ay = clampCoord(y1);
+    const int64_t dx = clampCoord(x2) - ax, dy = clampCoord(y2) - ay;
+    if (dx == 0 && dy == 0) return true;
+    if (dx < 0) return false;
+    if (dx >= std::llabs(dy)) {
+        // One pixel in each column.
+        const int64_t n = dx;
+        const int64_t t0 = std::max<int64_t>(0, -ax), t1 = std::min(n - 1, w - 1 - ax);
+        if (t0 > t1) return true;
+        const int64_t den = 2 * n, step = 2 * dy;
+        const int64_t num = step * t0 + n;
+        const int64_t q = floorDiv(num, den);
+        int64_t r = num - q * den;
+        int64_t b = ay + q;
+        for (int64_t t = t0; t <= t1; ++t) {
+            if (b >= 0 && b < h && !add(int(ax + t), b, b)) return false;
+            r += step;
+            if (r >= den) {
+                r -= den;
+                ++b;
+            } else if (r < 0) {
+                r += den;
+                --b;
+            }
+        }
+        return true;
+    }
+    // Steep: rows are walked, the column moves right by at most one a row.
+    const int64_t n = std::llabs(dy), s = dy > 0 ? 1 : -1;
+    int64_t t0 = 0, t1 = n - 1;
+    if (s > 0) {
+        t0 = std::max(t0, -ay);
+        t1 = std::min(t1, h - 1 - ay);
+    } else {
+        t0 = std::max(t0, ay - (h - 1));
+        t1 = std::min(t1, ay);
+    }
+    if (t0 > t1) return true;
+    if (dx == 0) return ax < 0 || ax >= w || add(int(ax), ay + s * t0, ay + s * t1);
+    const int64_t den = 2 * n, step = 2 * dx;
+    // Column ax + j holds the steps from first(j) to first(j + 1) - 1, worked out column by
+    // column. Most steep segments move one or two columns: dividing by a power of two is a
+    // shift (towards minus infinity, so ceil(a / 2^k) = (a + 2^k - 1) >> k).
+    const bool powerOfTwo = (step & (step - 1)) == 0;
+    const int shift = std::countr_zero(uint64_t(step));
+    const auto first = [&](int64_t j) {
+        const int64_t a = den * j - n;
+        return powerOfTwo ? (a + step - 1) >> shift : ceilDiv(a, step);
+    };
+    int64_t j = t0 == 0 ? 0 : floorDiv(step * t0 + n, den);
+    if (ax + j < 0) j = -ax;
+    // first(j) of the column t0 lies in is t0 or less.
+    for (int64_t from = j == 0 ? t0 : std::max(t0, first(j)); from <= t1 && ax + j < w; ++j) {
+        const int64_t next = first(j + 1);
+        const int64_t to = std::min(t1, next - 1);
+        if (from <= to && !add(int(ax + j), ay + s * from, ay + s * to)) return false;
+        from = std::max(t0, next);
+    }
+    return true;
+}
+
+// ---- Repainting --------------------------------------------------------------------------------
+
+bool CurveRepaint::ready(const Surface& g, const CurveScene& scene, const QPoint* erase,
+                         size_t n) const {
+    return valid_ && scene.repeatable && g.revision() == revision_ && g.width() == width_ &&
+           g.height() == height_ && n == drawn_.size() &&
+           std::equal(erase, erase + n, drawn_.begin()) && scene == scene_;
+}
+
+bool CurveRepaint::buildBackdrop(int width, int height) {
+    if (width == backdropWidth_ && height == backdropHeight_ && scene_.back == backdropBack_ &&
+        scene_.grid == backdropGrid_ && scene_.gridLines == backdropLines_)
+        return backdropOk_;
+    backdropWidth_ = width;
+    backdropHeight_ = height;
+    backdropBack_ = scene_.back;
+    backdropGrid_ = scene_.grid;
+    backdropLines_ = scene_.gridLines;
+    // The grid as the long way paints it over the background, then read back as rows and
+    // columns of grid colour.
+    Surface grid(width, height, scene_.back);
+    grid.lines(scene_.gridLines.data(), scene_.gridLines.size(), scene_.grid);
+    const QRgb want = scene_.grid & 0x00FFFFFFu;
+    gridRow_.assign(size_t(height), 1);
+    gridColumn_.assign(size_t(width), 1);
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            if (grid.pixel(x, y) != want) gridRow_[size_t(y)] = gridColumn_[size_t(x)] = 0;
+    backdropOk_ = true;
+    for (int y = 0; y < height && backdropOk_; ++y)
+        for (int x = 0; x < width; ++x)
+            if ((grid.pixel(x, y) == want) != bool(gridRow_[size_t(y)] | gridColumn_[size_t(x)])) {
+                backdropOk_ = false;
+                break;
+            }
+    return backdropOk_;
+}
+
+bool CurveRepaint::repaint(Surface& g, const QPoint* points, size_t n) {
+    const int w = g.width(), h = g.height();
+    if (!spansKnown_ || !buildBackdrop(w, h) || !next_.build(points, n, w, h)) return false;
+    QImage& img = g.image();
+    QRgb* bits = reinterpret_cast<QRgb*>(img.bits());
+    const int64_t stride = img.bytesPerLine() / int64_t(sizeof(QRgb));
+    const QRgb line = scene_.line | 0xFF000000u, back = scene_.back | 0xFF000000u,
+               grid = scene_.grid | 0xFF000000u;
+    for (int x = 0; x < w; ++x) {
+        const int32_t a = spans_.top(x), b = spans_.bottom(x);
+        const int32_t c = next_.top(x), d = next_.bottom(x);
+        QRgb* column = bits + x;
+        const bool gridColumn = gridColumn_[size_t(x)] != 0;
+        // What the grid leaves where the old curve was and the new one is not.
+        const auto restore = [&](int32_t from, int32_t to) {
+            for (int32_t y = from; y <= to; ++y)
+                column[y * stride] = gridColumn || gridRow_[size_t(y)] ? grid : back;
+        };
+        const auto paint = [&](int32_t from, int32_t to) {
+            for (int32_t y = from; y <= to; ++y)
+                column[y * stride] = line;
+        };
+        if (c > d) {
+            restore(a, b);
+        } else if (a > b || b < c || d < a) {
+            restore(a, b);
+            paint(c, d);
+        } else {
+            restore(a, c - 1);
+            restore(d + 1, b);
+            paint(c, a - 1);
+            paint(b + 1, d);
+        }
+    }
+    std::swap(spans_, next_);
+    drawn_.assign(points, points + n);
+    repainted_ = true;
+    return true;
+}
+
+void CurveRepaint::remember(const Surface& g, CurveScene scene, const QPoint* points, size_t n) {
+    // After repaint() the spans are those of this curve already.
+    if (!repainted_) {
+        drawn_.assign(points, points + n);
+        spansKnown_ = spans_.build(points, n, g.width(), g.height());
+    }
+    scene_ = std::move(scene);
+    width_ = g.width();
+    height_ = g.height();
+    revision_ = g.revision();
+    valid_ = spansKnown_;
+    repainted_ = false;
+}
+
+} // namespace kv

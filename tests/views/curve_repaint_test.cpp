@@ -1,0 +1,146 @@
+// Changing only the pixels in which two curves differ must leave the very picture that erasing
+// the old curve, painting the grid and drawing the new curve leaves.
+#include "views/curve_repaint.h"
+
+#include <gtest/gtest.h>
+#include <random>
+#include <utility>
+#include <vector>
+
+using namespace kv;
+
+namespace {
+
+constexpr int kW = 61, kH = 47;
+const QRgb kBack = qRgb(0, 0, 0), kLine = qRgb(0, 255, 0), kGrid = qRgb(90, 90, 90);
+
+// A curve whose x never goes back, with steep, flat and empty steps, and points well outside
+// the picture on every side.
+std::vector<QPoint> randomCurve(std::mt19937& rng, int points) {
+    std::uniform_int_distribution<int> dx(0, 4), y(-30, kH + 30), wild(0, 40);
+    std::vector<QPoint> pts;
+    int x = std::uniform_int_distribution<int>(-20, 5)(rng);
+    for (int i = 0; i < points; ++i) {
+        int row = y(rng);
+        if (wild(rng) == 0) row = (wild(rng) % 2 ? 1 : -1) * 400000000; // beyond the clamp
+        pts.emplace_back(x, row);
+        x += wild(rng) == 0 ? 30 : dx(rng);
+    }
+    return pts;
+}
+
+std::vector<QLine> gridLines() {
+    std::vector<QLine> g;
+    for (int x : {6, 12, 18, 60, 0})
+        g.emplace_back(x, 0, x, kH);
+    for (int y : {5, 10, 46, 0, 0})
+        g.emplace_back(0, y, kW, y);
+    return g;
+}
+
+CurveScene sceneWith(std::vector<std::pair<std::vector<QPoint>, QRgb>> overlays = {}) {
+    CurveScene s;
+    s.back = kBack;
+    s.line = kLine;
+    s.grid = kGrid;
+    s.gridLines = gridLines();
+    s.overlays = std::move(overlays);
+    return s;
+}
+
+void drawLongWay(Surface& g, const CurveScene& s, const std::vector<QPoint>& old,
+                 const std::vector<QPoint>& now) {
+    g.polyline(old, s.back);
+    g.lines(s.gridLines.data(), s.gridLines.size(), s.grid);
+    g.polyline(now, s.line);
+    for (const auto& [pts, c] : s.overlays)
+        g.polyline(pts, c);
+}
+
+::testing::AssertionResult samePicture(const Surface& a, const Surface& b) {
+    for (int y = 0; y < a.height(); ++y)
+        for (int x = 0; x < a.width(); ++x)
+            if (a.pixel(x, y) != b.pixel(x, y))
+                return ::testing::AssertionFailure() << "differs at " << x << "," << y;
+    return ::testing::AssertionSuccess();
+}
+
+} // namespace
+
+TEST(CurveSpans, CoverExactlyThePixelsTheLinePaints) {
+    std::mt19937 rng(7);
+    for (int round = 0; round < 400; ++round) {
+        const std::vector<QPoint> pts = randomCurve(rng, 1 + round % 40);
+        Surface g(kW, kH, kBack);
+        g.polyline(pts, kLine);
+        CurveSpans spans;
+        ASSERT_TRUE(spans.build(pts.data(), pts.size(), kW, kH)) << round;
+        for (int x = 0; x < kW; ++x)
+            for (int y = 0; y < kH; ++y)
+                ASSERT_EQ(g.pixel(x, y) == (kLine & 0xFFFFFF),
+                          spans.top(x) <= y && y <= spans.bottom(x))
+                    << "round " << round << " at " << x << "," << y;
+    }
+}
+
+TEST(CurveSpans, ACurveThatGoesBackIsNotTold) {
+    const std::vector<QPoint> back = {{10, 5}, {20, 30}, {15, 8}};
+    CurveSpans spans;
+    EXPECT_FALSE(spans.build(back.data(), back.size(), kW, kH));
+}
+
+TEST(CurveRepaint, LeavesThePictureTheLongWayLeaves) {
+    std::mt19937 rng(11);
+    const std::vector<QPoint> ref = {{0, 20}, {30, 3}, {61, 40}};
+    Surface quick(kW, kH, kBack), slow(kW, kH, kBack);
+    // Paint of someone else's, off the curves' rows, survives both ways.
+    quick.fillRect(40, 0, 3, 2, qRgb(1, 2, 3));
+    slow.fillRect(40, 0, 3, 2, qRgb(1, 2, 3));
+    CurveRepaint r;
+    std::vector<QPoint> old;
+    int repainted = 0;
+    for (int round = 0; round < 300; ++round) {
+        const CurveScene scene = round < 150 ? sceneWith() : sceneWith({{ref, qRgb(255, 0, 0)}});
+        const std::vector<QPoint> now = randomCurve(rng, 5 + round % 30);
+        drawLongWay(slow, scene, old, now);
+        if (r.ready(quick, scene, old.data(), old.size()) &&
+            r.repaint(quick, now.data(), now.size())) {
+            ++repainted;
+            for (const auto& [pts, c] : scene.overlays)
+                quick.polyline(pts, c);
+        } else {
+            drawLongWay(quick, scene, old, now);
+        }
+        r.remember(quick, scene, now.data(), now.size());
+        ASSERT_TRUE(samePicture(quick, slow)) << "round " << round;
+        old = now;
+    }
+    EXPECT_GT(repainted, 290); // all but the first draw and the one where the scene changed
+}
+
+TEST(CurveRepaint, GoesTheLongWayWhenThePictureIsNotAsItWasLeft) {
+    Surface g(kW, kH, kBack);
+    CurveRepaint r;
+    const std::vector<QPoint> a = {{0, 10}, {60, 30}}, b = {{0, 30}, {60, 10}};
+    CurveScene s = sceneWith();
+    drawLongWay(g, s, {}, a);
+    r.remember(g, s, a.data(), a.size());
+    EXPECT_TRUE(r.ready(g, s, a.data(), a.size()));
+    // Another curve to erase, another scene, or paint over the picture since.
+    EXPECT_FALSE(r.ready(g, s, b.data(), b.size()));
+    CurveScene other = s;
+    other.grid = kBack;
+    EXPECT_FALSE(r.ready(g, other, a.data(), a.size()));
+    g.fillRect(0, 0, 1, 1, kBack);
+    EXPECT_FALSE(r.ready(g, s, a.data(), a.size()));
+
+    // A grid line that stops short cannot be told by rows and columns: the long way, untouched.
+    drawLongWay(g, s, a, a);
+    s.gridLines.emplace_back(3, 20, 30, 20);
+    drawLongWay(g, s, a, a);
+    r.remember(g, s, a.data(), a.size());
+    ASSERT_TRUE(r.ready(g, s, a.data(), a.size()));
+    const QImage before = std::as_const(g).image().copy();
+    EXPECT_FALSE(r.repaint(g, b.data(), b.size()));
+    EXPECT_EQ(std::as_const(g).image(), before);
+}
