@@ -73,12 +73,12 @@ inline const ReaderTarget* readerTarget(const std::string& name) {
 }
 
 // A header may claim far more traces than the input holds; the missing ones are written as
-// zeros. A working file may grow to 64 KiB (16384 samples): past that the write fails as on a
+// zeros. A working file may grow to 16 KiB (4096 samples): past that the write fails as on a
 // full disk, which the open reports and recovers from like any other. The bound keeps each
 // execution short (every sample written is decoded, copied and, for a data set that opens,
 // transformed under the sanitizers): a header promising long or many traces still runs its
 // reader's header and trace loop, and the full-disk path, up to the bound.
-inline constexpr size_t kWorkingFileLimit = size_t(64) << 10;
+inline constexpr size_t kWorkingFileLimit = size_t(16) << 10;
 
 // A header may promise tens of thousands of long traces of zeros past the end of a small input:
 // the first 16 show whether the reader holds up, the rest would only take time.
@@ -140,7 +140,7 @@ class ReaderRun {
             mnuOpen_Click(wb);
             return;
         }
-        // Traces longer than the working file may grow to (2^14 samples) are legal but only slow
+        // Traces longer than the working file may grow to (2^12 samples) are legal but only slow
         // the spectrum of the first trace down, and more than 1024 traces only the copy loop,
         // which offers no Cancel: skip them. The header's checks and the copy are the same for
         // any size. A short header reads as zeros past its end, as the open reads it.
@@ -149,7 +149,7 @@ class ReaderRun {
         int32_t traceLength = 0, traceCount = 0;
         std::memcpy(&traceLength, header + 19, 4);
         std::memcpy(&traceCount, header + 29, 4);
-        if (traceLength > 16384 || traceCount > 1024) return;
+        if (traceLength > 4096 || traceCount > 1024) return;
         mnuOimp_Click(wb);
     }
 
