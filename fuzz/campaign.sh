@@ -1,15 +1,29 @@
 #!/bin/sh
-# Runs every fuzz target for SECONDS each and prints, per target, the executions, the rate, the
-# edges covered and the findings. Usage: fuzz/campaign.sh SECONDS [BUILD_DIR]
+# Runs every fuzz target for SECONDS each, or for RUNS executions each (or, given both, until the
+# first of them), and prints, per target, the executions, the rate, the edges covered and the
+# findings.
+# Usage: fuzz/campaign.sh SECONDS [BUILD_DIR]
+#        fuzz/campaign.sh --runs RUNS [SECONDS] [BUILD_DIR]
 #   cmake --preset fuzz && cmake --build --preset fuzz && fuzz/campaign.sh 60
+# TARGETS="wav kvd" picks some of the targets (by the name after fuzz_); all of them otherwise.
 # Each target's corpus starts from its committed seeds (fuzz/corpus/TARGET) and the real
 # recordings beside the repository (../shared/data/real) of its format, copied in at run time;
 # nothing of those is committed. Corpora and findings are kept in BUILD_DIR/campaign.
 set -eu
-secs=${1:?usage: fuzz/campaign.sh SECONDS [BUILD_DIR]}
+usage="usage: fuzz/campaign.sh SECONDS [BUILD_DIR] | --runs RUNS [SECONDS] [BUILD_DIR]"
+runs=-1
+secs=0
+if [ "${1:-}" = "--runs" ]; then
+    runs=${2:?$usage}
+    shift 2
+fi
+case ${1:-} in
+'' | *[!0-9]*) [ "$runs" != -1 ] || { echo "$usage" >&2; exit 2; } ;;
+*) secs=$1; shift ;;
+esac
 here=$(cd "$(dirname "$0")" && pwd)
 root=$(cd "$here/.." && pwd)
-build=$(cd "${2:-$root/build-fuzz}" && pwd)
+build=$(cd "${1:-$root/build-fuzz}" && pwd)
 real=$root/../shared/data/real
 work=$build/campaign
 mkdir -p "$work"
@@ -56,6 +70,7 @@ printf '%-10s %12s %10s %8s %9s\n' target executions exec/s edges findings
 for bin in "$build"/fuzz/fuzz_*; do
     [ -x "$bin" ] || continue
     t=${bin##*/fuzz_}
+    case " ${TARGETS:-$t} " in *" $t "*) ;; *) continue ;; esac
     corpus=$work/$t
     mkdir -p "$corpus"
     [ -d "$here/corpus/$t" ] && cp "$here/corpus/$t"/* "$corpus"/ 2>/dev/null || true
@@ -71,11 +86,11 @@ for bin in "$build"/fuzz/fuzz_*; do
     esac
     seed_generated "$corpus" "$t"
     log=$work/$t.log
-    "$bin" -max_total_time="$secs" -max_len=65536 -rss_limit_mb=2048 -print_final_stats=1 \
+    "$bin" -runs="$runs" -max_total_time="$secs" -max_len=65536 -timeout=60 -rss_limit_mb=2048 -print_final_stats=1 \
         -artifact_prefix="$work/finding-$t-" "$corpus" >"$log" 2>&1 || true
-    runs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log" | tail -n 1)
+    execs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log" | tail -n 1)
     rate=$(sed -n 's/^stat::average_exec_per_sec: *//p' "$log" | tail -n 1)
     edges=$(grep -o 'cov: [0-9]*' "$log" | tail -n 1 | cut -d' ' -f2)
     found=$(find "$work" -maxdepth 1 -name "finding-$t-*" | wc -l)
-    printf '%-10s %12s %10s %8s %9s\n' "$t" "${runs:-?}" "${rate:-?}" "${edges:-?}" "$found"
+    printf '%-10s %12s %10s %8s %9s\n' "$t" "${execs:-?}" "${rate:-?}" "${edges:-?}" "$found"
 done

@@ -12,6 +12,7 @@
 #include "state/workbench.h"
 
 #include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -21,16 +22,34 @@
 namespace {
 
 const std::string& home() {
+    // The reference dialog reads the line's file from the home, so each input is written there.
+    // In memory where the system offers a folder for it: rewriting a file on a disk cost most
+    // of an execution (the file system flushes a file that was cut short and written again).
     static const std::string h = [] {
-        auto p =
-            std::filesystem::temp_directory_path() / ("kv-fuzz-ref-" + std::to_string(::getpid()));
+        std::error_code ec;
+        const std::filesystem::path base = std::filesystem::is_directory("/dev/shm", ec)
+                                               ? std::filesystem::path("/dev/shm")
+                                               : std::filesystem::temp_directory_path();
+        auto p = base / ("kv-fuzz-ref-" + std::to_string(::getpid()));
         std::filesystem::create_directories(p / "ref");
         return p.string();
     }();
     return h;
 }
 
+/// The home goes when the target ends (in memory, it would otherwise hold on to it).
+void removeHome() {
+    std::error_code ec;
+    std::filesystem::remove_all(home(), ec);
+}
+
 } // namespace
+
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+    home();
+    std::atexit(removeHome);
+    return 0;
+}
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const kv::MemoryByteSource src(std::vector<uint8_t>(data, data + size));

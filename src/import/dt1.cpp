@@ -21,10 +21,14 @@ int64_t scanHd(const ByteSource& hd, int64_t from,
                std::initializer_list<std::pair<int, char>> letters) {
     const int64_t last = int64_t(hd.size()) - 10;
     if (last > 32767) throw ReadError("Overflow");
+    // The header is short (checked just above): it is taken in one read, and the key's letters
+    // reach at most 16 bytes past its end, where a header reads as zeros.
+    std::vector<uint8_t> bytes(size_t(hd.size()) + 16);
+    hd.read(0, bytes.data(), bytes.size());
     for (int64_t p = std::max<int64_t>(from, 1); p <= last; ++p) {
         bool all = true;
         for (const auto& [off, ch] : letters) {
-            if (std::toupper(hd.u8(uint64_t(p - 1 + off))) != ch) {
+            if (std::toupper(bytes[size_t(p - 1 + off)]) != ch) {
                 all = false;
                 break;
             }

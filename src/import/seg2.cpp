@@ -6,6 +6,7 @@
 
 #include "platform/numeric.h"
 
+#include <algorithm>
 #include <cctype>
 
 namespace kv {
@@ -25,7 +26,8 @@ bool isIntervalKey(const uint8_t* w) {
 int64_t findIntervalKey(const ByteSource& src) {
     const int64_t last = int64_t(src.size()) - 10;
     constexpr size_t kBlock = 1 << 16;
-    std::vector<uint8_t> buf(kBlock + 21);
+    // A block, or the whole file when it is shorter: a small file clears no 64 KiB buffer.
+    std::vector<uint8_t> buf(size_t(std::clamp<int64_t>(last, 0, int64_t(kBlock))) + 21);
     for (int64_t start = 1; start <= last; start += int64_t(kBlock)) {
         src.read(uint64_t(start - 1), buf.data(), buf.size());
         const int64_t n = std::min<int64_t>(int64_t(kBlock), last - start + 1);

@@ -1,6 +1,8 @@
 // Header numbers and the fixed-stride trace loop shared by the SEG-Y and SEG-2 readers.
 #include "import/seismic_samples.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstring>
 #include <limits>
 
@@ -108,15 +110,24 @@ void copySeismicTraces(ImportContext& ctx, const ByteSource& src, SampleCoding c
     std::vector<float> trace(size_t(std::max(st.Sp_Samples, 0)));
 
     TraceOutput out(ctx, st.TempPath);
+    // Samples past the end of the file are zeros, which move neither extreme: only the samples
+    // the file holds (the last one perhaps in part) are decoded, and only the values the last
+    // trace set are cleared again. A header that claims long traces or many of them beyond a
+    // short file costs no more than the file.
+    size_t set = 0;
     for (int32_t t = 0; t < st.TraceCount; ++t) {
         if (!out.next(t)) break;
         const int64_t pos = firstPos + stride * int64_t(t);
         if (pos < 1 || pos > std::numeric_limits<int32_t>::max()) throw ReadError("Overflow");
         if (!fits) throw ReadError("Subscript out of range");
-        std::fill(trace.begin(), trace.end(), 0.0f);
-        // A trace wholly past the end of the file is zeros, which move neither extreme.
-        if (!bytes.empty() && src.read(uint64_t(pos - 1), bytes.data(), bytes.size()) > 0)
-            decodeTrace(coding, bytes.data(), copy, trace, ext);
+        std::fill(trace.begin(), trace.begin() + std::ptrdiff_t(set), 0.0f);
+        set = 0;
+        const size_t got =
+            bytes.empty() ? 0 : src.read(uint64_t(pos - 1), bytes.data(), bytes.size());
+        if (got > 0) {
+            set = std::min(size_t(copy), (got + size_t(w) - 1) / size_t(w));
+            decodeTrace(coding, bytes.data(), int64_t(set), trace, ext);
+        }
         out.write(trace);
     }
     out.finish();

@@ -6,6 +6,7 @@
 #include "platform/message_title.h"
 #include "platform/numeric.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace kv {
@@ -81,12 +82,20 @@ void readRaw(const ProgramState& st, const ByteSource& src, int64_t pos1,
     // Other depths convert nothing: the trace stays zero.
 }
 
+/// How many raw values of a channel one trace takes: the trace's samples, or with NewDS the
+/// neighbours they are made of.
+size_t rawTaken(const ProgramState& st, int32_t rawPerTrace) {
+    return size_t(std::max(st.NewDS <= 1 ? st.Sp_Samples : rawPerTrace, 0));
+}
+
 /// One trace from its raw samples: copied, or NewDS neighbours averaged or decimated into one.
-void toTrace(const ProgramState& st, const std::vector<int16_t>& raw, int32_t rawPerTrace,
-             std::vector<float>& work, std::vector<float>& out) {
+/// `rawCount` is the size the raw array stands for, which the subscripts are checked against;
+/// `raw` itself need hold no more of it than rawTaken.
+void toTrace(const ProgramState& st, const std::vector<int16_t>& raw, size_t rawCount,
+             int32_t rawPerTrace, std::vector<float>& work, std::vector<float>& out) {
     std::fill(out.begin(), out.end(), 0.0f);
     if (st.NewDS <= 1) {
-        if (!out.empty()) checkIndex(out.size() - 1, raw.size());
+        if (!out.empty()) checkIndex(out.size() - 1, rawCount);
         for (size_t j = 0; j < out.size(); ++j)
             out[j] = raw[j];
         return;
@@ -94,7 +103,7 @@ void toTrace(const ProgramState& st, const std::vector<int16_t>& raw, int32_t ra
     const int ds = st.NewDS;
     work.assign(checkedCount(rawPerTrace), 0.0f);
     for (size_t j = 0; j < work.size(); ++j) {
-        checkIndex(j, raw.size());
+        checkIndex(j, rawCount);
         work[j] = raw[j];
     }
     size_t i = 0;
@@ -121,7 +130,7 @@ void WavSamplesMono(ImportContext& ctx, const ByteSource& src, const WavLayout& 
         if (!out.next(k)) break;
         st.ReadPos = checkedInt32(st.DataStart + double(st.BytesPerSample) * w.rawPerTrace * k);
         readRaw(st, src, st.ReadPos, bytes, raw);
-        toTrace(st, raw, w.rawPerTrace, work, trace);
+        toTrace(st, raw, raw.size(), w.rawPerTrace, work, trace);
         out.write(trace);
     }
     out.finish();
@@ -134,9 +143,13 @@ void WavSamplesStereo(ImportContext& ctx, const ByteSource& src, const WavLayout
     TraceFileWriter right;
     right.open(st.TempRightPath);
     std::vector<uint8_t> bytes;
-    std::vector<int16_t> raw(checkedCount(int64_t(w.rawUpper) + 1));
-    const size_t half = (size_t(w.rawUpper) + 1) / 2;
-    std::vector<int16_t> rawLeft(half), rawRight(half);
+    // The raw array stands for all channels of a trace's stretch, interleaved, and each half
+    // for one channel; a trace takes only the first values of the halves. Only those are read
+    // and split, so a header claiming thousands of channels costs no more than two.
+    const size_t half = checkedCount(int64_t(w.rawUpper) + 1) / 2;
+    const size_t used = std::min(half, rawTaken(st, w.rawPerTrace));
+    std::vector<int16_t> raw(2 * used);
+    std::vector<int16_t> rawLeft(used), rawRight(used);
     std::vector<float> work, traceL(checkedCount(st.Sp_Samples)), traceR(traceL.size());
     int64_t pos = 1;
     for (int32_t k = 0; k < st.TraceCount; ++k) {
@@ -145,13 +158,12 @@ void WavSamplesStereo(ImportContext& ctx, const ByteSource& src, const WavLayout
         // half of the recording is never read. Kept so.
         st.ReadPos = checkedInt32(st.DataStart + double(st.BytesPerSample) * w.rawPerTrace * k);
         readRaw(st, src, st.ReadPos, bytes, raw);
-        for (size_t i = 0; i < half; ++i) {
-            checkIndex(2 * i + 1, raw.size());
+        for (size_t i = 0; i < used; ++i) {
             rawLeft[i] = raw[2 * i];
             rawRight[i] = raw[2 * i + 1];
         }
-        toTrace(st, rawLeft, w.rawPerTrace, work, traceL);
-        toTrace(st, rawRight, w.rawPerTrace, work, traceR);
+        toTrace(st, rawLeft, half, w.rawPerTrace, work, traceL);
+        toTrace(st, rawRight, half, w.rawPerTrace, work, traceR);
         left.writeAt(pos, traceL.data(), traceL.size());
         right.write(pos, traceR);
         pos += 4 * int64_t(st.Sp_Samples);

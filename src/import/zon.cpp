@@ -7,7 +7,6 @@
 #include "platform/numeric.h"
 
 #include <cmath>
-#include <cstdio>
 
 namespace kv {
 
@@ -15,12 +14,11 @@ namespace {
 
 /// Signature bytes are compared through their hexadecimal text read as a decimal number, so
 /// 0x20 matches 20; a byte whose hexadecimal text holds a letter never matches.
+/// The hexadecimal text is taken digit by digit (the header is scanned byte by byte, twice).
 bool hexTextIs(uint8_t byte, int decimal) {
-    char text[3];
-    std::snprintf(text, sizeof text, "%X", unsigned(byte));
-    for (const char* c = text; *c; ++c)
-        if (*c < '0' || *c > '9') return false;
-    return std::atoi(text) == decimal;
+    const int high = byte >> 4, low = byte & 0xF;
+    if (high > 9 || low > 9) return false;
+    return high * 10 + low == decimal;
 }
 
 bool signatureAt(const ByteSource& src, int64_t pos1, const int (&sig)[4]) {

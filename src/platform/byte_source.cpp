@@ -99,9 +99,11 @@ size_t FileByteSource::read(uint64_t offset, void* dst, size_t n) const {
             got = readDirect(offset, out, want);
         } else {
             if (offset < windowStart_ || offset + want > windowStart_ + windowLen_) {
-                window_.resize(kWindow);
+                // No larger than the file: a small file (a header, a reference) costs no
+                // megabyte of memory to clear on every open.
+                window_.resize(size_t(std::min<uint64_t>(kWindow, size_)));
                 windowStart_ = offset;
-                windowLen_ = readDirect(offset, window_.data(), kWindow);
+                windowLen_ = readDirect(offset, window_.data(), window_.size());
             }
             got = std::min<size_t>(want, windowStart_ + windowLen_ - offset);
             std::memcpy(out, window_.data() + (offset - windowStart_), got);

@@ -18,6 +18,13 @@ namespace kv {
 static_assert(std::endian::native == std::endian::little,
               "working files are little-endian and are read and written without conversion");
 
+/// A file of the store in memory. A deleted file keeps its entry and its room, so that the
+/// next file at the same path (the next open, in a fuzzer) neither allocates nor faults pages.
+struct MemoryTraceFile {
+    bool exists = false;
+    std::vector<char> bytes;
+};
+
 namespace {
 
 /// The working file read last, kept open between reads: playback reads the same file trace after
@@ -36,11 +43,13 @@ struct ReadHandle {
 
 thread_local ReadHandle tRead;
 
-/// The store in memory: one byte vector a path, and the size a file may grow to; 0 when the
-/// store is on disk.
+/// The store in memory: one file a path, and the size a file may grow to; 0 when the store is
+/// on disk. Entries are never erased while the store is in use, so a writer keeps a pointer to
+/// its file; `generation` changes when the store is emptied, which makes such pointers stale.
 struct MemoryStore {
     size_t limit = 0;
-    std::map<std::string, std::vector<char>> files;
+    uint64_t generation = 0;
+    std::map<std::string, MemoryTraceFile> files;
 };
 MemoryStore gMemory;
 
@@ -62,12 +71,13 @@ int readHandle(const std::string& path) {
 void useMemoryTraceStore(size_t limitBytes) {
     gMemory.limit = limitBytes;
     gMemory.files.clear();
+    ++gMemory.generation;
 }
 
 const std::vector<char>& memoryTraceFile(const std::string& path) {
     static const std::vector<char> none;
     const auto it = gMemory.files.find(path);
-    return it == gMemory.files.end() ? none : it->second;
+    return it == gMemory.files.end() || !it->second.exists ? none : it->second.bytes;
 }
 
 void readTrace(const std::string& path, int64_t pos1, float* out, size_t n) {
@@ -104,12 +114,15 @@ void TraceFileWriter::open(const std::string& path, bool keepExisting) {
     close();
     if (path.empty()) throw ReadError("no working file");
     if (gMemory.limit) {
-        std::vector<char>& f = gMemory.files[path];
-        if (!keepExisting) f.clear();
+        MemoryTraceFile& f = gMemory.files[path];
+        if (!keepExisting || !f.exists) f.bytes.clear();
+        f.exists = true;
+        memory_ = &f;
+        generation_ = gMemory.generation;
         inMemory_ = true;
         path_ = path;
         at_ = 0;
-        size_ = int64_t(f.size());
+        size_ = int64_t(f.bytes.size());
         return;
     }
     if (keepExisting) {
@@ -143,12 +156,22 @@ void TraceFileWriter::writeBytes(int64_t pos1, const void* data, size_t n) {
     if (pos1 < 1) throw ReadError("bad record number");
     int64_t off = pos1 - 1;
     if (inMemory_) {
-        // Looked up each time: the file may have been deleted since the writer opened it.
-        std::vector<char>& f = gMemory.files[path_];
+        if (generation_ != gMemory.generation) memory_ = &gMemory.files[path_];
+        generation_ = gMemory.generation;
+        // The file may have been deleted since the writer opened it: the write makes it anew.
+        MemoryTraceFile& file = *memory_;
+        if (!file.exists) file.bytes.clear();
+        file.exists = true;
+        std::vector<char>& f = file.bytes;
         const uint64_t end = uint64_t(off) + n;
         if (end > gMemory.limit) throw WriteError(path_, EFBIG);
-        if (end > f.size()) f.resize(size_t(end));
-        if (n) std::memcpy(f.data() + off, data, n);
+        // What overlaps the file is copied over it, the rest appended: only a gap before the
+        // write is filled with zeros.
+        const auto* p = static_cast<const char*>(data);
+        const size_t inside = uint64_t(off) < f.size() ? std::min(n, f.size() - size_t(off)) : 0;
+        if (inside) std::memcpy(f.data() + off, p, inside);
+        if (uint64_t(off) > f.size()) f.resize(size_t(off));
+        f.insert(f.end(), p + inside, p + n);
         size_ = int64_t(f.size());
         return;
     }
@@ -198,7 +221,11 @@ void KillWorkingFile(const std::string& path) {
     // Let go of a kept read handle too, so that the deleted file's space is given back now.
     if (tRead.path == path) tRead.drop();
     if (gMemory.limit) {
-        gMemory.files.erase(path);
+        const auto it = gMemory.files.find(path);
+        if (it != gMemory.files.end()) {
+            it->second.exists = false;
+            it->second.bytes.clear();
+        }
         return;
     }
     removeFileQuietly(path);

@@ -29,6 +29,8 @@ inline void readTrace(const std::string& path, int64_t pos1, std::vector<float>&
     readTrace(path, pos1, out.data(), out.size());
 }
 
+struct MemoryTraceFile;
+
 /// Writes traces into a working file. The file is created (or truncated) when the writer opens;
 /// writes go at a 1-based byte position, as the readers keep theirs. Zeros that would go past the
 /// end of the file are not written but left as a hole, which reads as zeros and takes no disk:
@@ -64,9 +66,11 @@ class TraceFileWriter {
 
     std::FILE* f_ = nullptr;
     std::string path_;
-    bool inMemory_ = false; // the file is kept in memory (useMemoryTraceStore)
-    int64_t at_ = -1;       // current 0-based offset of the stream, -1 unknown
-    int64_t size_ = 0;      // length of the file with the zeros left out so far
+    bool inMemory_ = false;             // the file is kept in memory (useMemoryTraceStore)
+    MemoryTraceFile* memory_ = nullptr; // that file, while the store's generation holds
+    uint64_t generation_ = 0;
+    int64_t at_ = -1;  // current 0-based offset of the stream, -1 unknown
+    int64_t size_ = 0; // length of the file with the zeros left out so far
     static constexpr size_t kBufferBytes = size_t(1) << 20;
     std::unique_ptr<char[]> buffer_;
 };

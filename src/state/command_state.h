@@ -6,6 +6,7 @@
 #include <array>
 #include <map>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace kv {
@@ -78,7 +79,8 @@ class CommandState {
 
   private:
     std::vector<MenuEntry> menus_;
-    std::map<std::string, size_t> index_;
+    // Hashed: the commands look entries up by name many times an action.
+    std::unordered_map<std::string, size_t> index_;
     std::array<ToolButton, kButtons> buttons_{};
     std::array<std::string, kPanels> panels_{};
 };

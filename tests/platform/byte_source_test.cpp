@@ -156,6 +156,27 @@ TEST(TraceStore, InMemoryItKeepsTheSameBytesAsOnDiskAndFailsLikeAFullDisk) {
     EXPECT_EQ(back[1], 4.0f) << "back on the disk";
 }
 
+TEST(TraceStore, InMemoryAFileDeletedUnderItsWriterComesBackWithTheNextWrite) {
+    useMemoryTraceStore(1000);
+    const std::string mem = "/nowhere/temp.sp";
+    TraceFileWriter w;
+    w.open(mem);
+    w.write(1, std::vector<float>{1, 2, 3, 4});
+    KillWorkingFile(mem);
+    EXPECT_TRUE(memoryTraceFile(mem).empty());
+    w.write(5, std::vector<float>{7}); // a new file at the path, zeros before the write
+    std::vector<float> back(3, -1.0f);
+    readTrace(mem, 1, back);
+    EXPECT_EQ(back, (std::vector<float>{0, 7, 0}));
+    w.writeBytes(7, "\x01\x02\x03\x04", 4); // across the end: overwritten, then appended
+    const auto& bytes = memoryTraceFile(mem);
+    EXPECT_EQ(std::string(bytes.begin() + 4, bytes.end()), std::string("\0\0\x01\x02\x03\x04", 6));
+    TraceFileWriter again;
+    again.open(mem); // truncates
+    EXPECT_TRUE(memoryTraceFile(mem).empty());
+    useMemoryTraceStore(0);
+}
+
 TEST(TraceStore, AWorkingFileThatCannotBeMadeNamesItsPath) {
     test::TempHome home(false);
     TraceFileWriter w;
