@@ -1,5 +1,7 @@
-// The transforms over FFTW in single precision. Plans are made once per length and kept for the
-// life of the process, so playing through a recording never plans again.
+// The transforms over FFTW in single precision. Plans are made once per length and kept, so
+// playing through a recording never plans again. Power-of-two lengths are kept for the life of
+// the process; other lengths come from whatever a file declares (a scope capture may hold any
+// sample count), so once many of them have gathered they are dropped and made again on demand.
 //
 // Plans are made with FFTW_ESTIMATE: they cost well under a millisecond even at 65536 points, so
 // opening a recording or changing the trace length in the options never stalls the workbench,
@@ -27,15 +29,33 @@ namespace kv::fft {
 
 namespace {
 
+/// FFTW's planner is not thread-safe, and destroying a plan counts as planning. Recursive,
+/// because a thread that holds it may drop its last plan while it makes the next.
+std::recursive_mutex& plannerLock() {
+    static std::recursive_mutex lock;
+    return lock;
+}
+
 struct Plans {
     fftwf_plan forward = nullptr;
     fftwf_plan inverse = nullptr;
     fftwf_plan realForward = nullptr;
+    Plans() = default;
+    Plans(const Plans&) = delete;
+    Plans& operator=(const Plans&) = delete;
     ~Plans() {
+        std::lock_guard<std::recursive_mutex> guard(plannerLock());
         for (fftwf_plan p : {forward, inverse, realForward})
             if (p) fftwf_destroy_plan(p);
     }
 };
+
+/// How many lengths the cache holds before the lengths that are not powers of two are dropped.
+constexpr size_t kCachedLengths = 64;
+
+bool powerOfTwo(int32_t n) {
+    return (n & (n - 1)) == 0;
+}
 
 /// Buffers aligned the way FFTW wants them; one set per thread, grown as lengths grow.
 template <typename T> struct AlignedBuffer {
@@ -65,18 +85,25 @@ void checkLength(int32_t n) {
 }
 
 /// The cached plans of length n, made on first use. Planning is not thread-safe in FFTW, so it
-/// runs under one lock; executing a finished plan on other arrays is.
+/// runs under one lock; executing a finished plan on other arrays is. Each thread holds on to the
+/// plans it used last, so a length dropped from the cache stays valid for a thread still using it.
+std::unordered_map<int32_t, std::shared_ptr<const Plans>>& planCache() {
+    static std::unordered_map<int32_t, std::shared_ptr<const Plans>> cache;
+    return cache;
+}
+
 const Plans& plansFor(int32_t n) {
     thread_local int32_t lastN = 0;
-    thread_local const Plans* last = nullptr;
+    thread_local std::shared_ptr<const Plans> last;
     if (last && n == lastN) return *last;
     checkLength(n);
-    static std::mutex lock;
-    static std::unordered_map<int32_t, std::unique_ptr<Plans>> cache;
-    std::lock_guard<std::mutex> guard(lock);
-    auto& slot = cache[n];
-    if (!slot) {
-        auto p = std::make_unique<Plans>();
+    std::lock_guard<std::recursive_mutex> guard(plannerLock());
+    auto& cache = planCache();
+    auto it = cache.find(n);
+    if (it == cache.end()) {
+        if (cache.size() >= kCachedLengths)
+            std::erase_if(cache, [](const auto& entry) { return !powerOfTwo(entry.first); });
+        auto p = std::make_shared<Plans>();
         // Planning arrays: with FFTW_ESTIMATE nothing is written to them; only their alignment
         // matters, and it is the same as that of the scratch buffers used for execution.
         AlignedBuffer<fftwf_complex> a, b;
@@ -87,10 +114,10 @@ const Plans& plansFor(int32_t n) {
         p->realForward = fftwf_plan_dft_r2c_1d(n, r.get(un), b.get(un), FFTW_ESTIMATE);
         if (!p->forward || !p->inverse || !p->realForward)
             throw std::runtime_error("FFTW could not plan the transform");
-        slot = std::move(p);
+        it = cache.emplace(n, std::move(p)).first;
     }
     lastN = n;
-    last = slot.get();
+    last = it->second;
     return *last;
 }
 
@@ -124,6 +151,11 @@ void unpack(const fftwf_complex* from, float* re, float* im, int32_t n, float sc
 
 void prepare(int32_t n) {
     plansFor(n);
+}
+
+size_t cachedLengths() {
+    std::lock_guard<std::recursive_mutex> guard(plannerLock());
+    return planCache().size();
 }
 
 void forwardReal(float* re, float* im, int32_t n) {

@@ -2,6 +2,7 @@
 // length on split real/imaginary float arrays, with the scaling the rest of the engine expects.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 namespace kv::fft {
@@ -24,7 +25,11 @@ void forwardReal(float* re, float* im, int32_t n);
 void inverse(float* re, float* im, int32_t n);
 
 /// Makes and caches the plans of length `n` now, so that the first trace does not pay for them.
-/// Plans are made once per length for the life of the process.
+/// Power-of-two lengths keep their plans for the life of the process; once 64 lengths are
+/// cached, the others are dropped and made again when next asked for.
 void prepare(int32_t n);
+
+/// How many lengths have plans cached now.
+size_t cachedLengths();
 
 } // namespace kv::fft

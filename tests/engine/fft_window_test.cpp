@@ -71,6 +71,29 @@ TEST(FourierTransform, InverseGivesTheTraceBackAtItsOwnScale) {
     }
 }
 
+TEST(FourierTransform, ManyOddLengthsDoNotPileUpPlans) {
+    // A file may declare any sample count; a long session (or a fuzzer) meets thousands of them.
+    std::vector<float> re(301), im(301);
+    for (int32_t n = 3; n <= 301; n += 2) {
+        std::fill(re.begin(), re.end(), 1.0f);
+        std::fill(im.begin(), im.end(), 0.0f);
+        fft::forward(re.data(), im.data(), n);
+        ASSERT_FLOAT_EQ(re[0], 1.0f) << n;
+    }
+    EXPECT_LE(fft::cachedLengths(), 64u);
+    // A length whose plans were dropped is planned again and still transforms right.
+    std::mt19937 gen(3);
+    std::normal_distribution<float> noise(0.0f, 1.0f);
+    std::vector<float> x(5), y(5);
+    for (auto& v : x)
+        v = noise(gen);
+    for (auto& v : y)
+        v = noise(gen);
+    const auto want = naiveForward(x, y);
+    fft::forward(x.data(), y.data(), 5);
+    EXPECT_LT(rmsError(x, y, want), 1e-6);
+}
+
 TEST(FourierTransform, RefusesLengthsItCannotPlan) {
     float x = 0;
     EXPECT_THROW(fft::forward(&x, &x, 0), std::invalid_argument);
