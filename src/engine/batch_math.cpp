@@ -344,7 +344,11 @@ void foldColumns(const float* disp, int32_t count, int32_t b, float* val, int32_
 KV_VECTOR_CLONES
 bool foldPairs(const float* disp, const float* ph, const float* logs, int32_t count, float* val,
                int32_t* bin, float* logX, float* phase) {
-    const I8 evens = {0, 2, 4, 6, 8, 10, 12, 14}, odds = {1, 3, 5, 7, 9, 11, 13, 15};
+    // The even and the odd lanes of two vectors side by side. __builtin_shufflevector is the
+    // spelling both compilers take (GCC's own __builtin_shuffle is unknown to clang); a macro,
+    // since a function taking the vectors by value would change the ABI without AVX.
+#define KV_EVENS(x, y) __builtin_shufflevector(x, y, 0, 2, 4, 6, 8, 10, 12, 14)
+#define KV_ODDS(x, y) __builtin_shufflevector(x, y, 1, 3, 5, 7, 9, 11, 13, 15)
     const I8 none = {-1, -1, -1, -1, -1, -1, -1, -1};
     I8 first = {0, 2, 4, 6, 8, 10, 12, 14};
     const I8 step = {16, 16, 16, 16, 16, 16, 16, 16};
@@ -359,21 +363,23 @@ bool foldPairs(const float* disp, const float* ph, const float* logs, int32_t co
         std::memcpy(&phi, ph + i + 8, sizeof phi);
         std::memcpy(&llo, logs + i, sizeof llo);
         std::memcpy(&lhi, logs + i + 8, sizeof lhi);
-        const F8 a = __builtin_shuffle(lo, hi, evens), b = __builtin_shuffle(lo, hi, odds);
+        const F8 a = KV_EVENS(lo, hi), b = KV_ODDS(lo, hi);
         // The first bin compared with itself takes unless it is not a number; the second takes
         // when it is not below the first.
         const I8 ok = a == a;
         const I8 take = a <= b;
         const F8 v = take ? b : a;
         const I8 at = take ? first + 1 : (ok ? first : none);
-        const F8 l = take ? __builtin_shuffle(llo, lhi, odds) : __builtin_shuffle(llo, lhi, evens);
-        const F8 p = take ? __builtin_shuffle(plo, phi, odds) : __builtin_shuffle(plo, phi, evens);
+        const F8 l = take ? KV_ODDS(llo, lhi) : KV_EVENS(llo, lhi);
+        const F8 p = take ? KV_ODDS(plo, phi) : KV_EVENS(plo, phi);
         carried |= ~ok;
         std::memcpy(val + c, &v, sizeof v);
         std::memcpy(bin + c, &at, sizeof at);
         std::memcpy(logX + c, &l, sizeof l);
         std::memcpy(phase + c, &p, sizeof p);
     }
+#undef KV_EVENS
+#undef KV_ODDS
     bool anyCarried = false;
     for (int k = 0; k < 8; ++k)
         anyCarried |= carried[k] != 0;
