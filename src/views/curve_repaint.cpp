@@ -1,6 +1,8 @@
 // Changing only the pixels in which two curves differ.
 #include "views/curve_repaint.h"
 
+#include "views/line_math.h"
+
 #include <algorithm>
 #include <bit>
 #include <cstdlib>
@@ -10,21 +12,9 @@ namespace kv {
 
 namespace {
 
-// The same bounds the one-pixel line applies to its coordinates.
-constexpr int64_t kCoordLimit = int64_t(1) << 28;
-
-int64_t clampCoord(int v) {
-    return std::clamp<int64_t>(v, -kCoordLimit, kCoordLimit);
-}
-
-// floor(a / b) and ceil(a / b) for b > 0.
-int64_t floorDiv(int64_t a, int64_t b) {
-    const int64_t q = a / b;
-    return (a % b != 0 && a < 0) ? q - 1 : q;
-}
-int64_t ceilDiv(int64_t a, int64_t b) {
-    return -floorDiv(-a, b);
-}
+using line::ceilDiv;
+using line::clampCoord;
+using line::floorDiv;
 
 } // namespace
 

@@ -1,6 +1,8 @@
 // The views' drawing surface.
 #include "views/surface.h"
 
+#include "views/line_math.h"
+
 #include <QFont>
 #include <QFontMetrics>
 #include <QPainter>
@@ -84,17 +86,8 @@ void Surface::scrollDownOneRow() {
 
 namespace {
 
-constexpr int64_t kCoordLimit = int64_t(1) << 28;
-
-int64_t clampCoord(int v) {
-    return std::clamp<int64_t>(v, -kCoordLimit, kCoordLimit);
-}
-
-// floor(a / b) for b > 0.
-int64_t floorDiv(int64_t a, int64_t b) {
-    const int64_t q = a / b;
-    return (a % b != 0 && a < 0) ? q - 1 : q;
-}
+using line::clampCoord;
+using line::floorDiv;
 
 // One segment from (x1, y1) towards (x2, y2), the end left out. The major axis is walked from
 // t = 0 to n - 1; the minor coordinate at step t is the start plus d * t / n rounded to nearest,
