@@ -2,7 +2,7 @@
 // shows the view's picture enlarged, and its labels painted again at the screen's resolution.
 #include "app/main_window.h"
 #include "app/view_window.h"
-#include "gui/gui_fixture.h"
+#include "gui/sample_shell.h"
 #include "views/view_model.h"
 
 #include <gtest/gtest.h>
@@ -17,19 +17,7 @@ struct ScaleFactorTwo {
     ~ScaleFactorTwo() { qunsetenv("QT_SCALE_FACTOR"); }
 };
 
-class ScaleTwo : public ScaleFactorTwo, public test::GuiTest {
-  protected:
-    ScaleTwo() {
-        w = std::make_unique<MainWindow>(home.path(), &host);
-        w->resize(1000, 700);
-        w->show();
-        w->importFile(test::kSample);
-    }
-    ~ScaleTwo() override { w->close(); }
-
-    ScriptedHost host;
-    std::unique_ptr<MainWindow> w;
-};
+class ScaleTwo : public ScaleFactorTwo, public test::SampleShell {};
 
 /// Pixels of `grab` (device pixels) in the logical rectangle `r` that differ from the picture
 /// enlarged pixel for pixel.

@@ -4,7 +4,7 @@
 #include "app/main_window.h"
 #include "app/markers_window.h"
 #include "app/view_window.h"
-#include "gui/gui_fixture.h"
+#include "gui/sample_shell.h"
 #include "platform/numeric.h"
 #include "views/spectrum/spectrum_form.h"
 
@@ -16,18 +16,8 @@ using namespace kv;
 
 namespace {
 
-class MarkerTableWindow : public test::GuiTest {
+class MarkerTableWindow : public test::SampleShell {
   protected:
-    MarkerTableWindow() {
-        w = std::make_unique<MainWindow>(home.path(), &host);
-        w->resize(1000, 700);
-        w->show();
-        w->importFile(test::kSample);
-        sw = w->viewHost().viewWindow(ViewId::Spectrum);
-        form = w->viewHost().modelOf<spectrum::SpectrumForm>(ViewId::Spectrum);
-    }
-    ~MarkerTableWindow() override { w->close(); }
-
     /// A left click on column `x` of the plot, as the user sets a marker.
     void clickPlot(int x, int y) {
         const spectrum::PlotMargins m;
@@ -40,10 +30,6 @@ class MarkerTableWindow : public test::GuiTest {
         return i ? i->text() : QString();
     }
 
-    ScriptedHost host;
-    std::unique_ptr<MainWindow> w;
-    ViewWindow* sw = nullptr;
-    spectrum::SpectrumForm* form = nullptr;
     QTableWidget* table = nullptr;
 };
 

@@ -4,7 +4,7 @@
 #include "app/main_window.h"
 #include "app/reference_dialog.h"
 #include "app/view_window.h"
-#include "gui/gui_fixture.h"
+#include "gui/sample_shell.h"
 #include "platform/files.h"
 #include "references/spectrum_refs.h"
 #include "views/spectrum/spectrum_form.h"
@@ -20,22 +20,7 @@ using namespace kv;
 
 namespace {
 
-class RefShell : public test::GuiTest {
-  protected:
-    RefShell() {
-        w = std::make_unique<MainWindow>(home.path(), &host);
-        w->resize(1000, 700);
-        w->show();
-        w->importFile(test::kSample);
-        sw = w->viewHost().viewWindow(ViewId::Spectrum);
-        form = w->viewHost().modelOf<spectrum::SpectrumForm>(ViewId::Spectrum);
-    }
-    ~RefShell() override { w->close(); }
-    ScriptedHost host;
-    std::unique_ptr<MainWindow> w;
-    ViewWindow* sw = nullptr;
-    spectrum::SpectrumForm* form = nullptr;
-};
+using RefShell = test::SampleShell;
 
 QDialog* openDialog(const char* name) {
     for (QWidget* t : QApplication::topLevelWidgets())
