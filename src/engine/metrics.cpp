@@ -7,19 +7,13 @@
 #include "platform/numeric.h"
 #include "state/program_state.h"
 
+#include <algorithm>
 #include <cmath>
 #include <optional>
 
 namespace kv {
 
 namespace {
-
-/// Amplitude of bin i, or nothing when i lies outside the array: such a read fails its
-/// statement alone and the count goes on without it.
-std::optional<double> amp(const ProgramState& st, int64_t i) {
-    if (i < 0 || size_t(i) >= st.SpAmp.size()) return std::nullopt;
-    return double(st.SpAmp[size_t(i)]);
-}
 
 /// a / b, or nothing for a division by zero (or a result that is not a number).
 std::optional<double> divide(double a, double b) {
@@ -55,16 +49,48 @@ int32_t halfWidth(const ProgramState& st) {
     return h;
 }
 
+/// Appends from..to (those above `above`) to the list; the list holds bins, so int16 as stored.
 void appendRange(std::vector<int16_t>& list, int64_t from, int64_t to, int64_t above) {
+    from = std::max(from, above + 1);
+    if (to < from) return;
+    const size_t at = list.size();
+    list.resize(at + size_t(to - from + 1));
+    int16_t* out = list.data() + at;
     for (int64_t i = from; i <= to; ++i)
-        if (i > above) list.push_back(int16_t(i));
+        *out++ = int16_t(i);
 }
 
-double sumOfSquares(const ProgramState& st, const std::vector<int16_t>& bins) {
+/// The amplitude array as plain numbers: the survey takes every figure below for every trace,
+/// so the loops index it directly and test each subscript against its size, as amp() does.
+struct Amplitudes {
+    const float* a;
+    int64_t size;
+    explicit Amplitudes(const ProgramState& st)
+        : a(st.SpAmp.data()), size(int64_t(st.SpAmp.size())) {}
+    bool has(int64_t i) const { return i >= 0 && i < size; }
+};
+
+double sumOfSquares(const Amplitudes& A, const std::vector<int16_t>& bins) {
     double sum = 0.0;
     for (int16_t i : bins)
-        if (auto a = amp(st, i)) sum += *a * *a;
+        if (A.has(i)) {
+            const double x = A.a[i];
+            sum += x * x;
+        }
     return sum;
+}
+
+/// The mean round bin i as the spur search forms it: the bins i-h..i+h that lie in the array,
+/// summed in order in single precision, over 2h. Each step is f32(a + x) of two floats formed in
+/// double; double holds that sum exactly enough that rounding it to a float is the same as
+/// adding in single precision, which is what the loop does.
+float neighbourhoodMean(const Amplitudes& A, int64_t i, int32_t h) {
+    const int64_t from = std::max<int64_t>(i - h, 0);
+    const int64_t to = std::min<int64_t>(i + h, A.size - 1);
+    float a = 0.0f;
+    for (int64_t j = from; j <= to; ++j)
+        a += A.a[j];
+    return f32(double(a) / (2.0 * h));
 }
 
 } // namespace
@@ -73,16 +99,19 @@ void CountAnalys(ProgramState& st) {
     const int64_t P = st.PeakBin, B = st.PeakHoldBins;
     const int32_t h = halfWidth(st);
     const int64_t w = h + 1;
-    const double peak = amp(st, P).value_or(0.0);
+    const Amplitudes A(st);
+    const double peak = A.has(P) ? double(A.a[P]) : 0.0;
 
     // The fundamental: its band of 2h+1 bins, or the peak bin alone when the band leaves 1..B.
     double sum = 0.0;
-    for (int64_t i = P - h; i <= P + h; ++i) {
-        if (i > B || i < 1) {
-            sum = peak * peak;
-            break;
-        }
-        if (auto a = amp(st, i)) sum += *a * *a;
+    if (P - h < 1 || P + h > B) {
+        sum = peak * peak;
+    } else {
+        for (int64_t i = P - h; i <= P + h; ++i)
+            if (A.has(i)) {
+                const double x = A.a[i];
+                sum += x * x;
+            }
     }
     st.FundPower = std::sqrt(sum);
 
@@ -106,24 +135,24 @@ void CountAnalys(ProgramState& st) {
     // neighbourhood, searched from the top of the band down. The mean divides by 2h although the
     // neighbourhood has 2h+1 bins.
     st.SpurAmp = -100.0;
+    float spur = f32(st.SpurAmp);
     double best = 0.0;
-    for (int64_t i = B; i >= 2 * P; --i) {
-        const auto x = amp(st, i);
-        if (!x || !(f32(st.SpurAmp) < *x)) continue;
-        float a = 0.0f;
-        for (int64_t j = i - h; j <= i + h; ++j)
-            if (auto y = amp(st, j)) a = f32(double(a) + *y);
-        const float m = f32(double(a) / (2.0 * h));
-        const double t = double(f32(*x - double(m)));
+    for (int64_t i = std::min(B, A.size - 1); i >= 2 * P; --i) {
+        if (i < 0) break;
+        const float x = A.a[i];
+        if (!(spur < x)) continue;
+        const float m = neighbourhoodMean(A, i, h);
+        const double t = double(f32(double(x) - double(m)));
         if (t > best) {
-            st.SpurAmp = *x;
+            st.SpurAmp = x;
+            spur = x;
             best = t;
         }
     }
     if (st.SpurAmp != 0.0) st.SpurRatio = peak / st.SpurAmp;
 
-    st.HarmPower = sumOfSquares(st, st.HarmList);
-    st.NoisePower = sumOfSquares(st, st.NoiseList);
+    st.HarmPower = sumOfSquares(A, st.HarmList);
+    st.NoisePower = sumOfSquares(A, st.NoiseList);
 
     if (st.ShowSNR) CountSNR(st);
     if (st.ShowTHD) CountTHD(st);

@@ -85,9 +85,13 @@ void formAmplitudes(ProgramState& st, bool withBack) {
     if (backScroll) amplitudesOf(st, st.BackRe, st.BackIm, st.BackAmp, std::min(st.Sp_Bins, n));
 }
 
+/// How many PhaseSkipScopes are open on this thread.
+thread_local int tPhaseSkips = 0;
+
 void phases(ProgramState& st) {
     const int32_t half = st.Fft_Samples / 2;
     ensure(st.SpPhase, int64_t(half) + 1);
+    if (tPhaseSkips > 0) return;
     batch::phaseDegrees(st.FftRe.data() + 1, st.FftIm.data() + 1, st.SpPhase.data() + 1, half,
                         st.Pi);
 }
@@ -209,6 +213,14 @@ void InitFftState(ProgramState& st) {
     redim(st.SpPhase, int64_t(n) + 1);
     redim(st.PeakHoldAcc, int64_t(st.Sp_Bins) + 1);
     if (n >= 1 && n <= fft::kMaxLength) fft::prepare(n);
+}
+
+PhaseSkipScope::PhaseSkipScope() {
+    ++tPhaseSkips;
+}
+
+PhaseSkipScope::~PhaseSkipScope() {
+    --tPhaseSkips;
 }
 
 void resetPeakHold(ProgramState& st) {

@@ -39,4 +39,17 @@ void CreatedBArray(ProgramState& st);
 /// Forgets the held peaks: PeakHoldAcc becomes 0..PeakHoldBins, cleared.
 void resetPeakHold(ProgramState& st);
 
+/// While one of these lives, FyllSpData and FyllSpAverage on the same thread take no phases:
+/// SpPhase keeps what it held, and so does the phase of each folded column. For runs that read
+/// neither, such as the command-line survey of read-outs, which would otherwise spend a large
+/// part of each trace on angles nobody looks at. Everything else comes out as without it.
+/// Scopes may nest.
+class PhaseSkipScope {
+  public:
+    PhaseSkipScope();
+    ~PhaseSkipScope();
+    PhaseSkipScope(const PhaseSkipScope&) = delete;
+    PhaseSkipScope& operator=(const PhaseSkipScope&) = delete;
+};
+
 } // namespace kv

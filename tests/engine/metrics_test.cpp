@@ -190,3 +190,88 @@ TEST(MetricCaptions, VisibleLabelsLineUpFromThePlotsLeftThreePixelsApart) {
                                           {50, 60, 70, 80, 90, 100, 40});
     EXPECT_EQ(lefts, (std::array<int, 7>{10, -1, 63, 136, -1, -1, 219}));
 }
+
+namespace {
+
+/// The read-outs' bins and powers counted one bin at a time, each read checked against the
+/// array and every sum taken exactly as written: the figures the direct loops must reproduce.
+struct CountedByHand {
+    double fund = 0, harm = 0, noise = 0, spur = -100.0;
+    std::vector<int16_t> noiseList, harmList;
+};
+
+CountedByHand countByHand(const ProgramState& st, int32_t h) {
+    const auto at = [&](int64_t i, double& x) {
+        if (i < 0 || size_t(i) >= st.SpAmp.size()) return false;
+        x = st.SpAmp[size_t(i)];
+        return true;
+    };
+    CountedByHand r;
+    const int64_t P = st.PeakBin, B = st.PeakHoldBins, w = h + 1;
+    double peak = 0, x = 0;
+    at(P, peak);
+    for (int64_t i = P - h; i <= P + h; ++i) {
+        if (i > B || i < 1) {
+            r.fund = peak * peak;
+            break;
+        }
+        if (at(i, x)) r.fund += x * x;
+    }
+    r.fund = std::sqrt(r.fund);
+    for (int64_t i = 2; i <= P - w; ++i)
+        r.noiseList.push_back(int16_t(i));
+    for (int64_t k = 1; k <= 5 && (k + 1) * P + w < B; ++k)
+        for (int64_t i = k * P + 1; i <= (k + 1) * P - 1; ++i)
+            r.noiseList.push_back(int16_t(i));
+    for (int64_t k = 1; k <= 6 && (k + 1) * P + w < B; ++k)
+        for (int64_t i = (k + 1) * P - w; i <= (k + 1) * P + w; ++i)
+            if (i > 1) r.harmList.push_back(int16_t(i));
+    double best = 0;
+    for (int64_t i = B; i >= 2 * P; --i) {
+        if (!at(i, x) || !(float(r.spur) < x)) continue;
+        float a = 0;
+        double y = 0;
+        for (int64_t j = i - h; j <= i + h; ++j)
+            if (at(j, y)) a = float(double(a) + y);
+        const double t = double(float(x - double(float(double(a) / (2.0 * h)))));
+        if (t > best) {
+            r.spur = x;
+            best = t;
+        }
+    }
+    for (int16_t i : r.harmList)
+        if (at(i, x)) r.harm += x * x;
+    for (int16_t i : r.noiseList)
+        if (at(i, x)) r.noise += x * x;
+    return r;
+}
+
+} // namespace
+
+TEST(MetricBands, TheCountsMatchTheBinByBinDefinitionBitForBit) {
+    std::mt19937 g(7);
+    std::uniform_real_distribution<float> level(0.0f, 1.0f);
+    // Peaks at the bottom, the middle and the top of the band; bands of 10, 16 and 20 bins; the
+    // band's top inside the array and beyond it (an array cut short reads as missing bins).
+    for (int32_t peak : {0, 1, 5, 11, 37, 100, 170, 255, 500, 511})
+        for (int bits : {8, 16, 0})
+            for (size_t size : {size_t(2 * N + 1), size_t(N / 2 - 3)}) {
+                ProgramState st = spectrumWithPeak(std::min<int32_t>(peak, int32_t(size) - 1));
+                st.SpAmp.resize(size);
+                for (float& x : st.SpAmp)
+                    x = level(g) * level(g) * 1000.0f;
+                st.SampleBits = bits == 0 ? 16 : bits;
+                st.IsSht = bits == 0;
+                const int32_t h = bits == 8 ? 10 : bits == 0 ? 16 : 20;
+                const CountedByHand want = countByHand(st, h);
+                CountAnalys(st);
+                SCOPED_TRACE(testing::Message()
+                             << "peak " << peak << " bits " << bits << " size " << size);
+                EXPECT_EQ(st.FundPower, want.fund);
+                EXPECT_EQ(st.HarmPower, want.harm);
+                EXPECT_EQ(st.NoisePower, want.noise);
+                EXPECT_EQ(st.SpurAmp, want.spur);
+                EXPECT_EQ(st.NoiseList, want.noiseList);
+                EXPECT_EQ(st.HarmList, want.harmList);
+            }
+}

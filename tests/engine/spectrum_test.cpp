@@ -103,6 +103,43 @@ TEST(SpectrumPhase, TheSingleTraceColumnsCarryThePhaseOfTheTraceBefore) {
     EXPECT_EQ(b.st.ColPhase[101], b.st.SpPhase[101]);
 }
 
+TEST(SpectrumPhase, ARunThatSkipsThePhasesGetsEverythingElseTheSame) {
+    const auto signal = [](int64_t t) {
+        return 200 * std::cos(2 * M_PI * 100 * t / N + (t < N ? 0.0 : 1.0)) + 3.0 * (t % 7);
+    };
+    for (int mode : {1, 4}) {
+        SpectrumBench plain(N, 3, signal), skipping(N, 3, signal);
+        for (SpectrumBench* b : {&plain, &skipping}) {
+            b->st.ModeFFT = int16_t(mode);
+            b->st.AverVal = 1;
+            b->st.PlotColumns = 300;
+        }
+        plain.show(0);
+        skipping.show(0);
+        const std::vector<float> before = skipping.st.SpPhase;
+        plain.show(1);
+        {
+            PhaseSkipScope noPhases;
+            PhaseSkipScope nested;
+            skipping.show(1);
+        }
+        SCOPED_TRACE(mode);
+        EXPECT_EQ(skipping.st.SpPhase, before) << "the phases stand as the last trace left them";
+        EXPECT_NE(plain.st.SpPhase, before);
+        EXPECT_EQ(skipping.st.SpAmp, plain.st.SpAmp);
+        EXPECT_EQ(skipping.st.SpDisp, plain.st.SpDisp);
+        EXPECT_EQ(skipping.st.ColVal, plain.st.ColVal);
+        EXPECT_EQ(skipping.st.TraceBuf, plain.st.TraceBuf);
+        EXPECT_EQ(skipping.st.PeakBin, plain.st.PeakBin);
+        EXPECT_EQ(skipping.st.PeakDb, plain.st.PeakDb);
+        EXPECT_EQ(skipping.st.Sp_Bins, plain.st.Sp_Bins);
+        // Once the scopes close the phases are taken again.
+        skipping.show(2);
+        plain.show(2);
+        EXPECT_EQ(skipping.st.SpPhase, plain.st.SpPhase);
+    }
+}
+
 TEST(SpectrumModes, PeakHoldKeepsTheMaximaUntilItIsReset) {
     SpectrumBench b(N, 3, [](int64_t t) {
         return t < N ? 300 * std::sin(2 * M_PI * 100 * t / N)
