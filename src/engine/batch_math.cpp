@@ -172,6 +172,16 @@ void unpackRealSpectrum(const float* __restrict packed, float* __restrict re, fl
     }
 }
 
+KV_VECTOR_CLONES
+void unpackRealSpectrumLowerHalf(const float* __restrict packed, float* __restrict re,
+                                 float* __restrict im, int32_t n, float scale) {
+    const int32_t upto = std::min(n / 2, n - 1);
+    for (int32_t k = 0; k <= upto; ++k) {
+        re[k] = packed[2 * k] * scale;
+        im[k] = packed[2 * k + 1] * scale;
+    }
+}
+
 // ---- Peak and floor searches --------------------------------------------------------------------
 // Eight bins a step in GCC's generic vectors (two SSE halves on the baseline clone). A value that
 // is not a number never compares greater, smaller or equal, so it never becomes an extreme, as

@@ -27,6 +27,9 @@ void windowProducts(const double* w, float* x, int32_t n);
 /// upper half filled in as the conjugate mirror of the lower.
 void unpackRealSpectrum(const float* packed, float* re, float* im, int32_t n, float scale);
 
+/// The same for the lower half alone: re[0..n/2], im[0..n/2] (no more than n elements).
+void unpackRealSpectrumLowerHalf(const float* packed, float* re, float* im, int32_t n, float scale);
+
 /// Where a running search meets the extreme of a[0..n-1] last or first; -1 when no value
 /// counts. Values that are not numbers never count, nor do the infinities that start each search
 /// (a[i] > -infinity for a maximum of firsts, a[i] < +infinity for the minimum). lastMaxAt: the

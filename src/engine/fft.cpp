@@ -78,6 +78,10 @@ struct Scratch {
     AlignedBuffer<float> real;
 };
 
+/// Floats of room before the real input: one is needed, eight keep the input as aligned as the
+/// buffer itself, which is what the plans were made for.
+constexpr size_t kRealFront = 8;
+
 thread_local Scratch tScratch;
 
 void checkLength(int32_t n) {
@@ -158,15 +162,27 @@ size_t cachedLengths() {
     return planCache().size();
 }
 
-void forwardReal(float* re, float* im, int32_t n) {
+float* realInput(int32_t n) {
+    checkLength(n);
+    return tScratch.real.get(size_t(n) + kRealFront) + kRealFront;
+}
+
+void forwardRealInput(const float* in, float* re, float* im, int32_t n, bool mirror) {
     const Plans& p = plansFor(n);
-    const size_t un = size_t(n);
     const float scale = float(1.0 / double(n));
-    fftwf_complex* out = tScratch.out.get(un);
-    float* real = tScratch.real.get(un);
-    std::memcpy(real, re, sizeof(float) * un);
-    fftwf_execute_dft_r2c(p.realForward, real, out);
-    batch::unpackRealSpectrum(&out[0][0], re, im, n, scale);
+    fftwf_complex* out = tScratch.out.get(size_t(n));
+    // FFTW leaves the input of an out-of-place real transform as it was.
+    fftwf_execute_dft_r2c(p.realForward, const_cast<float*>(in), out);
+    if (mirror)
+        batch::unpackRealSpectrum(&out[0][0], re, im, n, scale);
+    else
+        batch::unpackRealSpectrumLowerHalf(&out[0][0], re, im, n, scale);
+}
+
+void forwardReal(float* re, float* im, int32_t n) {
+    float* real = realInput(n);
+    std::memcpy(real, re, sizeof(float) * size_t(n));
+    forwardRealInput(real, re, im, n, true);
 }
 
 void forward(float* re, float* im, int32_t n) {

@@ -20,6 +20,17 @@ void forward(float* re, float* im, int32_t n);
 /// im[0..n-1] need not hold: it is written, not read.
 void forwardReal(float* re, float* im, int32_t n);
 
+/// The thread's aligned input buffer for a real transform of `n` points (1..kMaxLength), with
+/// room for one float before it: p[-1] may be written. A trace read as N+1 floats into p - 1
+/// lands with its elements 1..N where the transform wants them, so forwardRealInput takes it
+/// without a copy. Valid until the next call on the same thread.
+float* realInput(int32_t n);
+
+/// forwardReal of the n points in the buffer realInput(n) gave, into re[0..n-1], im[0..n-1].
+/// Without `mirror` only the lower half, elements 0..n/2, is written: the upper half is the
+/// conjugate of the lower, and a run that reads no element above n/2 need not pay for it.
+void forwardRealInput(const float* in, float* re, float* im, int32_t n, bool mirror);
+
 /// Inverse transform without a factor: x[t] = sum over k of X[k] * e^(+2*pi*i*t*k/n), so that
 /// forward then inverse gives the input back at its own scale.
 void inverse(float* re, float* im, int32_t n);

@@ -247,8 +247,21 @@ void FyllSpData(ProgramState& st) {
     st.PhaseBins = n / 2;
     ensure(st.SpAmp, 2 * int64_t(n) + 1);
 
-    readN1(st, st.CurrentTracePos, st.FftRe, n);
-    ApplyWindow(st);
+    // The trace is read straight into the transform's aligned input, element 0 just before it,
+    // and windowed there: the transform overwrites FftRe[1..N] in any case, so the windowed
+    // trace need not pass through it. Only the FFT filter reads the transform's upper half.
+    const bool filterOn = hooks(st).transformFilterOn(st);
+    const bool direct = n >= 1 && n <= fft::kMaxLength;
+    float* input = nullptr;
+    if (direct) {
+        input = fft::realInput(n);
+        readWorkingTrace(st.ActiveTracePath, st.CurrentTracePos, input - 1, size_t(n) + 1);
+        st.FftRe[0] = input[-1];
+        ApplyWindowAt(st, input);
+    } else {
+        readN1(st, st.CurrentTracePos, st.FftRe, n);
+        ApplyWindow(st);
+    }
 
     const bool backScroll = st.PlayRew && st.BackTraceTop > 0;
     const bool rgBack = st.RgBackOn && st.RgBackTrace > 0;
@@ -257,7 +270,10 @@ void FyllSpData(ProgramState& st) {
         redim(st.BackIm, int64_t(n) + 1);
         redim(st.BackAmp, int64_t(n) + 1);
     }
-    fft::forwardReal(st.FftRe.data() + 1, st.FftIm.data() + 1, n);
+    if (direct)
+        fft::forwardRealInput(input, st.FftRe.data() + 1, st.FftIm.data() + 1, n, filterOn);
+    else
+        fft::forwardReal(st.FftRe.data() + 1, st.FftIm.data() + 1, n);
 
     if (backScroll) {
         st.BackTracePos = tracePosition(n, st.BackTraceIndex, st.FirstTracePos);

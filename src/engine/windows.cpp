@@ -66,20 +66,25 @@ void copyToTimeTrace(const float* from, std::vector<float>& to, int32_t n) {
     std::memcpy(to.data(), from, sizeof(float) * size_t(n));
 }
 
-/// ApplyWindow and ApplyWindowBack: window arr[1..N], and fill the time trace the O-scope shows.
-void windowForSpectrum(const ProgramState& st, std::vector<float>& arr, std::vector<float>& time) {
+/// Windows x[0..N-1] and fills the time trace the O-scope shows.
+void windowTrace(const ProgramState& st, float* x, std::vector<float>& time) {
     const int32_t n = st.Fft_Samples;
-    if (n < 1) return;
-    if (arr.size() < size_t(n) + 1) arr.resize(size_t(n) + 1, 0.0f);
-    float* x = arr.data() + 1;
-    if (st.TimeWindowed == 0) copyToTimeTrace(x, time, n);
     if (st.FFT_Window == kUniformWindow) {
         // Uniform: the trace goes to the time display whatever TimeWindowed says.
         copyToTimeTrace(x, time, n);
         return;
     }
+    if (st.TimeWindowed == 0) copyToTimeTrace(x, time, n);
     applyWindowTo(st.FFT_Window, x, n);
     if (st.TimeWindowed == 1) copyToTimeTrace(x, time, n);
+}
+
+/// ApplyWindow and ApplyWindowBack: window arr[1..N], and fill the time trace the O-scope shows.
+void windowForSpectrum(const ProgramState& st, std::vector<float>& arr, std::vector<float>& time) {
+    const int32_t n = st.Fft_Samples;
+    if (n < 1) return;
+    if (arr.size() < size_t(n) + 1) arr.resize(size_t(n) + 1, 0.0f);
+    windowTrace(st, arr.data() + 1, time);
 }
 
 } // namespace
@@ -154,6 +159,10 @@ void applyWindowTo(int window, float* x, int32_t n) {
 
 void ApplyWindow(ProgramState& st) {
     windowForSpectrum(st, st.FftRe, st.TraceBuf);
+}
+
+void ApplyWindowAt(ProgramState& st, float* x) {
+    if (st.Fft_Samples >= 1) windowTrace(st, x, st.TraceBuf);
 }
 
 void ApplyWindowBack(ProgramState& st) {

@@ -38,6 +38,8 @@ void applyWindowTo(int window, float* x, int32_t n);
 /// shows: the raw trace while TimeWindowed is 0, the tapered one while it is 1; with Uniform
 /// the trace in either case.
 void ApplyWindow(ProgramState& st);
+/// ApplyWindow on a trace held outside FftRe: windows x[0..N-1] and fills TraceBuf the same way.
+void ApplyWindowAt(ProgramState& st, float* x);
 /// The same on BackRe, filling TraceBufR.
 void ApplyWindowBack(ProgramState& st);
 /// Windows the waterfall's own buffer, elements 1..Fft_Samples, in place; Uniform does nothing.
