@@ -127,8 +127,13 @@ void phaseDegrees(const float* re, const float* im, float* deg, int32_t n, doubl
         const bool mid = ay > 0.4142135623730950f * ax;
         const float midNum = mid ? ay - ax : ay;
         const float midDen = mid ? ay + ax : ax;
-        const float num = far ? -ax : midNum;
-        const float den = far ? ay : midDen;
+        // The selection is made on the bits, so that the compiler cannot split the quotient
+        // into one division per case and blend the results: one division a lane is enough.
+        const uint32_t farMask = far ? ~0u : 0u;
+        const float num = std::bit_cast<float>((std::bit_cast<uint32_t>(-ax) & farMask) |
+                                               (std::bit_cast<uint32_t>(midNum) & ~farMask));
+        const float den = std::bit_cast<float>((std::bit_cast<uint32_t>(ay) & farMask) |
+                                               (std::bit_cast<uint32_t>(midDen) & ~farMask));
         const float u = num / den;
         const float midBase = mid ? kPiOver4 : 0.0f;
         const float base = far ? kPiOver2 : midBase;
