@@ -411,6 +411,37 @@ bool foldPairs(const float* disp, const float* ph, const float* logs, int32_t co
     return anyCarried;
 }
 
+KV_VECTOR_CLONES
+int32_t lastAbove(const float* a, int32_t n, float limit) {
+    int32_t i = n - 1;
+    // Eight at a time from the end while none of them is above the limit.
+    const F8 lim = KV_SPLAT8(limit);
+    for (; i >= 7; i -= 8) {
+        F8 x;
+        std::memcpy(&x, a + i - 7, sizeof x);
+        const I8 above = x > lim;
+        int32_t any = 0;
+        for (int k = 0; k < 8; ++k)
+            any |= above[k];
+        if (any) break;
+    }
+    for (; i >= 0; --i)
+        if (a[i] > limit) return i;
+    return -1;
+}
+
+KV_VECTOR_CLONES
+void neighbourhoodSums8(const float* a, int32_t h, float* sum) {
+    // Each lane adds its own neighbourhood in its own order; the lanes only share the loads.
+    F8 acc = KV_SPLAT8(0.0f);
+    for (int32_t j = -h; j <= h; ++j) {
+        F8 x;
+        std::memcpy(&x, a + j, sizeof x);
+        acc += x;
+    }
+    std::memcpy(sum, &acc, sizeof acc);
+}
+
 #undef KV_SPLAT8
 
 } // namespace kv::batch

@@ -30,6 +30,14 @@ void unpackRealSpectrum(const float* packed, float* re, float* im, int32_t n, fl
 /// The same for the lower half alone: re[0..n/2], im[0..n/2] (no more than n elements).
 void unpackRealSpectrumLowerHalf(const float* packed, float* re, float* im, int32_t n, float scale);
 
+/// The last i in 0..n-1 with a[i] > limit, or -1 (values that are not numbers never are).
+int32_t lastAbove(const float* a, int32_t n, float limit);
+
+/// The sums of eight neighbourhoods side by side: sum[k] = a[k-h] + a[k-h+1] + ... + a[k+h]
+/// for k = 0..7, each added in that order in single precision from 0, as a running sum over one
+/// neighbourhood would. a[-h..7+h] must be readable.
+void neighbourhoodSums8(const float* a, int32_t h, float* sum);
+
 /// Where a running search meets the extreme of a[0..n-1] last or first; -1 when no value
 /// counts. Values that are not numbers never count, nor do the infinities that start each search
 /// (a[i] > -infinity for a maximum of firsts, a[i] < +infinity for the minimum). lastMaxAt: the

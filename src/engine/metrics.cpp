@@ -3,6 +3,7 @@
 // a bin may count both as noise and as a harmonic.
 #include "engine/metrics.h"
 
+#include "engine/batch_math.h"
 #include "engine/spectrum.h"
 #include "platform/numeric.h"
 #include "state/program_state.h"
@@ -70,28 +71,66 @@ struct Amplitudes {
     bool has(int64_t i) const { return i >= 0 && i < size; }
 };
 
-double sumOfSquares(const Amplitudes& A, const std::vector<int16_t>& bins) {
-    double sum = 0.0;
-    for (int16_t i : bins)
-        if (A.has(i)) {
-            const double x = A.a[i];
-            sum += x * x;
-        }
-    return sum;
+/// The sums of squares of two lists, each added in its own order. Each sum is a chain of
+/// dependent additions, so the two are run side by side rather than one after the other.
+void sumsOfSquares(const Amplitudes& A, const std::vector<int16_t>& first,
+                   const std::vector<int16_t>& second, double& sumFirst, double& sumSecond) {
+    const auto square = [&](int16_t i) {
+        if (!A.has(i)) return 0.0;
+        const double x = A.a[i];
+        return x * x;
+    };
+    // A bin outside the array adds nothing: x + 0.0 is x for every sum these can hold (they
+    // start at +0 and only grow).
+    double s1 = 0.0, s2 = 0.0;
+    const size_t both = std::min(first.size(), second.size());
+    for (size_t k = 0; k < both; ++k) {
+        s1 += square(first[k]);
+        s2 += square(second[k]);
+    }
+    for (size_t k = both; k < first.size(); ++k)
+        s1 += square(first[k]);
+    for (size_t k = both; k < second.size(); ++k)
+        s2 += square(second[k]);
+    sumFirst = s1;
+    sumSecond = s2;
 }
 
 /// The mean round bin i as the spur search forms it: the bins i-h..i+h that lie in the array,
 /// summed in order in single precision, over 2h. Each step is f32(a + x) of two floats formed in
 /// double; double holds that sum exactly enough that rounding it to a float is the same as
-/// adding in single precision, which is what the loop does.
-float neighbourhoodMean(const Amplitudes& A, int64_t i, int32_t h) {
-    const int64_t from = std::max<int64_t>(i - h, 0);
-    const int64_t to = std::min<int64_t>(i + h, A.size - 1);
-    float a = 0.0f;
-    for (int64_t j = from; j <= to; ++j)
-        a += A.a[j];
-    return f32(double(a) / (2.0 * h));
-}
+/// adding in single precision, which is what the sums here do.
+///
+/// The search asks for the means of a few bins, walking down the band, and each is a chain of
+/// 2h+1 dependent additions. So the means are made eight neighbouring bins at a time (the bin
+/// asked for and the seven below it, where the search goes next), one chain for all eight.
+class NeighbourhoodMeans {
+  public:
+    NeighbourhoodMeans(const Amplitudes& A, int32_t h) : A_(A), h_(h) {}
+
+    float at(int64_t i) {
+        const int64_t lo = i - 7;
+        if (lo - h_ >= 0 && i + h_ < A_.size) {
+            if (!(lo >= from_ && lo < from_ + 8)) {
+                batch::neighbourhoodSums8(A_.a + lo, h_, sums_);
+                from_ = lo;
+            }
+            return f32(double(sums_[i - from_]) / (2.0 * h_));
+        }
+        const int64_t from = std::max<int64_t>(i - h_, 0);
+        const int64_t to = std::min<int64_t>(i + h_, A_.size - 1);
+        float a = 0.0f;
+        for (int64_t j = from; j <= to; ++j)
+            a += A_.a[j];
+        return f32(double(a) / (2.0 * h_));
+    }
+
+  private:
+    const Amplitudes& A_;
+    int32_t h_;
+    int64_t from_ = INT64_MIN / 2;
+    float sums_[8] = {};
+};
 
 } // namespace
 
@@ -137,11 +176,16 @@ void CountAnalys(ProgramState& st) {
     st.SpurAmp = -100.0;
     float spur = f32(st.SpurAmp);
     double best = 0.0;
-    for (int64_t i = std::min(B, A.size - 1); i >= 2 * P; --i) {
-        if (i < 0) break;
+    NeighbourhoodMeans means(A, h);
+    // Only bins above the spur found so far are looked at, so the walk skips from one such bin
+    // to the next below it.
+    const int64_t bottom = std::max<int64_t>(2 * P, 0);
+    for (int64_t i = std::min(B, A.size - 1); i >= bottom; --i) {
+        const int32_t next = batch::lastAbove(A.a + bottom, int32_t(i - bottom + 1), spur);
+        if (next < 0) break;
+        i = bottom + next;
         const float x = A.a[i];
-        if (!(spur < x)) continue;
-        const float m = neighbourhoodMean(A, i, h);
+        const float m = means.at(i);
         const double t = double(f32(double(x) - double(m)));
         if (t > best) {
             st.SpurAmp = x;
@@ -151,8 +195,7 @@ void CountAnalys(ProgramState& st) {
     }
     if (st.SpurAmp != 0.0) st.SpurRatio = peak / st.SpurAmp;
 
-    st.HarmPower = sumOfSquares(A, st.HarmList);
-    st.NoisePower = sumOfSquares(A, st.NoiseList);
+    sumsOfSquares(A, st.HarmList, st.NoiseList, st.HarmPower, st.NoisePower);
 
     if (st.ShowSNR) CountSNR(st);
     if (st.ShowTHD) CountTHD(st);

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <random>
 
 using namespace kv;
@@ -253,6 +254,8 @@ TEST(MetricBands, TheCountsMatchTheBinByBinDefinitionBitForBit) {
     std::uniform_real_distribution<float> level(0.0f, 1.0f);
     // Peaks at the bottom, the middle and the top of the band; bands of 10, 16 and 20 bins; the
     // band's top inside the array and beyond it (an array cut short reads as missing bins).
+    // Some spectra carry values that are not numbers and infinities, as a trace of them leaves.
+    const auto same = [](double a, double b) { return a == b || (a != a && b != b); };
     for (int32_t peak : {0, 1, 5, 11, 37, 100, 170, 255, 500, 511})
         for (int bits : {8, 16, 0})
             for (size_t size : {size_t(2 * N + 1), size_t(N / 2 - 3)}) {
@@ -260,6 +263,10 @@ TEST(MetricBands, TheCountsMatchTheBinByBinDefinitionBitForBit) {
                 st.SpAmp.resize(size);
                 for (float& x : st.SpAmp)
                     x = level(g) * level(g) * 1000.0f;
+                if (peak == 37 || peak == 170)
+                    for (size_t i = 7; i < size; i += 97)
+                        st.SpAmp[i] = i % 2 ? std::numeric_limits<float>::quiet_NaN()
+                                            : std::numeric_limits<float>::infinity();
                 st.SampleBits = bits == 0 ? 16 : bits;
                 st.IsSht = bits == 0;
                 const int32_t h = bits == 8 ? 10 : bits == 0 ? 16 : 20;
@@ -267,10 +274,10 @@ TEST(MetricBands, TheCountsMatchTheBinByBinDefinitionBitForBit) {
                 CountAnalys(st);
                 SCOPED_TRACE(testing::Message()
                              << "peak " << peak << " bits " << bits << " size " << size);
-                EXPECT_EQ(st.FundPower, want.fund);
-                EXPECT_EQ(st.HarmPower, want.harm);
-                EXPECT_EQ(st.NoisePower, want.noise);
-                EXPECT_EQ(st.SpurAmp, want.spur);
+                EXPECT_PRED2(same, st.FundPower, want.fund);
+                EXPECT_PRED2(same, st.HarmPower, want.harm);
+                EXPECT_PRED2(same, st.NoisePower, want.noise);
+                EXPECT_PRED2(same, st.SpurAmp, want.spur);
                 EXPECT_EQ(st.NoiseList, want.noiseList);
                 EXPECT_EQ(st.HarmList, want.harmList);
             }

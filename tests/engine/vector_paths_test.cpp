@@ -1,6 +1,7 @@
 // The engine's many-bins-a-step paths against the running searches they stand for, on data with
 // ties, signed zeros and values that are not numbers; and traces read a block at a time against
 // traces read one by one.
+#include "engine/batch_math.h"
 #include "engine/engine.h"
 #include "engine/trace_blocks.h"
 #include "platform/trace_store.h"
@@ -148,4 +149,32 @@ TEST(VectorPaths, TracesReadABlockAtATimeAreTheTracesReadOneByOne) {
     readWorkingTrace(path, 5, longBlocked.data(), longBlocked.size());
     EXPECT_EQ(longDirect, longBlocked);
     EXPECT_ANY_THROW(readWorkingTrace("", 1, blocked.data(), n));
+}
+
+TEST(VectorPaths, NeighbourhoodSumsAddInTheRunningOrderAndTheSkipFindsTheLastBinAbove) {
+    // Magnitudes far apart, so that any other order of the additions rounds differently.
+    std::mt19937 g(3);
+    std::vector<float> a(200);
+    for (float& x : a)
+        x = float(g() % 1000) * (g() % 3 == 0 ? 1e7f : g() % 2 ? 1e-3f : 1.0f);
+    for (int32_t h : {10, 16, 20})
+        for (int32_t at = h; at + 7 + h < int32_t(a.size()); at += 5) {
+            float sums[8];
+            batch::neighbourhoodSums8(a.data() + at, h, sums);
+            for (int32_t k = 0; k < 8; ++k) {
+                float want = 0.0f;
+                for (int32_t j = at + k - h; j <= at + k + h; ++j)
+                    want += a[size_t(j)];
+                ASSERT_EQ(sums[k], want) << "h " << h << " bin " << at + k;
+            }
+        }
+
+    std::vector<float> v = levels(100, 9, true);
+    for (float limit : {-21.0f, -3.0f, 0.0f, -0.0f, 1.0f})
+        for (int32_t n : {0, 1, 7, 8, 9, 63, 100}) {
+            int32_t want = -1;
+            for (int32_t i = 0; i < n; ++i)
+                if (v[size_t(i)] > limit) want = i;
+            EXPECT_EQ(batch::lastAbove(v.data(), n, limit), want) << limit << " " << n;
+        }
 }
