@@ -83,24 +83,31 @@ const std::vector<char>& memoryTraceFile(const std::string& path) {
 void readTrace(const std::string& path, int64_t pos1, float* out, size_t n) {
     if (path.empty()) throw ReadError("no working file");
     if (pos1 < 1) throw ReadError("bad record number");
-    std::memset(out, 0, n * sizeof(float));
+    auto* dst = reinterpret_cast<char*>(out);
+    const size_t want = n * sizeof(float);
+    size_t got = 0;
     if (gMemory.limit) {
         const std::vector<char>& f = memoryTraceFile(path);
         const uint64_t off = uint64_t(pos1 - 1);
-        if (off < f.size())
-            std::memcpy(out, f.data() + off, std::min<uint64_t>(n * sizeof(float), f.size() - off));
-        return;
+        if (off < f.size()) {
+            got = size_t(std::min<uint64_t>(want, f.size() - off));
+            std::memcpy(dst, f.data() + off, got);
+        }
+    } else {
+        // A missing working file reads as zeros, like an empty one, and so does a silent
+        // stretch.
+        const int fd = readHandle(path);
+        if (fd >= 0 && !isHole(fd, pos1 - 1, int64_t(want))) {
+            while (got < want) {
+                ssize_t r =
+                    ::pread(fd, dst + got, want - got, static_cast<off_t>(pos1 - 1 + int64_t(got)));
+                if (r <= 0) break;
+                got += static_cast<size_t>(r);
+            }
+        }
     }
-    const int fd = readHandle(path);
-    if (fd < 0) return; // a missing working file reads as zeros, like an empty one
-    if (isHole(fd, pos1 - 1, int64_t(n * sizeof(float)))) return; // a silent stretch
-    auto* dst = reinterpret_cast<char*>(out);
-    size_t want = n * sizeof(float), got = 0;
-    while (got < want) {
-        ssize_t r = ::pread(fd, dst + got, want - got, static_cast<off_t>(pos1 - 1 + int64_t(got)));
-        if (r <= 0) break;
-        got += static_cast<size_t>(r);
-    }
+    // Only what was not read is cleared: a long trace is not written twice.
+    std::memset(dst + got, 0, want - got);
 }
 
 WriteError::WriteError(const std::string& p, int e)
