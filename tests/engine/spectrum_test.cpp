@@ -140,6 +140,32 @@ TEST(SpectrumPhase, ARunThatSkipsThePhasesGetsEverythingElseTheSame) {
     }
 }
 
+TEST(SpectrumFilter, TheFilterSeesTheWholeTransformAndTheAmplitudesMirror) {
+    // A filter that shapes nothing but keeps what it was given.
+    struct Recording : SpectrumHooks {
+        mutable std::vector<float> re, im;
+        bool transformFilterOn(const ProgramState&) const override { return true; }
+        void filterTransform(const ProgramState&, float* r, float* i, int32_t n) const override {
+            re.assign(r + 1, r + 1 + n);
+            im.assign(i + 1, i + 1 + n);
+        }
+    } hooks;
+    SpectrumBench b(N, 2, [](int64_t t) { return 300 * std::sin(0.37 * double(t)) + (t % 5); });
+    b.st.spectrumHooks = &hooks;
+    b.show(1);
+    ASSERT_EQ(hooks.re.size(), size_t(N));
+    for (int32_t k = 1; k < N; ++k) {
+        ASSERT_EQ(hooks.re[size_t(k)], hooks.re[size_t(N - k)]) << "element " << k;
+        ASSERT_EQ(hooks.im[size_t(k)], -hooks.im[size_t(N - k)]) << "element " << k;
+    }
+    EXPECT_GT(std::fabs(hooks.im[N / 4]), 0.0f);
+    for (int32_t j = 1; j < N / 2; ++j)
+        EXPECT_NEAR(b.st.SpAmp[size_t(N - j)], b.st.SpAmp[size_t(j)],
+                    1e-4 * b.st.SpAmp[size_t(j)] + 1e-4)
+            << "bin " << j;
+    b.st.spectrumHooks = nullptr;
+}
+
 TEST(SpectrumModes, PeakHoldKeepsTheMaximaUntilItIsReset) {
     SpectrumBench b(N, 3, [](int64_t t) {
         return t < N ? 300 * std::sin(2 * M_PI * 100 * t / N)
