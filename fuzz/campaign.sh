@@ -86,11 +86,14 @@ for bin in "$build"/fuzz/fuzz_*; do
     esac
     seed_generated "$corpus" "$t"
     log=$work/$t.log
-    "$bin" -runs="$runs" -max_total_time="$secs" -max_len=65536 -timeout=60 -rss_limit_mb=2048 -print_final_stats=1 \
+    # Findings of this run only: a kept one from an earlier run is not counted again.
+    stamp=$work/.started-$t
+    : >"$stamp"
+    "$bin" -runs="$runs" -max_total_time="$secs" -max_len=65536 -reload=0 -timeout=60 -rss_limit_mb=2048 -print_final_stats=1 \
         -artifact_prefix="$work/finding-$t-" "$corpus" >"$log" 2>&1 || true
     execs=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log" | tail -n 1)
     rate=$(sed -n 's/^stat::average_exec_per_sec: *//p' "$log" | tail -n 1)
     edges=$(grep -o 'cov: [0-9]*' "$log" | tail -n 1 | cut -d' ' -f2)
-    found=$(find "$work" -maxdepth 1 -name "finding-$t-*" | wc -l)
+    found=$(find "$work" -maxdepth 1 -name "finding-$t-*" -newer "$stamp" | wc -l)
     printf '%-10s %12s %10s %8s %9s\n' "$t" "${execs:-?}" "${rate:-?}" "${edges:-?}" "$found"
 done

@@ -16,6 +16,7 @@
 #include "commands/open.h"
 #include "commands/recording_view_host.h"
 #include "import/file_filters.h"
+#include "platform/numeric.h"
 #include "platform/scripted_host.h"
 #include "platform/trace_store.h"
 #include "state/command_state.h"
@@ -24,12 +25,14 @@
 #include "state/workbench.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <map>
 #include <string>
+#include <string_view>
 #include <unistd.h>
 #include <vector>
 
@@ -84,6 +87,32 @@ inline constexpr size_t kWorkingFileLimit = size_t(16) << 10;
 // the first 16 show whether the reader holds up, the rest would only take time.
 inline constexpr int kCancelAtTrace = 16;
 
+// A scope record longer than the reader takes (65000 samples) is refused with a message, but
+// the length stays and the open goes on: the spectrum of the one trace is then made at that
+// length, up to 16 M samples. That is legal, and costs the same for any input; past twice the
+// refusal limit it only slows the target down (and a few arrays of 64 MB each sit in the
+// sanitizer's quarantine), so such inputs are skipped. The length is found as the reader finds
+// it: the number after the first "Sample" that follows the tag and "TEKTRONIX" within the first
+// 2000 bytes, after the word and any ':' or '='.
+inline constexpr double kLongestScopeRecord = 130000;
+
+inline bool scopeRecordTooLong(const std::vector<uint8_t>& input) {
+    const std::string head(input.begin(), input.begin() + std::min<size_t>(input.size(), 2000));
+    const size_t tag = head.find("Waveform Tabular Document");
+    if (tag == std::string::npos) return false;
+    const size_t maker = head.find("TEKTRONIX", tag);
+    if (maker == std::string::npos) return false;
+    size_t p = head.find("Sample", maker);
+    if (p == std::string::npos) return false;
+    while (p < head.size() && std::isalpha(static_cast<unsigned char>(head[p])))
+        ++p;
+    const size_t eol = std::min(head.find('\n', p), head.size());
+    while (p < eol && (head[p] == ':' || head[p] == '='))
+        ++p;
+    const double length = Val(std::string_view(head).substr(p, eol - p));
+    return !(length <= kLongestScopeRecord);
+}
+
 class ReaderRun {
   public:
     /// Runs the start sequence once, in a home of its own that is gone again afterwards, and
@@ -108,6 +137,9 @@ class ReaderRun {
         if (!gone) std::filesystem::current_path(here);
         std::filesystem::remove_all(home);
         source_ = started_.AppPath + "/input." + target_.ext;
+        // The dialog's entry for the target, found once: the filter list is the same for every
+        // execution, since every execution starts from the same settings.
+        filterIndex_ = chosenFilterIndex(started_.Fil, source_, target_.filter).value_or(1);
         useMemoryTraceStore(kWorkingFileLimit);
     }
 
@@ -134,9 +166,10 @@ class ReaderRun {
                          return std::make_unique<MemoryByteSource>(path == source_ ? main_
                                                                                    : companion_);
                      }};
-        host.queueFile(source_, chosenFilterIndex(st.Fil, source_, target_.filter).value_or(1));
+        host.queueFile(source_, filterIndex_);
         host.cancelProgressAt(kCancelAtTrace);
         if (!target_.project) {
+            if (target_.ext == "SHT" && scopeRecordTooLong(main_)) return;
             mnuOpen_Click(wb);
             return;
         }
@@ -162,6 +195,7 @@ class ReaderRun {
     ProgramState started_;
     CommandState startedCmd_;
     std::string source_;
+    int filterIndex_ = 1;
     std::vector<uint8_t> main_, companion_;
 };
 

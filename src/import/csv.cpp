@@ -6,10 +6,20 @@
 
 #include "platform/numeric.h"
 
+#include <algorithm>
+
 namespace kv {
 
 std::vector<std::string> csvRowFields(const std::string& line) {
     std::vector<std::string> row;
+    if (line.find('"') == std::string::npos) {
+        // No quotes: the fields are the runs between commas.
+        size_t from = 0;
+        for (size_t comma; (comma = line.find(',', from)) != std::string::npos; from = comma + 1)
+            row.emplace_back(line, from, comma - from);
+        if (from < line.size()) row.emplace_back(line, from);
+        return row;
+    }
     std::string field;
     bool quoted = false;
     for (size_t i = 0; i < line.size(); ++i) {
@@ -50,19 +60,19 @@ void ReadCsv(ImportContext& ctx) {
 
     // Columns 1, 3, 5 ... of every row go to the times and 2, 4, 6 ... to the values, in
     // order; both lists hold CsvLineLimit + 1 texts, and a row that does not fit fails the read.
+    // Only the texts read are kept; the slots past them are empty cells.
     const size_t slots = size_t(limit) + 1;
-    std::vector<std::string> times(slots), values(slots);
-    size_t nTimes = 0, nValues = 0;
-    auto take = [&](const std::vector<std::string>& row) {
+    std::vector<std::string> times, values;
+    auto take = [&](std::vector<std::string>&& row) {
         for (size_t c = 0; c < row.size(); ++c) {
-            if (c % 2 == 0) {
-                checkIndex(nTimes, slots);
-                times[nTimes++] = row[c];
-            } else {
-                checkIndex(nValues, slots);
-                values[nValues++] = row[c];
-            }
+            std::vector<std::string>& list = c % 2 == 0 ? times : values;
+            checkIndex(list.size(), slots);
+            list.push_back(std::move(row[c]));
         }
+    };
+    static const std::string empty;
+    auto cell = [&](const std::vector<std::string>& list, size_t i) -> const std::string& {
+        return i < list.size() ? list[i] : empty;
     };
     LineReader lines(*src);
     std::string line;
@@ -78,9 +88,11 @@ void ReadCsv(ImportContext& ctx) {
     // Row 1 (slot 0) is the title row; the last two slots are left out of the points.
     const int32_t points = limit - 2;
     std::vector<double> raw(slots, 0.0);
-    for (int32_t i = 1; i <= limit - 1; ++i) {
-        cellNumber(times[size_t(i)]);
-        raw[size_t(i - 1)] = cellNumber(values[size_t(i)]);
+    // Every cell up to the limit is checked, read or not; an empty one is 0.
+    const size_t filled = std::min(std::max(times.size(), values.size()), size_t(limit));
+    for (size_t i = 1; i < filled; ++i) {
+        cellNumber(cell(times, i));
+        raw[i - 1] = cellNumber(cell(values, i));
     }
     std::vector<double> val = raw;
     if (st.NewDS > 1) {
@@ -91,7 +103,7 @@ void ReadCsv(ImportContext& ctx) {
 
     // The rate comes from the 6th and 5th rows, not the first two.
     checkIndex(5, slots);
-    st.SampleRate = checkedDiv(1.0, cellNumber(times[5]) - cellNumber(times[4]));
+    st.SampleRate = checkedDiv(1.0, cellNumber(cell(times, 5)) - cellNumber(cell(times, 4)));
 
     std::vector<float> trace(checkedCount(std::max(st.Sp_Samples, 0)), 0.0f);
     float csvMax = -10.0f, csvMin = -10.0f;

@@ -51,28 +51,53 @@ constexpr std::array<char, 256> ebcdicTable() {
 }
 constexpr std::array<char, 256> kEbcdic = ebcdicTable();
 
-bool isWordChar(char c) {
+constexpr bool isWordChar(char c) {
     return c == ' ' || (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
 }
 
+/// Per byte: 1 when it reads as a letter, digit or blank (in ASCII, or in EBCDIC), and the
+/// character it shows as in the decoded text (a blank for anything not printable). Tables, so
+/// that the scan of a 3200-byte header is a run of loads rather than a run of comparisons.
+struct TextTables {
+    std::array<uint8_t, 256> asciiWord{}, ebcdicWord{};
+    std::array<char, 256> asciiShown{}, ebcdicShown{};
+};
+constexpr TextTables textTables() {
+    TextTables t;
+    auto shown = [](char c) { return c >= 0x20 && c < 0x7F ? c : ' '; };
+    for (int b = 0; b < 256; ++b) {
+        const char a = char(b), e = kEbcdic[size_t(b)];
+        t.asciiWord[size_t(b)] = isWordChar(a);
+        t.ebcdicWord[size_t(b)] = isWordChar(e);
+        t.asciiShown[size_t(b)] = shown(a);
+        t.ebcdicShown[size_t(b)] = shown(e);
+    }
+    return t;
+}
+constexpr TextTables kText = textTables();
+
 /// True when more of the bytes read as letters, digits and blanks in EBCDIC than in ASCII.
 bool looksEbcdic(const std::vector<uint8_t>& text) {
+    // Plain pointers: a header is scanned for every extended header a file declares.
+    const uint8_t* asciiWord = kText.asciiWord.data();
+    const uint8_t* ebcdicWord = kText.ebcdicWord.data();
+    const uint8_t* b = text.data();
     size_t ascii = 0, ebcdic = 0;
-    for (uint8_t b : text) {
-        ascii += isWordChar(char(b));
-        ebcdic += isWordChar(kEbcdic[b]);
+    for (size_t i = 0, n = text.size(); i < n; ++i) {
+        ascii += asciiWord[b[i]];
+        ebcdic += ebcdicWord[b[i]];
     }
     return ebcdic > ascii;
 }
 
 /// A textual header as ASCII: every character that is not printable becomes a blank.
 std::string decodeText(const std::vector<uint8_t>& text) {
-    const bool ebcdic = looksEbcdic(text);
+    const char* shown = (looksEbcdic(text) ? kText.ebcdicShown : kText.asciiShown).data();
     std::string out(text.size(), ' ');
-    for (size_t i = 0; i < text.size(); ++i) {
-        const char c = ebcdic ? kEbcdic[text[i]] : char(text[i]);
-        if (c >= 0x20 && c < 0x7F) out[i] = c;
-    }
+    char* o = out.data();
+    const uint8_t* b = text.data();
+    for (size_t i = 0, n = text.size(); i < n; ++i)
+        o[i] = shown[b[i]];
     return out;
 }
 
@@ -161,6 +186,9 @@ uint64_t traceStart(const ByteSource& src, const Fields& f, int revision,
     // Reads the extended header at `at`; true when it is the last of a variable count.
     auto readBlock = [&](uint64_t at) {
         if (at + kTextBytes > size) throw ReadError("extended textual header past the end");
+        // A fixed count with the file information's lines all taken: nothing in this header
+        // is used, and a count in the thousands would only decode text to drop it.
+        if (extended > 0 && lines.size() >= kMostTextLines) return false;
         src.read(at, block.data(), block.size());
         const std::string text = decodeText(block);
         if (lines.size() < kMostTextLines) appendCards(text, lines);

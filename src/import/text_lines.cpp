@@ -4,18 +4,22 @@
 #include "platform/numeric.h"
 
 #include <cctype>
+#include <cstring>
+#include <string_view>
 
 namespace kv {
 
 bool LineReader::fill() {
     constexpr size_t kChunk = 1 << 16;
-    buf_.resize(kChunk);
     const uint64_t size = src_.size();
     if (offset_ >= size) return false;
     len_ = size_t(std::min<uint64_t>(kChunk, size - offset_));
+    // Sized to what is read: a short table does not clear a whole chunk first.
+    if (buf_.size() < len_) buf_.resize(len_);
     src_.read(offset_, buf_.data(), len_);
     offset_ += len_;
     at_ = 0;
+    lf_ = SIZE_MAX;
     return true;
 }
 
@@ -25,16 +29,32 @@ bool LineReader::next(std::string& line) {
     for (;;) {
         if (at_ >= len_ && !fill()) return any;
         any = true;
-        while (at_ < len_) {
-            const char c = buf_[at_++];
-            if (c == '\n') return true;
-            if (c == '\r') {
-                if (at_ >= len_) fill();
-                if (at_ < len_ && buf_[at_] == '\n') ++at_;
-                return true;
-            }
-            line.push_back(c);
+        // The line runs to the first line feed or carriage return of the chunk; memchr finds
+        // it without a comparison per character, and appending the run at once spares a
+        // push per character.
+        const char* from = buf_.data() + at_;
+        const size_t left = len_ - at_;
+        // The next line feed is remembered for the chunk: lines ended by carriage returns
+        // alone would otherwise search the rest of the chunk for one on every line.
+        if (lf_ < at_ || lf_ > len_) {
+            const void* at = std::memchr(from, '\n', left);
+            lf_ = at ? size_t(static_cast<const char*>(at) - buf_.data()) : len_;
         }
+        const char* lf = lf_ < len_ ? buf_.data() + lf_ : nullptr;
+        const char* cr = static_cast<const char*>(std::memchr(from, '\r', lf_ - at_));
+        const char* end = cr ? cr : lf;
+        if (!end) {
+            line.append(from, left);
+            at_ = len_;
+            continue;
+        }
+        line.append(from, size_t(end - from));
+        at_ += size_t(end - from) + 1;
+        if (*end == '\r') {
+            if (at_ >= len_) fill();
+            if (at_ < len_ && buf_[at_] == '\n') ++at_;
+        }
+        return true;
     }
 }
 
@@ -46,7 +66,7 @@ double cellNumber(const std::string& text) {
     while (e > b && blank(text[e - 1]))
         --e;
     if (b == e) return 0.0;
-    const std::string t = text.substr(b, e - b);
+    const std::string_view t = std::string_view(text).substr(b, e - b);
     size_t i = 0;
     auto digits = [&] {
         size_t n = 0;

@@ -5,6 +5,7 @@
 
 #include "import/reader.h"
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,7 @@ class LineReader {
     const ByteSource& src_;
     std::vector<char> buf_;
     size_t at_ = 0, len_ = 0;
+    size_t lf_ = SIZE_MAX; // the chunk's next line feed at or after at_; len_ when it has none
     uint64_t offset_ = 0;
 };
 

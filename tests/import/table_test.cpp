@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <random>
 #include <sstream>
 
 using namespace kv;
@@ -66,6 +67,54 @@ TEST(CsvRows, QuotesCommasAndTrailingCommas) {
     EXPECT_EQ(csvRowFields("\"a\"\"b\""), (R{"a\"b"}));
     EXPECT_EQ(csvRowFields("\"ab\"cd,e"), (R{"abcd", "e"})) << "a quote then text closes quotes";
     EXPECT_EQ(csvRowFields(""), R{});
+}
+
+TEST(TextLines, LinesEndAtLineFeedsCarriageReturnsOrBothAlsoAcrossTheReadChunks) {
+    // Lines split by a plain rule: "\r\n", "\r" or "\n" ends a line, and the text's end ends
+    // the last one unless a line end stood just before it.
+    auto expected = [](const std::string& text) {
+        std::vector<std::string> lines;
+        std::string line;
+        for (size_t i = 0; i < text.size(); ++i) {
+            if (text[i] != '\r' && text[i] != '\n') {
+                line.push_back(text[i]);
+                continue;
+            }
+            if (text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n') ++i;
+            lines.push_back(std::move(line));
+            line.clear();
+        }
+        if (!text.empty() && text.back() != '\r' && text.back() != '\n') lines.push_back(line);
+        return lines;
+    };
+    auto read = [](const std::string& text) {
+        MemoryByteSource src(std::vector<uint8_t>(text.begin(), text.end()));
+        LineReader reader(src);
+        std::vector<std::string> lines;
+        for (std::string line; reader.next(line);)
+            lines.push_back(line);
+        return lines;
+    };
+    for (const std::string text : {"", "\n", "a", "a\n", "a\r", "a\r\r\nb", "\r\n\r\n", "a\n\rb"})
+        EXPECT_EQ(read(text), expected(text)) << testing::PrintToString(text);
+    // Random texts long enough to cross the 64 KiB read chunks, line ends of every kind and
+    // lines of every length among them, a carriage return and its line feed split by a chunk
+    // end included.
+    std::mt19937 rng(7);
+    for (int round = 0; round < 6; ++round) {
+        std::string text;
+        const size_t size = 65536 * 2 + rng() % 4000;
+        while (text.size() < size) {
+            const unsigned r = rng() % 100;
+            text += r < 8    ? "\r"
+                    : r < 16 ? "\n"
+                    : r < 24 ? "\r\n"
+                    : r < 26 ? std::string(rng() % 90000, 'x')
+                             : "ab,1";
+        }
+        if (round == 0) text.replace(65535, 2, "\r\n");
+        EXPECT_EQ(read(text), expected(text)) << "round " << round;
+    }
 }
 
 TEST(CsvRead, TheTitleRowIsSkippedAndTheRateComesFromRowsSixAndFive) {
