@@ -141,6 +141,10 @@ bool CurveRepaint::buildBackdrop(int width, int height) {
     for (int y = 0; y < height; ++y)
         for (int x = 0; x < width; ++x)
             if (grid.pixel(x, y) != want) gridRow_[size_t(y)] = gridColumn_[size_t(x)] = 0;
+    // For each row, the first grid row at or below it (the height when there is none).
+    nextGridRow_.assign(size_t(height) + 1, height);
+    for (int y = height - 1; y >= 0; --y)
+        nextGridRow_[size_t(y)] = gridRow_[size_t(y)] ? y : nextGridRow_[size_t(y) + 1];
     backdropOk_ = true;
     for (int y = 0; y < height && backdropOk_; ++y)
         for (int x = 0; x < width; ++x)
@@ -151,6 +155,24 @@ bool CurveRepaint::buildBackdrop(int width, int height) {
     return backdropOk_;
 }
 
+namespace {
+
+/// Writes `v` to rows `from` to `to` of one column, four rows a turn.
+inline void fillColumn(QRgb* column, int64_t stride, int32_t from, int32_t to, QRgb v) {
+    QRgb* p = column + from * stride;
+    int32_t n = to - from + 1;
+    for (; n >= 4; n -= 4, p += 4 * stride) {
+        p[0] = v;
+        p[stride] = v;
+        p[2 * stride] = v;
+        p[3 * stride] = v;
+    }
+    for (; n > 0; --n, p += stride)
+        *p = v;
+}
+
+} // namespace
+
 bool CurveRepaint::repaint(Surface& g, const QPoint* points, size_t n) {
     const int w = g.width(), h = g.height();
     if (!spansKnown_ || !buildBackdrop(w, h) || !next_.build(points, n, w, h)) return false;
@@ -159,30 +181,31 @@ bool CurveRepaint::repaint(Surface& g, const QPoint* points, size_t n) {
     const int64_t stride = img.bytesPerLine() / int64_t(sizeof(QRgb));
     const QRgb line = scene_.line | 0xFF000000u, back = scene_.back | 0xFF000000u,
                grid = scene_.grid | 0xFF000000u;
+    const int32_t* nextGridRow = nextGridRow_.data();
     for (int x = 0; x < w; ++x) {
         const int32_t a = spans_.top(x), b = spans_.bottom(x);
         const int32_t c = next_.top(x), d = next_.bottom(x);
         QRgb* column = bits + x;
         const bool gridColumn = gridColumn_[size_t(x)] != 0;
-        // What the grid leaves where the old curve was and the new one is not.
+        // What the grid leaves where the old curve was and the new one is not: the column's
+        // colour, then the few grid rows over it.
         const auto restore = [&](int32_t from, int32_t to) {
-            for (int32_t y = from; y <= to; ++y)
-                column[y * stride] = gridColumn || gridRow_[size_t(y)] ? grid : back;
-        };
-        const auto paint = [&](int32_t from, int32_t to) {
-            for (int32_t y = from; y <= to; ++y)
-                column[y * stride] = line;
+            if (from > to) return;
+            fillColumn(column, stride, from, to, gridColumn ? grid : back);
+            if (!gridColumn)
+                for (int32_t y = nextGridRow[from]; y <= to; y = nextGridRow[y + 1])
+                    column[y * stride] = grid;
         };
         if (c > d) {
             restore(a, b);
         } else if (a > b || b < c || d < a) {
             restore(a, b);
-            paint(c, d);
+            fillColumn(column, stride, c, d, line);
         } else {
             restore(a, c - 1);
             restore(d + 1, b);
-            paint(c, a - 1);
-            paint(b + 1, d);
+            if (c < a) fillColumn(column, stride, c, a - 1, line);
+            if (b < d) fillColumn(column, stride, b + 1, d, line);
         }
     }
     std::swap(spans_, next_);

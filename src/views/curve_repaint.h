@@ -96,6 +96,7 @@ class CurveRepaint {
     QRgb backdropBack_ = 0, backdropGrid_ = 0;
     std::vector<QLine> backdropLines_;
     std::vector<uint8_t> gridRow_, gridColumn_;
+    std::vector<int32_t> nextGridRow_;
 };
 
 } // namespace kv
