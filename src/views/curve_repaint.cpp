@@ -24,10 +24,45 @@ bool CurveSpans::build(const QPoint* points, size_t count, int width, int height
     top_.assign(size_t(std::max(width, 0)), std::numeric_limits<int32_t>::max());
     bottom_.assign(size_t(std::max(width, 0)), std::numeric_limits<int32_t>::min());
     height_ = std::max(height, 0);
-    for (size_t k = 1; k < count; ++k)
-        if (!addSegment(points[k - 1].x(), points[k - 1].y(), points[k].x(), points[k].y()))
+    const int w = width, h = height_;
+    for (size_t k = 1; k < count; ++k) {
+        const int x1 = points[k - 1].x(), y1 = points[k - 1].y();
+        const int x2 = points[k].x(), y2 = points[k].y();
+        // Most segments of a trace drawn about a point a pixel lie inside the picture and move
+        // right by at most two columns.
+        const bool inside = x1 >= 0 && x2 < w && y1 >= 0 && y1 < h && y2 >= 0 && y2 < h && x2 >= x1;
+        if (!(inside && x2 - x1 <= 2 ? addShortSegment(x1, y1, x2 - x1, y2 - y1)
+                                     : addSegment(x1, y1, x2, y2)))
             return false;
+    }
     return true;
+}
+
+// addSegment's pixels for a segment inside the picture that moves right by at most two columns,
+// with its divisions worked out by hand: the minor coordinate at step t is
+// floor((2 d t + n) / 2n), and along a steep segment column x1 + j starts at step
+// ceil((2j - 1) n / 2dx).
+bool CurveSpans::addShortSegment(int x1, int y1, int dx, int dy) {
+    const int n = std::abs(dy), s = dy > 0 ? 1 : -1;
+    if (n <= dx) {
+        if (dx == 0) return true; // a single point paints nothing
+        if (!add(x1, y1, y1)) return false;
+        if (dx == 1) return true;
+        const int row = y1 + ((dy + 1) >> 1);
+        return add(x1 + 1, row, row);
+    }
+    if (dx == 0) return add(x1, y1, y1 + s * (n - 1));
+    // The steps each column holds, as [from, to).
+    const auto column = [&](int j, int from, int to) {
+        return from >= to || add(x1 + j, y1 + s * from, y1 + s * (to - 1));
+    };
+    if (dx == 1) {
+        const int half = (n + 1) >> 1;
+        return column(0, 0, half) && column(1, half, n);
+    }
+    const int quarter = (n + 3) >> 2, threeQuarters = (3 * n + 3) >> 2;
+    return column(0, 0, quarter) && column(1, quarter, threeQuarters) &&
+           column(2, threeQuarters, n);
 }
 
 bool CurveSpans::add(int x, int64_t row1, int64_t row2) {

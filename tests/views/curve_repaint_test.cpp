@@ -2,6 +2,7 @@
 // the old curve, painting the grid and drawing the new curve leaves.
 #include "views/curve_repaint.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <random>
 #include <utility>
@@ -81,6 +82,47 @@ TEST(CurveSpans, CoverExactlyThePixelsTheLinePaints) {
                           spans.top(x) <= y && y <= spans.bottom(x))
                     << "round " << round << " at " << x << "," << y;
     }
+}
+
+// A trace drawn about a point a pixel: every point on the picture, x moving on by zero to three
+// columns, rows anywhere from one step to the next.
+std::vector<QPoint> traceLikeCurve(std::mt19937& rng, int points) {
+    std::uniform_int_distribution<int> dx(0, 3), y(0, kH - 1), near(-3, 3);
+    std::vector<QPoint> pts;
+    int x = 0, row = y(rng);
+    while (int(pts.size()) < points && x < kW) {
+        pts.emplace_back(x, row);
+        x += dx(rng);
+        row = dx(rng) == 0 ? std::clamp(row + near(rng), 0, kH - 1) : y(rng);
+    }
+    return pts;
+}
+
+::testing::AssertionResult spansMatchTheLine(const std::vector<QPoint>& pts) {
+    Surface g(kW, kH, kBack);
+    g.polyline(pts, kLine);
+    CurveSpans spans;
+    if (!spans.build(pts.data(), pts.size(), kW, kH))
+        return ::testing::AssertionFailure() << "not told as runs";
+    for (int x = 0; x < kW; ++x)
+        for (int y = 0; y < kH; ++y)
+            if ((g.pixel(x, y) == (kLine & 0xFFFFFF)) !=
+                (spans.top(x) <= y && y <= spans.bottom(x)))
+                return ::testing::AssertionFailure() << "differs at " << x << "," << y;
+    return ::testing::AssertionSuccess();
+}
+
+TEST(CurveSpans, TraceLikeCurvesCoverExactlyThePixelsTheLinePaints) {
+    std::mt19937 rng(19);
+    for (int round = 0; round < 600; ++round)
+        ASSERT_TRUE(spansMatchTheLine(traceLikeCurve(rng, 2 + round % 60))) << round;
+    // Every steep step of two columns or fewer from one row, both ways, and the flat ones.
+    for (int dx = 0; dx <= 3; ++dx)
+        for (int dy = -kH + 1; dy < kH; ++dy) {
+            const int from = dy < 0 ? kH - 1 : 0;
+            ASSERT_TRUE(spansMatchTheLine({{5, from}, {5 + dx, from + dy}, {9, 20}}))
+                << dx << "," << dy;
+        }
 }
 
 TEST(CurveSpans, ACurveThatGoesBackIsNotTold) {
