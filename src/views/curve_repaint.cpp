@@ -192,18 +192,32 @@ bool CurveRepaint::buildBackdrop(int width, int height) {
 
 namespace {
 
-/// Writes `v` to rows `from` to `to` of one column, four rows a turn.
+/// Writes `v` to rows `from` to `to` (from <= to) of one column. The lengths differ from column
+/// to column at random, so the loop is kept to one exit: a short stretch is three stores that
+/// may hit the same row, a long one starts with four rows and goes on four at a time; a row written
+/// twice gets the same colour.
 inline void fillColumn(QRgb* column, int64_t stride, int32_t from, int32_t to, QRgb v) {
     QRgb* p = column + from * stride;
-    int32_t n = to - from + 1;
-    for (; n >= 4; n -= 4, p += 4 * stride) {
+    const int32_t n = to - from + 1;
+    if (n < 4) {
+        p[0] = v;
+        p[(n >> 1) * stride] = v;
+        p[(n - 1) * stride] = v;
+        return;
+    }
+    p[0] = v;
+    p[stride] = v;
+    p[2 * stride] = v;
+    p[3 * stride] = v;
+    // The first four rows cover what is left over from the whole fours that end the stretch.
+    const int32_t head = ((n - 1) & 3) + 1;
+    p += head * stride;
+    for (int32_t k = (n - head) >> 2; k > 0; --k, p += 4 * stride) {
         p[0] = v;
         p[stride] = v;
         p[2 * stride] = v;
         p[3 * stride] = v;
     }
-    for (; n > 0; --n, p += stride)
-        *p = v;
 }
 
 } // namespace
