@@ -2,8 +2,13 @@
 // the old curve, painting the grid and drawing the new curve leaves.
 #include "views/curve_repaint.h"
 
+#include "platform/numeric.h"
+#include "views/line_math.h"
+
 #include <algorithm>
+#include <cmath>
 #include <gtest/gtest.h>
+#include <limits>
 #include <random>
 #include <utility>
 #include <vector>
@@ -185,4 +190,24 @@ TEST(CurveRepaint, GoesTheLongWayWhenThePictureIsNotAsItWasLeft) {
     const QImage before = std::as_const(g).image().copy();
     EXPECT_FALSE(r.repaint(g, b.data(), b.size()));
     EXPECT_EQ(std::as_const(g).image(), before);
+}
+
+TEST(RoundCoord, RoundsAsThePlatformDoesEverywhere) {
+    const double inf = std::numeric_limits<double>::infinity();
+    std::vector<double> values = {
+        0.0,          -0.0,          0.5,           1.5,           2.5,           -0.5,
+        -1.5,         -2.5,          0.49999999999, 2147483646.5,  2147483647.0,  2147483647.4,
+        2147483648.0, -2147483647.5, -2147483647.7, -2147483648.0, -2147483648.6, 1e300,
+        -1e300,       inf,           -inf,          std::nan("")};
+    std::mt19937 rng(5);
+    std::uniform_real_distribution<double> near(-2000.0, 2000.0);
+    std::uniform_int_distribution<int> whole(-100000, 100000);
+    for (int i = 0; i < 20000; ++i) {
+        values.push_back(near(rng));
+        values.push_back(whole(rng) + 0.5); // ties
+        values.push_back(std::nextafter(whole(rng) + 0.5, inf));
+        values.push_back(std::nextafter(whole(rng) + 0.5, -inf));
+    }
+    for (double v : values)
+        ASSERT_EQ(line::roundCoord(v), toInt32(v)) << v;
 }
