@@ -20,6 +20,22 @@ using line::floorDiv;
 
 // ---- Spans -------------------------------------------------------------------------------------
 
+// An empty column holds the largest top and the smallest bottom, so taking the smaller top and
+// the larger bottom needs no test for it; nor does anything else, as which pieces come to a
+// fresh column changes at random along a trace.
+inline bool CurveSpans::add(int x, int64_t row1, int64_t row2) {
+    const int32_t a = int32_t(std::min(row1, row2)), b = int32_t(std::max(row1, row2));
+    int32_t& top = top_[size_t(x)];
+    int32_t& bottom = bottom_[size_t(x)];
+    // A curve that never goes left reaches each column's pixels one after another, so a new
+    // piece always touches what the column has; anything else cannot be told as one run.
+    const bool ok =
+        (top > bottom) | ((int64_t(a) <= int64_t(bottom) + 1) & (int64_t(b) >= int64_t(top) - 1));
+    top = std::min(top, a);
+    bottom = std::max(bottom, b);
+    return ok;
+}
+
 bool CurveSpans::build(const QPoint* points, size_t count, int width, int height) {
     top_.assign(size_t(std::max(width, 0)), std::numeric_limits<int32_t>::max());
     bottom_.assign(size_t(std::max(width, 0)), std::numeric_limits<int32_t>::min());
@@ -63,23 +79,6 @@ bool CurveSpans::addShortSegment(int x1, int y1, int dx, int dy) {
     const int quarter = (n + 3) >> 2, threeQuarters = (3 * n + 3) >> 2;
     return column(0, 0, quarter) && column(1, quarter, threeQuarters) &&
            column(2, threeQuarters, n);
-}
-
-bool CurveSpans::add(int x, int64_t row1, int64_t row2) {
-    const int32_t a = int32_t(std::min(row1, row2)), b = int32_t(std::max(row1, row2));
-    int32_t& top = top_[size_t(x)];
-    int32_t& bottom = bottom_[size_t(x)];
-    if (top > bottom) {
-        top = a;
-        bottom = b;
-        return true;
-    }
-    // A curve that never goes left reaches each column's pixels one after another, so a new
-    // piece always touches what the column has; anything else cannot be told as one run.
-    if (int64_t(a) > int64_t(bottom) + 1 || int64_t(b) < int64_t(top) - 1) return false;
-    top = std::min(top, a);
-    bottom = std::max(bottom, b);
-    return true;
 }
 
 // The pixels of one segment as the surface's line paints them: the major axis walked from t = 0
