@@ -165,6 +165,33 @@ TEST(CurveRepaint, LeavesThePictureTheLongWayLeaves) {
     EXPECT_GT(repainted, 290); // all but the first draw and the one where the scene changed
 }
 
+TEST(CurveRepaint, EveryStretchLengthOverAndBetweenGridRows) {
+    // A steep zigzag moved down a row at a time, then back up by growing steps: the columns'
+    // stretches to restore and to paint take every length from one row to the whole height,
+    // starting on, just before and just after grid rows.
+    const auto zigzag = [](int shift, int height) {
+        std::vector<QPoint> pts;
+        for (int x = 0; x < kW; x += 2)
+            pts.emplace_back(x, (x / 2) % 2 ? std::min(kH - 1, shift + height) : shift);
+        return pts;
+    };
+    Surface quick(kW, kH, kBack), slow(kW, kH, kBack);
+    const CurveScene scene = sceneWith();
+    CurveRepaint r;
+    std::vector<QPoint> old;
+    for (int round = 0; round < 120; ++round) {
+        const int height = 1 + round % 13, shift = round < 60 ? round % 40 : (round * round) % 40;
+        const std::vector<QPoint> now = zigzag(shift, height);
+        drawLongWay(slow, scene, old, now);
+        if (!(r.ready(quick, scene, old.data(), old.size()) &&
+              r.repaint(quick, now.data(), now.size())))
+            drawLongWay(quick, scene, old, now);
+        r.remember(quick, scene, now.data(), now.size());
+        ASSERT_TRUE(samePicture(quick, slow)) << "round " << round;
+        old = now;
+    }
+}
+
 TEST(CurveRepaint, GoesTheLongWayWhenThePictureIsNotAsItWasLeft) {
     Surface g(kW, kH, kBack);
     CurveRepaint r;
