@@ -7,6 +7,10 @@
 #include "views/oscilloscope/oscope_view.h"
 #include "views/phase/phase_view.h"
 
+#include <cstdio>
+#include <string>
+#include <utility>
+
 using namespace kv;
 
 namespace {
@@ -101,8 +105,49 @@ void BM_EngineOnly(benchmark::State& state) {
 }
 BENCHMARK(BM_EngineOnly)->MinTime(2.0);
 
+/// The O-scope's and the Phase view's pictures after each of `steps` playback steps with all
+/// three views open, folded into one FNV-1a hash a step: a change to how the views draw must
+/// leave every line printed the same.
+int printPictureHashes(int steps) {
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    int argc = 1;
+    char name[] = "bench_three_views";
+    char* argv[] = {name, nullptr};
+    QGuiApplication app(argc, argv);
+    Fixture& f = fixture();
+    f.showOthers(true, true);
+    uint64_t all = 1469598103934665603ull;
+    for (int step = 0; step < steps; ++step) {
+        // The second half on the Phase view's log axis, the trace upside down.
+        if (step == steps / 2) {
+            f.st.DrSet = 2;
+            f.st.Flipped = true;
+            f.phase->redraw();
+        }
+        f.form.HS_Change(f.next());
+        uint64_t h = 1469598103934665603ull;
+        for (const QImage* img : {&std::as_const(*f.oscope).picGraph().image(),
+                                  &std::as_const(*f.phase).picF().image()}) {
+            for (int y = 0; y < img->height(); ++y) {
+                const uchar* row = img->constScanLine(y);
+                for (int i = 0; i < img->width() * 4; ++i)
+                    h = (h ^ row[i]) * 1099511628211ull;
+            }
+        }
+        all = (all ^ h) * 1099511628211ull;
+        std::printf("%d %016llx\n", step, static_cast<unsigned long long>(h));
+    }
+    std::printf("all %016llx\n", static_cast<unsigned long long>(all));
+    return 0;
+}
+
 } // namespace
 
+/// With --picture-hashes=N, prints the pictures' hashes over N steps instead of timing.
 int main(int argc, char** argv) {
+    const std::string flag = "--picture-hashes=";
+    for (int i = 1; i < argc; ++i)
+        if (std::string(argv[i]).rfind(flag, 0) == 0)
+            return printPictureHashes(std::stoi(std::string(argv[i]).substr(flag.size())));
     return bench::runBenchmarks(argc, argv);
 }

@@ -20,31 +20,65 @@ using line::floorDiv;
 
 // ---- Spans -------------------------------------------------------------------------------------
 
+// An empty column holds the largest top and the smallest bottom, so taking the smaller top and
+// the larger bottom needs no test for it; nor does anything else, as which pieces come to a
+// fresh column changes at random along a trace.
+inline bool CurveSpans::add(int x, int64_t row1, int64_t row2) {
+    const int32_t a = int32_t(std::min(row1, row2)), b = int32_t(std::max(row1, row2));
+    int32_t& top = top_[size_t(x)];
+    int32_t& bottom = bottom_[size_t(x)];
+    // A curve that never goes left reaches each column's pixels one after another, so a new
+    // piece always touches what the column has; anything else cannot be told as one run.
+    const bool ok =
+        (top > bottom) | ((int64_t(a) <= int64_t(bottom) + 1) & (int64_t(b) >= int64_t(top) - 1));
+    top = std::min(top, a);
+    bottom = std::max(bottom, b);
+    return ok;
+}
+
 bool CurveSpans::build(const QPoint* points, size_t count, int width, int height) {
     top_.assign(size_t(std::max(width, 0)), std::numeric_limits<int32_t>::max());
     bottom_.assign(size_t(std::max(width, 0)), std::numeric_limits<int32_t>::min());
     height_ = std::max(height, 0);
-    for (size_t k = 1; k < count; ++k)
-        if (!addSegment(points[k - 1].x(), points[k - 1].y(), points[k].x(), points[k].y()))
+    const int w = width, h = height_;
+    for (size_t k = 1; k < count; ++k) {
+        const int x1 = points[k - 1].x(), y1 = points[k - 1].y();
+        const int x2 = points[k].x(), y2 = points[k].y();
+        // Most segments of a trace drawn about a point a pixel lie inside the picture and move
+        // right by at most two columns.
+        const bool inside = x1 >= 0 && x2 < w && y1 >= 0 && y1 < h && y2 >= 0 && y2 < h && x2 >= x1;
+        if (!(inside && x2 - x1 <= 2 ? addShortSegment(x1, y1, x2 - x1, y2 - y1)
+                                     : addSegment(x1, y1, x2, y2)))
             return false;
+    }
     return true;
 }
 
-bool CurveSpans::add(int x, int64_t row1, int64_t row2) {
-    const int32_t a = int32_t(std::min(row1, row2)), b = int32_t(std::max(row1, row2));
-    int32_t& top = top_[size_t(x)];
-    int32_t& bottom = bottom_[size_t(x)];
-    if (top > bottom) {
-        top = a;
-        bottom = b;
-        return true;
+// addSegment's pixels for a segment inside the picture that moves right by at most two columns,
+// with its divisions worked out by hand: the minor coordinate at step t is
+// floor((2 d t + n) / 2n), and along a steep segment column x1 + j starts at step
+// ceil((2j - 1) n / 2dx).
+bool CurveSpans::addShortSegment(int x1, int y1, int dx, int dy) {
+    const int n = std::abs(dy), s = dy > 0 ? 1 : -1;
+    if (n <= dx) {
+        if (dx == 0) return true; // a single point paints nothing
+        if (!add(x1, y1, y1)) return false;
+        if (dx == 1) return true;
+        const int row = y1 + ((dy + 1) >> 1);
+        return add(x1 + 1, row, row);
     }
-    // A curve that never goes left reaches each column's pixels one after another, so a new
-    // piece always touches what the column has; anything else cannot be told as one run.
-    if (int64_t(a) > int64_t(bottom) + 1 || int64_t(b) < int64_t(top) - 1) return false;
-    top = std::min(top, a);
-    bottom = std::max(bottom, b);
-    return true;
+    if (dx == 0) return add(x1, y1, y1 + s * (n - 1));
+    // The steps each column holds, as [from, to).
+    const auto column = [&](int j, int from, int to) {
+        return from >= to || add(x1 + j, y1 + s * from, y1 + s * (to - 1));
+    };
+    if (dx == 1) {
+        const int half = (n + 1) >> 1;
+        return column(0, 0, half) && column(1, half, n);
+    }
+    const int quarter = (n + 3) >> 2, threeQuarters = (3 * n + 3) >> 2;
+    return column(0, 0, quarter) && column(1, quarter, threeQuarters) &&
+           column(2, threeQuarters, n);
 }
 
 // The pixels of one segment as the surface's line paints them: the major axis walked from t = 0
@@ -141,6 +175,10 @@ bool CurveRepaint::buildBackdrop(int width, int height) {
     for (int y = 0; y < height; ++y)
         for (int x = 0; x < width; ++x)
             if (grid.pixel(x, y) != want) gridRow_[size_t(y)] = gridColumn_[size_t(x)] = 0;
+    // For each row, the first grid row at or below it (the height when there is none).
+    nextGridRow_.assign(size_t(height) + 1, height);
+    for (int y = height - 1; y >= 0; --y)
+        nextGridRow_[size_t(y)] = gridRow_[size_t(y)] ? y : nextGridRow_[size_t(y) + 1];
     backdropOk_ = true;
     for (int y = 0; y < height && backdropOk_; ++y)
         for (int x = 0; x < width; ++x)
@@ -151,6 +189,38 @@ bool CurveRepaint::buildBackdrop(int width, int height) {
     return backdropOk_;
 }
 
+namespace {
+
+/// Writes `v` to rows `from` to `to` (from <= to) of one column. The lengths differ from column
+/// to column at random, so the loop is kept to one exit: a short stretch is three stores that
+/// may hit the same row, a long one starts with four rows and goes on four at a time; a row written
+/// twice gets the same colour.
+inline void fillColumn(QRgb* column, int64_t stride, int32_t from, int32_t to, QRgb v) {
+    QRgb* p = column + from * stride;
+    const int32_t n = to - from + 1;
+    if (n < 4) {
+        p[0] = v;
+        p[(n >> 1) * stride] = v;
+        p[(n - 1) * stride] = v;
+        return;
+    }
+    p[0] = v;
+    p[stride] = v;
+    p[2 * stride] = v;
+    p[3 * stride] = v;
+    // The first four rows cover what is left over from the whole fours that end the stretch.
+    const int32_t head = ((n - 1) & 3) + 1;
+    p += head * stride;
+    for (int32_t k = (n - head) >> 2; k > 0; --k, p += 4 * stride) {
+        p[0] = v;
+        p[stride] = v;
+        p[2 * stride] = v;
+        p[3 * stride] = v;
+    }
+}
+
+} // namespace
+
 bool CurveRepaint::repaint(Surface& g, const QPoint* points, size_t n) {
     const int w = g.width(), h = g.height();
     if (!spansKnown_ || !buildBackdrop(w, h) || !next_.build(points, n, w, h)) return false;
@@ -159,30 +229,31 @@ bool CurveRepaint::repaint(Surface& g, const QPoint* points, size_t n) {
     const int64_t stride = img.bytesPerLine() / int64_t(sizeof(QRgb));
     const QRgb line = scene_.line | 0xFF000000u, back = scene_.back | 0xFF000000u,
                grid = scene_.grid | 0xFF000000u;
+    const int32_t* nextGridRow = nextGridRow_.data();
     for (int x = 0; x < w; ++x) {
         const int32_t a = spans_.top(x), b = spans_.bottom(x);
         const int32_t c = next_.top(x), d = next_.bottom(x);
         QRgb* column = bits + x;
         const bool gridColumn = gridColumn_[size_t(x)] != 0;
-        // What the grid leaves where the old curve was and the new one is not.
+        // What the grid leaves where the old curve was and the new one is not: the column's
+        // colour, then the few grid rows over it.
         const auto restore = [&](int32_t from, int32_t to) {
-            for (int32_t y = from; y <= to; ++y)
-                column[y * stride] = gridColumn || gridRow_[size_t(y)] ? grid : back;
-        };
-        const auto paint = [&](int32_t from, int32_t to) {
-            for (int32_t y = from; y <= to; ++y)
-                column[y * stride] = line;
+            if (from > to) return;
+            fillColumn(column, stride, from, to, gridColumn ? grid : back);
+            if (!gridColumn)
+                for (int32_t y = nextGridRow[from]; y <= to; y = nextGridRow[y + 1])
+                    column[y * stride] = grid;
         };
         if (c > d) {
             restore(a, b);
         } else if (a > b || b < c || d < a) {
             restore(a, b);
-            paint(c, d);
+            fillColumn(column, stride, c, d, line);
         } else {
             restore(a, c - 1);
             restore(d + 1, b);
-            paint(c, a - 1);
-            paint(b + 1, d);
+            if (c < a) fillColumn(column, stride, c, a - 1, line);
+            if (b < d) fillColumn(column, stride, b + 1, d, line);
         }
     }
     std::swap(spans_, next_);

@@ -38,6 +38,7 @@ class CurveSpans {
   private:
     bool add(int x, int64_t row1, int64_t row2);
     bool addSegment(int x1, int y1, int x2, int y2);
+    bool addShortSegment(int x1, int y1, int dx, int dy);
 
     std::vector<int32_t> top_, bottom_;
     int height_ = 0;
@@ -96,6 +97,7 @@ class CurveRepaint {
     QRgb backdropBack_ = 0, backdropGrid_ = 0;
     std::vector<QLine> backdropLines_;
     std::vector<uint8_t> gridRow_, gridColumn_;
+    std::vector<int32_t> nextGridRow_;
 };
 
 } // namespace kv

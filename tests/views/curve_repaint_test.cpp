@@ -2,7 +2,13 @@
 // the old curve, painting the grid and drawing the new curve leaves.
 #include "views/curve_repaint.h"
 
+#include "platform/numeric.h"
+#include "views/line_math.h"
+
+#include <algorithm>
+#include <cmath>
 #include <gtest/gtest.h>
+#include <limits>
 #include <random>
 #include <utility>
 #include <vector>
@@ -83,6 +89,47 @@ TEST(CurveSpans, CoverExactlyThePixelsTheLinePaints) {
     }
 }
 
+// A trace drawn about a point a pixel: every point on the picture, x moving on by zero to three
+// columns, rows anywhere from one step to the next.
+std::vector<QPoint> traceLikeCurve(std::mt19937& rng, int points) {
+    std::uniform_int_distribution<int> dx(0, 3), y(0, kH - 1), near(-3, 3);
+    std::vector<QPoint> pts;
+    int x = 0, row = y(rng);
+    while (int(pts.size()) < points && x < kW) {
+        pts.emplace_back(x, row);
+        x += dx(rng);
+        row = dx(rng) == 0 ? std::clamp(row + near(rng), 0, kH - 1) : y(rng);
+    }
+    return pts;
+}
+
+::testing::AssertionResult spansMatchTheLine(const std::vector<QPoint>& pts) {
+    Surface g(kW, kH, kBack);
+    g.polyline(pts, kLine);
+    CurveSpans spans;
+    if (!spans.build(pts.data(), pts.size(), kW, kH))
+        return ::testing::AssertionFailure() << "not told as runs";
+    for (int x = 0; x < kW; ++x)
+        for (int y = 0; y < kH; ++y)
+            if ((g.pixel(x, y) == (kLine & 0xFFFFFF)) !=
+                (spans.top(x) <= y && y <= spans.bottom(x)))
+                return ::testing::AssertionFailure() << "differs at " << x << "," << y;
+    return ::testing::AssertionSuccess();
+}
+
+TEST(CurveSpans, TraceLikeCurvesCoverExactlyThePixelsTheLinePaints) {
+    std::mt19937 rng(19);
+    for (int round = 0; round < 600; ++round)
+        ASSERT_TRUE(spansMatchTheLine(traceLikeCurve(rng, 2 + round % 60))) << round;
+    // Every steep step of two columns or fewer from one row, both ways, and the flat ones.
+    for (int dx = 0; dx <= 3; ++dx)
+        for (int dy = -kH + 1; dy < kH; ++dy) {
+            const int from = dy < 0 ? kH - 1 : 0;
+            ASSERT_TRUE(spansMatchTheLine({{5, from}, {5 + dx, from + dy}, {9, 20}}))
+                << dx << "," << dy;
+        }
+}
+
 TEST(CurveSpans, ACurveThatGoesBackIsNotTold) {
     const std::vector<QPoint> back = {{10, 5}, {20, 30}, {15, 8}};
     CurveSpans spans;
@@ -118,6 +165,33 @@ TEST(CurveRepaint, LeavesThePictureTheLongWayLeaves) {
     EXPECT_GT(repainted, 290); // all but the first draw and the one where the scene changed
 }
 
+TEST(CurveRepaint, EveryStretchLengthOverAndBetweenGridRows) {
+    // A steep zigzag moved down a row at a time, then back up by growing steps: the columns'
+    // stretches to restore and to paint take every length from one row to the whole height,
+    // starting on, just before and just after grid rows.
+    const auto zigzag = [](int shift, int height) {
+        std::vector<QPoint> pts;
+        for (int x = 0; x < kW; x += 2)
+            pts.emplace_back(x, (x / 2) % 2 ? std::min(kH - 1, shift + height) : shift);
+        return pts;
+    };
+    Surface quick(kW, kH, kBack), slow(kW, kH, kBack);
+    const CurveScene scene = sceneWith();
+    CurveRepaint r;
+    std::vector<QPoint> old;
+    for (int round = 0; round < 120; ++round) {
+        const int height = 1 + round % 13, shift = round < 60 ? round % 40 : (round * round) % 40;
+        const std::vector<QPoint> now = zigzag(shift, height);
+        drawLongWay(slow, scene, old, now);
+        if (!(r.ready(quick, scene, old.data(), old.size()) &&
+              r.repaint(quick, now.data(), now.size())))
+            drawLongWay(quick, scene, old, now);
+        r.remember(quick, scene, now.data(), now.size());
+        ASSERT_TRUE(samePicture(quick, slow)) << "round " << round;
+        old = now;
+    }
+}
+
 TEST(CurveRepaint, GoesTheLongWayWhenThePictureIsNotAsItWasLeft) {
     Surface g(kW, kH, kBack);
     CurveRepaint r;
@@ -143,4 +217,24 @@ TEST(CurveRepaint, GoesTheLongWayWhenThePictureIsNotAsItWasLeft) {
     const QImage before = std::as_const(g).image().copy();
     EXPECT_FALSE(r.repaint(g, b.data(), b.size()));
     EXPECT_EQ(std::as_const(g).image(), before);
+}
+
+TEST(RoundCoord, RoundsAsThePlatformDoesEverywhere) {
+    const double inf = std::numeric_limits<double>::infinity();
+    std::vector<double> values = {
+        0.0,          -0.0,          0.5,           1.5,           2.5,           -0.5,
+        -1.5,         -2.5,          0.49999999999, 2147483646.5,  2147483647.0,  2147483647.4,
+        2147483648.0, -2147483647.5, -2147483647.7, -2147483648.0, -2147483648.6, 1e300,
+        -1e300,       inf,           -inf,          std::nan("")};
+    std::mt19937 rng(5);
+    std::uniform_real_distribution<double> near(-2000.0, 2000.0);
+    std::uniform_int_distribution<int> whole(-100000, 100000);
+    for (int i = 0; i < 20000; ++i) {
+        values.push_back(near(rng));
+        values.push_back(whole(rng) + 0.5); // ties
+        values.push_back(std::nextafter(whole(rng) + 0.5, inf));
+        values.push_back(std::nextafter(whole(rng) + 0.5, -inf));
+    }
+    for (double v : values)
+        ASSERT_EQ(line::roundCoord(v), toInt32(v)) << v;
 }

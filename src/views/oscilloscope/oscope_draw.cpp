@@ -5,6 +5,7 @@
 #include "platform/numeric.h"
 #include "state/command_state.h"
 #include "state/workbench.h"
+#include "views/line_math.h"
 #include "views/oscilloscope/oscope_view.h"
 #include "views/other_views.h"
 
@@ -20,7 +21,7 @@ namespace kv::oscope {
 namespace {
 
 int rnd(double x) {
-    return toInt32(x);
+    return line::roundCoord(x);
 }
 
 bool fitsInt16(double v) {

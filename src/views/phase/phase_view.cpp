@@ -7,6 +7,7 @@
 #include "platform/numeric.h"
 #include "state/command_state.h"
 #include "state/workbench.h"
+#include "views/line_math.h"
 #include "views/other_views.h"
 #include "views/spectrum/spectrum_scales.h"
 
@@ -21,7 +22,7 @@ namespace kv::phase {
 namespace {
 
 int rnd(double x) {
-    return toInt32(x);
+    return line::roundCoord(x);
 }
 
 struct Prefix {
