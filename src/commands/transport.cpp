@@ -3,6 +3,7 @@
 
 #include "commands/lifecycle.h"
 #include "engine/engine.h"
+#include "engine/trace_blocks.h"
 #include "state/workbench.h"
 
 #include <algorithm>
@@ -152,6 +153,8 @@ void transportEnd(Workbench& wb) {
 void FwdLoop(Workbench& wb) {
     ProgramState& st = wb.st;
     BusyScope busy(st);
+    // Short traces are read a block at a time while the loop runs.
+    TraceBlockScope blocks;
     while (st.TracePos < st.LastTrace)
         if (!playStep(wb, +1)) break;
 }
@@ -159,6 +162,7 @@ void FwdLoop(Workbench& wb) {
 void RewLoop(Workbench& wb) {
     ProgramState& st = wb.st;
     BusyScope busy(st);
+    TraceBlockScope blocks;
     while (st.TracePos >= 1)
         if (!playStep(wb, -1)) break;
 }

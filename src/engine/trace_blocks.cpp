@@ -16,7 +16,8 @@ struct Block {
     bool open = false;
     size_t capacity = 0; // bytes
     std::string path;
-    int64_t start = 0; // 1-based byte position of bytes[0]
+    int64_t start = 0;    // 1-based byte position of bytes[0]
+    uint64_t changes = 0; // the working files' change count when the block was read
     std::vector<char> bytes;
 };
 
@@ -35,6 +36,7 @@ void fill(const std::string& path, int64_t pos1, size_t len) {
     readTrace(path, start, reinterpret_cast<float*>(b.bytes.data()), cap / 4);
     b.path = path;
     b.start = start;
+    b.changes = workingFileChanges();
 }
 
 } // namespace
@@ -59,7 +61,9 @@ void readWorkingTrace(const std::string& path, int64_t pos1, float* out, size_t 
         readTrace(path, pos1, out, n);
         return;
     }
-    const bool held = b.path == path && pos1 >= b.start &&
+    // A block read before any working file changed is read again: a scope may live across the
+    // yields of a playback loop, in which the user may filter, re-span or open another file.
+    const bool held = b.path == path && b.changes == workingFileChanges() && pos1 >= b.start &&
                       pos1 + int64_t(len) <= b.start + int64_t(b.bytes.size());
     if (!held) fill(path, pos1, len);
     std::memcpy(out, b.bytes.data() + (pos1 - b.start), len);

@@ -12,9 +12,10 @@
 namespace kv {
 
 /// While one of these lives, readWorkingTrace on the same thread serves short traces from a
-/// block read ahead (or behind, for a walk backwards) in one call. Whoever opens one promises
-/// that the working file does not change while it lives: nothing is checked against the disk
-/// between two traces of the same block. Scopes may nest; the outermost one holds the block.
+/// block read ahead (or behind, for a walk backwards) in one call. The block is read again
+/// after any working file changed through the store (a writer, a deletion); nothing else is
+/// checked against the disk between two traces of the same block. Scopes may nest; the
+/// outermost one holds the block.
 class TraceBlockScope {
   public:
     explicit TraceBlockScope(size_t blockBytes = size_t(1) << 18);

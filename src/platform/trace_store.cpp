@@ -5,6 +5,7 @@
 #include "platform/read_error.h"
 
 #include <algorithm>
+#include <atomic>
 #include <bit>
 #include <cerrno>
 #include <cstring>
@@ -53,6 +54,14 @@ struct MemoryStore {
 };
 MemoryStore gMemory;
 
+// Relaxed: a thread that reads while another writes the same working file gets no promise
+// from the store either way; what the count gives is that a reader on the writing thread, or
+// after it, sees the change.
+std::atomic<uint64_t> gChanges{0};
+void changed() {
+    gChanges.fetch_add(1, std::memory_order_relaxed);
+}
+
 int readHandle(const std::string& path) {
     if (tRead.fd >= 0 && tRead.path == path) {
         struct stat s;
@@ -68,7 +77,12 @@ int readHandle(const std::string& path) {
 
 } // namespace
 
+uint64_t workingFileChanges() {
+    return gChanges.load(std::memory_order_relaxed);
+}
+
 void useMemoryTraceStore(size_t limitBytes) {
+    changed();
     gMemory.limit = limitBytes;
     gMemory.files.clear();
     ++gMemory.generation;
@@ -119,6 +133,7 @@ TraceFileWriter::~TraceFileWriter() {
 
 void TraceFileWriter::open(const std::string& path, bool keepExisting) {
     close();
+    changed();
     if (path.empty()) throw ReadError("no working file");
     if (gMemory.limit) {
         MemoryTraceFile& f = gMemory.files[path];
@@ -161,6 +176,7 @@ bool allZero(const void* data, size_t n) {
 void TraceFileWriter::writeBytes(int64_t pos1, const void* data, size_t n) {
     if (!isOpen()) throw ReadError("working file not open");
     if (pos1 < 1) throw ReadError("bad record number");
+    changed();
     int64_t off = pos1 - 1;
     if (inMemory_) {
         if (generation_ != gMemory.generation) memory_ = &gMemory.files[path_];
@@ -215,6 +231,7 @@ int64_t TraceFileWriter::length() {
 }
 
 void TraceFileWriter::close() {
+    if (f_ || inMemory_) changed();
     if (f_) {
         settle();
         std::fclose(f_);
@@ -225,6 +242,7 @@ void TraceFileWriter::close() {
 }
 
 void KillWorkingFile(const std::string& path) {
+    changed();
     // Let go of a kept read handle too, so that the deleted file's space is given back now.
     if (tRead.path == path) tRead.drop();
     if (gMemory.limit) {

@@ -78,6 +78,11 @@ class TraceFileWriter {
 /// Deletes a working or scratch file; every failure is ignored.
 void KillWorkingFile(const std::string& path);
 
+/// A count that moves on whenever any working file may have changed: a writer opened, wrote or
+/// closed, a file was deleted, the store was switched. Whoever keeps bytes read from a working
+/// file compares it to know that they are still what the file holds.
+uint64_t workingFileChanges();
+
 /// Keeps every file written and read through this store in memory instead of on disk, for the
 /// fuzzers and for tests that want no disk at all: the same paths, the same bytes, zeros past
 /// the end. A file may grow to `limitBytes`; a write beyond that fails as a full disk would

@@ -151,6 +151,36 @@ TEST(VectorPaths, TracesReadABlockAtATimeAreTheTracesReadOneByOne) {
     EXPECT_ANY_THROW(readWorkingTrace("", 1, blocked.data(), n));
 }
 
+TEST(VectorPaths, ABlockIsReadAgainOnceTheWorkingFileChanged) {
+    // A playback loop keeps its block across yields, in which the working file may be written
+    // anew (a filter, another file opened) or deleted: the next trace must be the file's.
+    test::TempHome home{false};
+    const std::string path = home.file("temp.sp");
+    auto fill = [&](float value) {
+        TraceFileWriter w;
+        w.open(path);
+        w.write(1, std::vector<float>(4096, value));
+    };
+    std::vector<float> got(64);
+    fill(1.0f);
+    TraceBlockScope blocks;
+    readWorkingTrace(path, 1, got.data(), got.size());
+    EXPECT_EQ(got[0], 1.0f);
+    fill(2.0f);
+    readWorkingTrace(path, 257, got.data(), got.size());
+    EXPECT_EQ(got[0], 2.0f) << "a rewritten file";
+    {
+        TraceFileWriter w;
+        w.open(path, true);
+        w.write(257, std::vector<float>(64, 3.0f));
+    }
+    readWorkingTrace(path, 257, got.data(), got.size());
+    EXPECT_EQ(got[63], 3.0f) << "a trace written over in place";
+    KillWorkingFile(path);
+    readWorkingTrace(path, 257, got.data(), got.size());
+    EXPECT_EQ(got[0], 0.0f) << "a deleted file reads as zeros";
+}
+
 TEST(VectorPaths, NeighbourhoodSumsAddInTheRunningOrderAndTheSkipFindsTheLastBinAbove) {
     // Magnitudes far apart, so that any other order of the additions rounds differently.
     std::mt19937 g(3);
