@@ -277,19 +277,34 @@ void releaseTransform(ProgramState& st) {
 
 void oweColumnPhases(ProgramState& st, const int32_t* bins, size_t count) {
     ProgramState::OwedPhases& o = st.PhasesOwed;
-    o.colAt.clear();
-    o.colRe.clear();
-    o.colIm.clear();
-    if (!o.spectrum) return;
+    if (!o.spectrum) {
+        o.colAt.clear();
+        o.colRe.clear();
+        o.colIm.clear();
+        return;
+    }
+    // Every fold of a playback comes here: a straight pass with no branch per column, over
+    // arrays that keep their room from one fold to the next.
+    o.colAt.resize(count);
+    o.colRe.resize(count);
+    o.colIm.resize(count);
     const float* re = owedRe(st);
     const float* im = owedIm(st);
+    const int32_t owed = o.bins;
+    size_t m = 0;
     for (size_t c = 0; c < count; ++c) {
         const int32_t b = bins[c];
-        if (b < 1 || b > o.bins) continue; // a bin the owed phases do not cover is as it stands
-        o.colAt.push_back(int32_t(c));
-        o.colRe.push_back(re[b]);
-        o.colIm.push_back(im[b]);
+        // A bin the owed phases do not cover is as it stands in SpPhase, and so is its column.
+        const bool due = b >= 1 && b <= owed;
+        const int32_t at = due ? b : 1;
+        o.colAt[m] = int32_t(c);
+        o.colRe[m] = re[at];
+        o.colIm[m] = im[at];
+        m += due ? 1 : 0;
     }
+    o.colAt.resize(m);
+    o.colRe.resize(m);
+    o.colIm.resize(m);
 }
 
 void resetPeakHold(ProgramState& st) {
