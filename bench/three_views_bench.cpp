@@ -79,6 +79,7 @@ template <class Draw> void drawOnly(benchmark::State& state, Draw draw) {
         f.st.TracePos = int16_t(3 + 400 * i);
         setCurrentTracePos(f.st);
         FyllSpData(f.st);
+        ensurePhases(f.st);
         trace[i] = f.st.TraceBuf;
         phase[i] = f.st.SpPhase;
     }

@@ -354,6 +354,7 @@ int runSpectrum(const CommonOptions& o, int trace, int columns, const std::strin
     j["FloorDbRel"] = number(st.FloorDbRel);
     j["TopDb"] = number(st.TopDb);
     j["SpAmp"] = numbers(st.SpAmp, 0, half);
+    ensurePhases(st);
     j["SpPhase"] = numbers(st.SpPhase, 0, half + 1);
     j["FftFilterOn"] = st.FftFilterOn;
     j["WhiteningOn"] = st.WhiteningOn;
@@ -483,9 +484,7 @@ void surveyMetrics(ProgramState& st, int threads,
     // The traces are independent but for a few figures one trace leaves to the next (see
     // SurveyCarry). Peak-hold and auto-span carry far more, so they run on one thread.
     const bool split = threads >= 2 && last >= 64 && st.ModeFFT != 3 && !st.AutotuneOn;
-    // A row holds no phase, and nothing else the survey does reads one.
     TraceBlockScope blocks;
-    PhaseSkipScope noPhases;
     if (!split) {
         for (int k = 0; k <= last; ++k) {
             emit(surveyRow(st, k));
@@ -506,7 +505,6 @@ void surveyMetrics(ProgramState& st, int threads,
     std::thread second([&, copy = st]() mutable {
         try {
             TraceBlockScope ownBlocks;
-            PhaseSkipScope noPhases;
             for (int k = mid; k <= last; ++k) {
                 rows[size_t(k - mid)] = surveyRow(copy, k);
                 carries[size_t(k - mid)] = SurveyCarry::of(copy);

@@ -3,6 +3,7 @@
 
 #include "engine/batch_math.h"
 #include "engine/fft.h"
+#include "engine/spectrum.h"
 #include "engine/trace_blocks.h"
 #include "engine/windows.h"
 #include "platform/numeric.h"
@@ -132,6 +133,7 @@ void ApplyWhite(const ProgramState& st, std::vector<float>& re, std::vector<floa
 
 void FyllWhite(ProgramState& st) {
     if (st.CurrentTracePos < 0) st.CurrentTracePos = st.FirstTracePos;
+    releaseTransform(st); // FftRe/FftIm are read afresh below
     if (st.ModeFFT == 4)
         readGroup(st, int64_t(st.PlayRew ? st.RgBackTrace : st.TraceStep * int64_t(st.TracePos)),
                   st.FftRe, st.FftIm);

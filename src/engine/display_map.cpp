@@ -169,10 +169,13 @@ void GenDraw(ProgramState& st) {
     } else {
         for (size_t c = 0; c < count; ++c) {
             bin = peakBins[c] >= 0 ? peakBins[c] : bin;
+            peakBins[c] = bin;
             st.ColLogX[c] = bin == 0 ? logOfZero : logs[bin];
             st.ColPhase[c] = ph[bin];
         }
     }
+    // Where SpPhase is still owed, the columns' phases are owed too.
+    oweColumnPhases(st, peakBins.data(), count);
     st.Sp_Bins = st.ColumnCount = upperBound(count);
 
     // The second trace of a scrolling waterfall, over the same bins. Its X keeps the last peak

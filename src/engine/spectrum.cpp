@@ -85,15 +85,50 @@ void formAmplitudes(ProgramState& st, bool withBack) {
     if (backScroll) amplitudesOf(st, st.BackRe, st.BackIm, st.BackAmp, std::min(st.Sp_Bins, n));
 }
 
-/// How many PhaseSkipScopes are open on this thread.
-thread_local int tPhaseSkips = 0;
+/// Where the owed phases' transform stands now.
+const float* owedRe(const ProgramState& st) {
+    return st.PhasesOwed.inFft ? st.FftRe.data() : st.PhasesOwed.re.data();
+}
+const float* owedIm(const ProgramState& st) {
+    return st.PhasesOwed.inFft ? st.FftIm.data() : st.PhasesOwed.im.data();
+}
 
-void phases(ProgramState& st) {
+/// SpPhase[1..bins] from the owed transform, as the builder would have taken them.
+void takeSpectrumPhases(ProgramState& st) {
+    ProgramState::OwedPhases& o = st.PhasesOwed;
+    if (!o.spectrum) return;
+    o.spectrum = false;
+    const size_t source =
+        o.inFft ? std::min(st.FftRe.size(), st.FftIm.size()) : std::min(o.re.size(), o.im.size());
+    const size_t room = std::min(source, st.SpPhase.size());
+    const int32_t bins =
+        int32_t(std::min<size_t>(size_t(std::max(o.bins, 0)), room ? room - 1 : 0));
+    batch::phaseDegrees(owedRe(st) + 1, owedIm(st) + 1, st.SpPhase.data() + 1, bins, st.Pi);
+}
+
+/// The builder's last step before the gain: SpPhase[1..N/2] become owed from FftRe/FftIm as they
+/// stand now. The transform stays where it is; the next writer of FftRe/FftIm moves it aside.
+void owePhases(ProgramState& st) {
     const int32_t half = st.Fft_Samples / 2;
     ensure(st.SpPhase, int64_t(half) + 1);
-    if (tPhaseSkips > 0) return;
-    batch::phaseDegrees(st.FftRe.data() + 1, st.FftIm.data() + 1, st.SpPhase.data() + 1, half,
-                        st.Pi);
+    ProgramState::OwedPhases& o = st.PhasesOwed;
+    // Owed phases above the new ones would be lost with their transform: take them now (only a
+    // change to a shorter transform without a new InitFftState comes here).
+    if (o.spectrum && o.bins > half) takeSpectrumPhases(st);
+    if (half <= 0) return;
+    o.spectrum = true;
+    o.inFft = true;
+    o.bins = half;
+}
+
+/// The builder is about to overwrite FftRe/FftIm, all of it it needs: the owed transform moves to
+/// the spare arrays by exchange, and the transform is written into the spare arrays' room.
+void moveOwedTransformAside(ProgramState& st) {
+    ProgramState::OwedPhases& o = st.PhasesOwed;
+    if (!o.spectrum || !o.inFft) return;
+    o.re.swap(st.FftRe);
+    o.im.swap(st.FftIm);
+    o.inFft = false;
 }
 
 void applyGain(ProgramState& st) {
@@ -211,16 +246,65 @@ void InitFftState(ProgramState& st) {
     redim(st.SpAmp, int64_t(st.AmpCapacity) + 1);
     if (st.PlayRew) redim(st.BackAmp, int64_t(st.AmpCapacity) + 1);
     redim(st.SpPhase, int64_t(n) + 1);
+    st.PhasesOwed.spectrum = false; // the cleared phases are what SpPhase holds now
     redim(st.PeakHoldAcc, int64_t(st.Sp_Bins) + 1);
     if (n >= 1 && n <= fft::kMaxLength) fft::prepare(n);
 }
 
-PhaseSkipScope::PhaseSkipScope() {
-    ++tPhaseSkips;
+void ensurePhases(ProgramState& st) {
+    takeSpectrumPhases(st);
+    ProgramState::OwedPhases& o = st.PhasesOwed;
+    if (o.colAt.empty()) return;
+    thread_local std::vector<float> degrees;
+    degrees.resize(o.colAt.size());
+    batch::phaseDegrees(o.colRe.data(), o.colIm.data(), degrees.data(), int32_t(degrees.size()),
+                        st.Pi);
+    for (size_t k = 0; k < o.colAt.size(); ++k)
+        if (size_t(o.colAt[k]) < st.ColPhase.size()) st.ColPhase[size_t(o.colAt[k])] = degrees[k];
+    o.colAt.clear();
+    o.colRe.clear();
+    o.colIm.clear();
 }
 
-PhaseSkipScope::~PhaseSkipScope() {
-    --tPhaseSkips;
+void releaseTransform(ProgramState& st) {
+    ProgramState::OwedPhases& o = st.PhasesOwed;
+    if (!o.spectrum || !o.inFft) return;
+    const size_t n = std::min({st.FftRe.size(), st.FftIm.size(), size_t(o.bins) + 1});
+    o.re.assign(st.FftRe.begin(), st.FftRe.begin() + ptrdiff_t(n));
+    o.im.assign(st.FftIm.begin(), st.FftIm.begin() + ptrdiff_t(n));
+    o.inFft = false;
+}
+
+void oweColumnPhases(ProgramState& st, const int32_t* bins, size_t count) {
+    ProgramState::OwedPhases& o = st.PhasesOwed;
+    if (!o.spectrum) {
+        o.colAt.clear();
+        o.colRe.clear();
+        o.colIm.clear();
+        return;
+    }
+    // Every fold of a playback comes here: a straight pass with no branch per column, over
+    // arrays that keep their room from one fold to the next.
+    o.colAt.resize(count);
+    o.colRe.resize(count);
+    o.colIm.resize(count);
+    const float* re = owedRe(st);
+    const float* im = owedIm(st);
+    const int32_t owed = o.bins;
+    size_t m = 0;
+    for (size_t c = 0; c < count; ++c) {
+        const int32_t b = bins[c];
+        // A bin the owed phases do not cover is as it stands in SpPhase, and so is its column.
+        const bool due = b >= 1 && b <= owed;
+        const int32_t at = due ? b : 1;
+        o.colAt[m] = int32_t(c);
+        o.colRe[m] = re[at];
+        o.colIm[m] = im[at];
+        m += due ? 1 : 0;
+    }
+    o.colAt.resize(m);
+    o.colRe.resize(m);
+    o.colIm.resize(m);
 }
 
 void resetPeakHold(ProgramState& st) {
@@ -235,7 +319,9 @@ void FyllSpData(ProgramState& st) {
         FyllSpAverage(st);
         return;
     }
-    // The read fills FftRe[0..N] and the transform FftIm[1..N]: neither needs clearing first.
+    // The read fills FftRe[0..N] and the transform FftIm[1..N]: neither needs clearing first, so
+    // phases still owed from the last transform keep it, and this one takes their spare arrays.
+    moveOwedTransformAside(st);
     st.FftRe.resize(size_t(n) + 1);
     st.FftIm.resize(size_t(n) + 1);
     st.FftIm[0] = 0.0f;
@@ -285,12 +371,13 @@ void FyllSpData(ProgramState& st) {
 
     formAmplitudes(st, true);
     CreatedBArray(st);
-    phases(st);
+    owePhases(st);
     applyGain(st);
 }
 
 void FyllSpAverage(ProgramState& st) {
     const int32_t n = st.Fft_Samples;
+    moveOwedTransformAside(st);
     redim(st.FftRe, int64_t(n) + 1);
     redim(st.FftIm, int64_t(n) + 1);
     st.PhaseBins = n / 2;
@@ -302,7 +389,7 @@ void FyllSpAverage(ProgramState& st) {
     fft::forward(st.FftRe.data() + 1, st.FftIm.data() + 1, n);
     st.Sp_Bins = n / 2;
     formAmplitudes(st, false);
-    phases(st);
+    owePhases(st);
     applyGain(st);
     CreatedBArray(st);
 }

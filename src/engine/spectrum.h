@@ -3,6 +3,9 @@
 // and read-out uses. Single Trace, Stacked, Peak-hold and Average all pass through here.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
+
 namespace kv {
 
 struct ProgramState;
@@ -25,6 +28,7 @@ void InitFftState(ProgramState& st);
 /// Builds the spectrum of the trace at CurrentTracePos (a negative position means the first
 /// trace): reads N+1 floats (element 0 unused), windows, transforms, forms SpAmp, runs
 /// CreatedBArray and then SpPhase, so a Single Trace display folds the phase of the trace before.
+/// The phases are owed, not taken: see ensurePhases.
 /// Average mode goes to FyllSpAverage. Throws ReadError when there is no working file.
 void FyllSpData(ProgramState& st);
 
@@ -39,17 +43,19 @@ void CreatedBArray(ProgramState& st);
 /// Forgets the held peaks: PeakHoldAcc becomes 0..PeakHoldBins, cleared.
 void resetPeakHold(ProgramState& st);
 
-/// While one of these lives, FyllSpData and FyllSpAverage on the same thread take no phases:
-/// SpPhase keeps what it held, and so does the phase of each folded column. For runs that read
-/// neither, such as the command-line survey of read-outs, which would otherwise spend a large
-/// part of each trace on angles nobody looks at. Everything else comes out as without it.
-/// Scopes may nest.
-class PhaseSkipScope {
-  public:
-    PhaseSkipScope();
-    ~PhaseSkipScope();
-    PhaseSkipScope(const PhaseSkipScope&) = delete;
-    PhaseSkipScope& operator=(const PhaseSkipScope&) = delete;
-};
+/// Takes the phases the builder left owing (SpPhase[1..N/2] of the last spectrum, and the
+/// phase of each plot column folded since), exactly as the builder would have taken them at
+/// once. Everything that reads SpPhase or ColPhase calls this first; when nothing is owed it
+/// costs a flag test.
+void ensurePhases(ProgramState& st);
+
+/// FftRe/FftIm are about to be overwritten: phases still owed from them keep a copy of what they
+/// need. The builder does this itself; others that write the transform arrays call it first.
+void releaseTransform(ProgramState& st);
+
+/// The fold has put column c's phase at bins[c] (c = 0..count-1): a column whose bin is owed
+/// keeps that bin's transform element, to be turned into degrees by ensurePhases. Called by the
+/// fold once per pass, after ColPhase has been written from SpPhase.
+void oweColumnPhases(ProgramState& st, const int32_t* bins, size_t count);
 
 } // namespace kv

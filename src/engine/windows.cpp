@@ -3,6 +3,7 @@
 #include "engine/windows.h"
 
 #include "engine/batch_math.h"
+#include "engine/spectrum.h"
 
 #include "platform/numeric.h"
 #include "state/program_state.h"
@@ -158,6 +159,7 @@ void applyWindowTo(int window, float* x, int32_t n) {
 }
 
 void ApplyWindow(ProgramState& st) {
+    releaseTransform(st);
     windowForSpectrum(st, st.FftRe, st.TraceBuf);
 }
 

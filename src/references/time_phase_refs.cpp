@@ -1,6 +1,7 @@
 // The O-scope and phase reference dialogs and their files.
 #include "references/time_phase_refs.h"
 
+#include "engine/spectrum.h"
 #include "platform/byte_source.h"
 #include "platform/files.h"
 #include "platform/message_title.h"
@@ -215,7 +216,8 @@ std::string timeRefBytes(const ProgramState& st) {
     return writePno(f);
 }
 
-std::string phaseRefBytes(const ProgramState& st) {
+std::string phaseRefBytes(ProgramState& st) {
+    ensurePhases(st);
     PnpFile f;
     f.MaxFreq = st.MaxFreq;
     f.Bins = st.PhaseBins;

@@ -27,9 +27,10 @@ bool readTimeRef(ProgramState& st, int line, const std::string& path = "");
 /// Reads the fixed .pnp file of `line`. Its maximum frequency must lie above the live step and
 /// its step below the live maximum: else "Out of range!" and the line goes off.
 bool readPhaseRef(Workbench& wb, int line, const std::string& path = "");
-/// The bytes Set writes for the O-scope trace and the phase curve on show.
+/// The bytes Set writes for the O-scope trace and the phase curve on show (whose phases are
+/// taken first when the builder still owes them).
 std::string timeRefBytes(const ProgramState& st);
-std::string phaseRefBytes(const ProgramState& st);
+std::string phaseRefBytes(ProgramState& st);
 
 namespace TimeRef {
 void Form_Load(Workbench& wb, TimeRefFields& f);

@@ -216,6 +216,20 @@ struct ProgramState {
     std::vector<float> SpDisp;      // 0..Sp_Bins: what is drawn per bin (linear or dB)
     std::vector<float> PeakHoldAcc; // 0..Sp_Bins: the held maxima of Peak-hold
     std::vector<float> BackAmp, BackDisp;
+    /// Phases the builder owes: it keeps the transform they come from and takes them only when
+    /// something asks (`ensurePhases`, engine), as most runs never look at a phase. While
+    /// `spectrum` is set, SpPhase[1..bins] stand for the phases of elements 1..bins of that
+    /// transform, which is FftRe/FftIm while `inFft`, else the copy in `re`/`im`. Columns
+    /// `colAt` of ColPhase stand for the phases of (`colRe`, `colIm`), taken when they were folded.
+    struct OwedPhases {
+        bool spectrum = false;
+        bool inFft = false;
+        int32_t bins = 0;
+        std::vector<float> re, im;
+        std::vector<int32_t> colAt;
+        std::vector<float> colRe, colIm;
+    };
+    OwedPhases PhasesOwed;
     int32_t PeakBin = 0;
     float PeakAmp = 0.0f;
     float PeakFreq = 0.0f;

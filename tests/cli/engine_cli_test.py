@@ -29,6 +29,8 @@ with tempfile.TemporaryDirectory() as home:
         check(abs(out["PeakDb"] - 20 * math.log10(out["PeakAmp"] / 32767)) < 1e-4, "PeakDb in dB of full scale")
         check(len(out["SpAmp"]) == 512 and len(out["SpPhase"]) == 513, "bins 0..N/2-1, phases 0..N/2")
         check(abs(out["SpAmp"][128] - 100) < 2, "the harmonic")
+        # The trace is read from its second sample: the sine's phase is one step of its bin on.
+        check(abs(out["SpPhase"][65] - (360 * 64 / 1024 - 90)) < 0.01, "the tone's phase, one index above its bin")
         check(out["BinsPerColumn"] == 6 and out["ColumnCount"] == 84 and len(out["ColVal"]) == 85,
               "512 bins over 100 columns fold 6 a column")
         check(max(out["ColVal"]) == out["PeakDb"], "the fold keeps the peak")

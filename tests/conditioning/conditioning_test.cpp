@@ -151,6 +151,37 @@ TEST(Whitening, ScansEveryTraceForTheLargestPositiveRealPart) {
         EXPECT_NEAR(b.st.SpAmp[size_t(k - 1)], a, a * 1e-5) << k;
 }
 
+TEST(Whitening, PhasesTakenWhenAskedForAreThoseTakenAtOnce) {
+    // The whitening reads the trace afresh into the transform arrays, after the phases in
+    // Average mode and before them in Single Trace: phases owed at that moment must be those of
+    // the transform as it stood.
+    const auto signal = [](int64_t t) {
+        return tone(t, 12, 100.0 * double(t / N + 1)) + tone(t + t / N, 30, 40.0) + double(t % 5);
+    };
+    for (int mode : {1, 4}) {
+        SCOPED_TRACE(mode);
+        SpectrumBench atOnce(N, 5, signal), late(N, 5, signal);
+        for (SpectrumBench* b : {&atOnce, &late}) {
+            setWhiteBand(b->st, 40.0, 60.0);
+            ASSERT_TRUE(ScanWhiteBand(b->st, [](int32_t) { return true; }));
+            installConditioning(b->st);
+            b->st.WhiteningOn = true;
+            b->st.ModeFFT = int16_t(mode);
+            b->st.AverVal = 1;
+            b->st.PlotColumns = 60;
+        }
+        for (int k = 0; k < 4; ++k) {
+            atOnce.show(k);
+            ensurePhases(atOnce.st);
+            late.show(k);
+        }
+        ensurePhases(late.st);
+        EXPECT_EQ(late.st.SpPhase, atOnce.st.SpPhase);
+        EXPECT_EQ(late.st.ColPhase, atOnce.st.ColPhase);
+        EXPECT_EQ(late.st.SpAmp, atOnce.st.SpAmp);
+    }
+}
+
 TEST(Whitening, SingleTraceBandClampAndCancel) {
     SpectrumBench b(N, 1, [](int64_t t) { return tone(t, 30, 200); });
     setWhiteBand(b.st, 0.0, 1e9);

@@ -124,6 +124,7 @@ TEST(PinnedValues, SpectraColumnsAndReadOutsStayAsTheyWere) {
         b.show(c.trace - 1);
         b.show(c.trace);
         CountAnalys(b.st);
+        ensurePhases(b.st);
         const ProgramState& s = b.st;
         EXPECT_EQ(s.PeakBin, c.peakBin);
         EXPECT_EQ(s.ColumnCount, c.columnCount);

@@ -7,6 +7,8 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 
 using namespace kv;
 using kv::test::sine;
@@ -79,6 +81,7 @@ TEST(SpectrumRead, FailsWithoutAWorkingFile) {
 TEST(SpectrumPhase, StandsOneIndexAboveTheAmplitude) {
     SpectrumBench b(N, 2, [](int64_t t) { return 200 * std::cos(2 * M_PI * 100 * t / N); });
     b.show(0);
+    ensurePhases(b.st);
     // The trace is read from its second sample, so the cosine starts one step of its bin late.
     EXPECT_NEAR(b.st.SpPhase[101], 360.0 * 100 / N, 1e-3);
     EXPECT_NEAR(b.st.SpAmp[100], 200.0, 1e-3);
@@ -91,8 +94,10 @@ TEST(SpectrumPhase, TheSingleTraceColumnsCarryThePhaseOfTheTraceBefore) {
         return 200 * std::cos(2 * M_PI * 100 * t / N + ph);
     });
     b.show(0);
+    ensurePhases(b.st);
     const float first = b.st.SpPhase[101];
     b.show(1);
+    ensurePhases(b.st);
     EXPECT_NEAR(b.st.SpPhase[101] - first, 90.0, 1e-3);
     EXPECT_EQ(b.st.ColPhase[101], first) << "columns are folded before the phase is computed";
 
@@ -100,44 +105,93 @@ TEST(SpectrumPhase, TheSingleTraceColumnsCarryThePhaseOfTheTraceBefore) {
     b.st.ModeFFT = 4;
     b.st.AverVal = 1;
     b.show(0);
+    ensurePhases(b.st);
     EXPECT_EQ(b.st.ColPhase[101], b.st.SpPhase[101]);
 }
 
-TEST(SpectrumPhase, ARunThatSkipsThePhasesGetsEverythingElseTheSame) {
-    const auto signal = [](int64_t t) {
-        return 200 * std::cos(2 * M_PI * 100 * t / N + (t < N ? 0.0 : 1.0)) + 3.0 * (t % 7);
-    };
-    for (int mode : {1, 4}) {
-        SpectrumBench plain(N, 3, signal), skipping(N, 3, signal);
-        for (SpectrumBench* b : {&plain, &skipping}) {
-            b->st.ModeFFT = int16_t(mode);
-            b->st.AverVal = 1;
-            b->st.PlotColumns = 300;
+namespace {
+
+/// Everything a trace leaves that does not depend on when its phases are taken.
+void expectSameSpectrum(const ProgramState& a, const ProgramState& b) {
+    EXPECT_EQ(a.SpAmp, b.SpAmp);
+    EXPECT_EQ(a.SpDisp, b.SpDisp);
+    EXPECT_EQ(a.ColVal, b.ColVal);
+    EXPECT_EQ(a.ColLogX, b.ColLogX);
+    EXPECT_EQ(a.TraceBuf, b.TraceBuf);
+    EXPECT_EQ(a.PeakBin, b.PeakBin);
+    EXPECT_EQ(a.PeakDb, b.PeakDb);
+    EXPECT_EQ(a.Sp_Bins, b.Sp_Bins);
+}
+
+/// A tone whose phase moves from trace to trace over a ramp that differs in every trace.
+double movingTone(int64_t t) {
+    const int64_t k = t / N;
+    return 200 * std::cos(2 * M_PI * 100 * t / N + 0.7 * double(k)) +
+           3.0 * double((t * (k + 3)) % 7);
+}
+
+} // namespace
+
+TEST(SpectrumPhase, PhasesTakenWhenAskedForAreThoseTakenAtOnce) {
+    // One run asks for the phases after every trace, as a Phase view on show does; the other
+    // only now and then, so that some folds meet phases still owed from the trace before.
+    // Columns of two bins (the one-pass fold) and of eight (the general fold); Single Trace,
+    // Peak-hold and Average.
+    for (int mode : {1, 3, 4})
+        for (int columns : {300, 70}) {
+            SCOPED_TRACE(testing::Message() << "mode " << mode << " columns " << columns);
+            SpectrumBench atOnce(N, 8, movingTone), late(N, 8, movingTone);
+            for (SpectrumBench* b : {&atOnce, &late}) {
+                b->st.ModeFFT = int16_t(mode);
+                b->st.AverVal = 1;
+                b->st.PlotColumns = columns;
+            }
+            for (int k = 0; k < 7; ++k) {
+                atOnce.show(k);
+                ensurePhases(atOnce.st);
+                late.show(k);
+                expectSameSpectrum(atOnce.st, late.st);
+                if (k != 2 && k != 5 && k != 6) continue;
+                ensurePhases(late.st);
+                ensurePhases(late.st); // a second call finds nothing owed and changes nothing
+                SCOPED_TRACE(k);
+                ASSERT_EQ(late.st.SpPhase, atOnce.st.SpPhase);
+                ASSERT_EQ(late.st.ColPhase, atOnce.st.ColPhase);
+            }
+            // Not a run of zeros that would agree whatever was done.
+            EXPECT_NE(atOnce.st.SpPhase[101], 0.0f);
+            EXPECT_NE(atOnce.st.ColPhase[50], 0.0f);
         }
-        plain.show(0);
-        skipping.show(0);
-        const std::vector<float> before = skipping.st.SpPhase;
-        plain.show(1);
-        {
-            PhaseSkipScope noPhases;
-            PhaseSkipScope nested;
-            skipping.show(1);
-        }
-        SCOPED_TRACE(mode);
-        EXPECT_EQ(skipping.st.SpPhase, before) << "the phases stand as the last trace left them";
-        EXPECT_NE(plain.st.SpPhase, before);
-        EXPECT_EQ(skipping.st.SpAmp, plain.st.SpAmp);
-        EXPECT_EQ(skipping.st.SpDisp, plain.st.SpDisp);
-        EXPECT_EQ(skipping.st.ColVal, plain.st.ColVal);
-        EXPECT_EQ(skipping.st.TraceBuf, plain.st.TraceBuf);
-        EXPECT_EQ(skipping.st.PeakBin, plain.st.PeakBin);
-        EXPECT_EQ(skipping.st.PeakDb, plain.st.PeakDb);
-        EXPECT_EQ(skipping.st.Sp_Bins, plain.st.Sp_Bins);
-        // Once the scopes close the phases are taken again.
-        skipping.show(2);
-        plain.show(2);
-        EXPECT_EQ(skipping.st.SpPhase, plain.st.SpPhase);
+}
+
+TEST(SpectrumPhase, OwedPhasesOutliveWhateverOverwritesTheTransform) {
+    SpectrumBench atOnce(N, 3, movingTone), late(N, 3, movingTone);
+    atOnce.show(1);
+    ensurePhases(atOnce.st);
+    late.show(1);
+    // Windowing FftRe again (as the whitening's fresh read does) leaves the phases on show.
+    ApplyWindow(late.st);
+    ApplyWindow(atOnce.st);
+    ensurePhases(late.st);
+    EXPECT_EQ(late.st.SpPhase, atOnce.st.SpPhase);
+
+    // A new length clears the phases: nothing owed from before comes back over them.
+    late.show(2);
+    InitFftState(late.st);
+    ensurePhases(late.st);
+    EXPECT_EQ(late.st.SpPhase, std::vector<float>(N + 1, 0.0f));
+
+    // A shorter transform without a new InitFftState keeps the longer one's phases above its own.
+    for (SpectrumBench* b : {&atOnce, &late}) {
+        b->st.Fft_Samples = N;
+        b->show(0);
+        if (b == &atOnce) ensurePhases(b->st);
+        b->st.Fft_Samples = N / 4;
+        b->show(1);
+        ensurePhases(b->st);
     }
+    EXPECT_EQ(late.st.SpPhase, atOnce.st.SpPhase);
+    EXPECT_NE(late.st.SpPhase[N / 2 - 1], 0.0f);
 }
 
 TEST(SpectrumFilter, TheFilterSeesTheWholeTransformAndTheAmplitudesMirror) {
@@ -368,4 +422,26 @@ TEST(SpectrumArithmetic, WholeTraceDecibelsAndPhasesAgreeWithTheirDefinitions) {
         EXPECT_NEAR(deg[size_t(j)], wantDeg, 2e-4) << re[size_t(j)] << " " << im[size_t(j)];
     }
     EXPECT_EQ(db[size_t(n) - 2 - 0], -327670.0f) << "silence";
+}
+
+TEST(SpectrumPhase, EveryReaderOfThePhasesAsksForThemFirst) {
+    // The phases are taken on demand, so a new reader that forgets to ask reads the trace
+    // before, or zeros: in every source that names the phase arrays, the builder and the fold
+    // aside, the arrays must come with ensurePhases (or, for the fold, oweColumnPhases).
+    namespace fs = std::filesystem;
+    int readers = 0;
+    for (const char* folder : {"src", "bench"})
+        for (const auto& e : fs::recursive_directory_iterator(fs::path(KV_SOURCE_DIR) / folder)) {
+            if (e.path().extension() != ".cpp") continue;
+            std::ifstream in(e.path());
+            const std::string text{std::istreambuf_iterator<char>(in), {}};
+            if (text.find("SpPhase") == std::string::npos &&
+                text.find("ColPhase") == std::string::npos)
+                continue;
+            ++readers;
+            EXPECT_TRUE(text.find("ensurePhases(") != std::string::npos ||
+                        text.find("oweColumnPhases(") != std::string::npos)
+                << e.path() << " reads the phases without asking for them";
+        }
+    EXPECT_GE(readers, 5) << "the phase view, the reference files, the command line, the fold";
 }

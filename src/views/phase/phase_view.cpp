@@ -238,6 +238,7 @@ void PhaseView::paintReferences() {
 }
 
 void PhaseView::Draw_s() {
+    ensurePhases(st());
     if (st().DrSet == 2)
         drawLog();
     else
