@@ -4,6 +4,7 @@
 #include "app/main_window.h"
 #include "app/view_window.h"
 #include "gui/gui_fixture.h"
+#include "gui/sample_shell.h"
 #include "views/spectrum/spectrum_form.h"
 
 #include <QApplication>
@@ -19,29 +20,14 @@ namespace {
 using test::kSample;
 constexpr QRgb kGreen = 0x00FF00; // the factory curve colour
 
-class SpectrumShell : public test::GuiTest {
+class SpectrumShell : public test::SampleShell {
   protected:
-    SpectrumShell() {
-        w = std::make_unique<MainWindow>(home.path(), &host);
-        w->resize(1000, 700);
-        w->show();
-        w->importFile(kSample);
-        sw = w->viewHost().viewWindow(ViewId::Spectrum);
-        form = w->viewHost().modelOf<spectrum::SpectrumForm>(ViewId::Spectrum);
-    }
-    ~SpectrumShell() override { w->close(); }
-
     /// The highest point of the curve on show.
     QPoint topOfCurve() const {
         const auto& pts = form->view().CurvePoints();
         return *std::min_element(pts.begin(), pts.end(),
                                  [](QPoint a, QPoint b) { return a.y() < b.y(); });
     }
-
-    ScriptedHost host;
-    std::unique_ptr<MainWindow> w;
-    ViewWindow* sw = nullptr;
-    spectrum::SpectrumForm* form = nullptr;
 };
 
 } // namespace
