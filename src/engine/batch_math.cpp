@@ -153,9 +153,34 @@ void phaseDegrees(const float* re, const float* im, float* deg, int32_t n, doubl
 }
 
 KV_VECTOR_CLONES
-void windowProducts(const double* w, float* x, int32_t n) {
+void windowProducts(const double* w, const float* x, float* y, int32_t n) {
     for (int32_t i = 0; i < n; ++i)
-        x[i] = float(w[i] * double(x[i]));
+        y[i] = float(w[i] * double(x[i]));
+}
+
+KV_VECTOR_CLONES
+void windowProductsSingle(const float* w, const float* x, float* y, int32_t n) {
+    for (int32_t i = 0; i < n; ++i)
+        y[i] = w[i] * x[i];
+}
+
+KV_VECTOR_CLONES
+bool allWithin(const int32_t* bins, int32_t count, int32_t lo, int32_t hi) {
+    int32_t low = lo, high = hi;
+    for (int32_t c = 0; c < count; ++c) {
+        low = std::min(low, bins[c]);
+        high = std::max(high, bins[c]);
+    }
+    return low >= lo && high <= hi;
+}
+
+KV_VECTOR_CLONES
+void gatherPairs(const float* re, const float* im, const int32_t* bins, int32_t count, float* outRe,
+                 float* outIm) {
+    for (int32_t c = 0; c < count; ++c) {
+        outRe[c] = re[bins[c]];
+        outIm[c] = im[bins[c]];
+    }
 }
 
 KV_VECTOR_CLONES

@@ -19,8 +19,21 @@ void decibels(const float* amp, float* disp, int32_t n, float fullScale);
 /// deg[j] = Atan2(im[j], re[j]) / pi * 180, with `pi` the workbench's own constant.
 void phaseDegrees(const float* re, const float* im, float* deg, int32_t n, double pi);
 
-/// x[i] = f32(w[i] * x[i]), the product formed in double: a window applied to a trace.
-void windowProducts(const double* w, float* x, int32_t n);
+/// y[i] = f32(w[i] * x[i]), the product formed in double: a window applied to a trace. y may
+/// be x.
+void windowProducts(const double* w, const float* x, float* y, int32_t n);
+
+/// The same for a window whose every value is a float: y[i] = w[i] * x[i] in single precision.
+/// The double product of two floats is exact, so this is that product rounded once, the same
+/// bits as above. y may be x.
+void windowProductsSingle(const float* w, const float* x, float* y, int32_t n);
+
+/// True when every bins[c] (c < count) lies in lo..hi.
+bool allWithin(const int32_t* bins, int32_t count, int32_t lo, int32_t hi);
+
+/// outRe[c] = re[bins[c]], outIm[c] = im[bins[c]] for c < count.
+void gatherPairs(const float* re, const float* im, const int32_t* bins, int32_t count, float* outRe,
+                 float* outIm);
 
 /// The spectrum of a real input as a real-input transform leaves it (bins 0..n/2, real and
 /// imaginary parts interleaved) into split arrays re[0..n-1], im[0..n-1], times `scale`, the

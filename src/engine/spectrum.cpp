@@ -254,13 +254,22 @@ void InitFftState(ProgramState& st) {
 void ensurePhases(ProgramState& st) {
     takeSpectrumPhases(st);
     ProgramState::OwedPhases& o = st.PhasesOwed;
-    if (o.colAt.empty()) return;
-    thread_local std::vector<float> degrees;
-    degrees.resize(o.colAt.size());
-    batch::phaseDegrees(o.colRe.data(), o.colIm.data(), degrees.data(), int32_t(degrees.size()),
-                        st.Pi);
-    for (size_t k = 0; k < o.colAt.size(); ++k)
-        if (size_t(o.colAt[k]) < st.ColPhase.size()) st.ColPhase[size_t(o.colAt[k])] = degrees[k];
+    if (o.colRe.empty()) return;
+    if (o.colFrom >= 0) {
+        const size_t from = size_t(o.colFrom);
+        const size_t room = st.ColPhase.size() > from ? st.ColPhase.size() - from : 0;
+        batch::phaseDegrees(o.colRe.data(), o.colIm.data(), st.ColPhase.data() + from,
+                            int32_t(std::min(o.colRe.size(), room)), st.Pi);
+    } else {
+        thread_local std::vector<float> degrees;
+        degrees.resize(o.colAt.size());
+        batch::phaseDegrees(o.colRe.data(), o.colIm.data(), degrees.data(), int32_t(degrees.size()),
+                            st.Pi);
+        for (size_t k = 0; k < o.colAt.size(); ++k)
+            if (size_t(o.colAt[k]) < st.ColPhase.size())
+                st.ColPhase[size_t(o.colAt[k])] = degrees[k];
+    }
+    o.colFrom = -1;
     o.colAt.clear();
     o.colRe.clear();
     o.colIm.clear();
@@ -277,20 +286,33 @@ void releaseTransform(ProgramState& st) {
 
 void oweColumnPhases(ProgramState& st, const int32_t* bins, size_t count) {
     ProgramState::OwedPhases& o = st.PhasesOwed;
+    o.colFrom = -1;
     if (!o.spectrum) {
         o.colAt.clear();
         o.colRe.clear();
         o.colIm.clear();
         return;
     }
-    // Every fold of a playback comes here: a straight pass with no branch per column, over
-    // arrays that keep their room from one fold to the next.
-    o.colAt.resize(count);
-    o.colRe.resize(count);
-    o.colIm.resize(count);
+    // Every fold of a playback comes here, and usually every column's bin is owed, but for the
+    // first column's when it holds DC: the pairs are gathered in one pass and the columns stand
+    // for themselves. Otherwise a straight pass with no branch per column; both keep the arrays'
+    // room from one fold to the next.
     const float* re = owedRe(st);
     const float* im = owedIm(st);
     const int32_t owed = o.bins;
+    const int32_t from = count > 0 && bins[0] == 0 ? 1 : 0;
+    if (count > size_t(from) && batch::allWithin(bins + from, int32_t(count) - from, 1, owed)) {
+        o.colRe.resize(count - size_t(from));
+        o.colIm.resize(o.colRe.size());
+        batch::gatherPairs(re, im, bins + from, int32_t(o.colRe.size()), o.colRe.data(),
+                           o.colIm.data());
+        o.colAt.clear();
+        o.colFrom = from;
+        return;
+    }
+    o.colAt.resize(count);
+    o.colRe.resize(count);
+    o.colIm.resize(count);
     size_t m = 0;
     for (size_t c = 0; c < count; ++c) {
         const int32_t b = bins[c];
@@ -339,7 +361,15 @@ void FyllSpData(ProgramState& st) {
     const bool filterOn = hooks(st).transformFilterOn(st);
     const bool direct = n >= 1 && n <= fft::kMaxLength;
     float* input = nullptr;
-    if (direct) {
+    if (direct && timeTraceIsRaw(st)) {
+        // The O-scope shows the trace as read: it is read straight there and tapered on its way
+        // into the transform's input, one pass over the trace instead of a copy and a taper.
+        input = fft::realInput(n);
+        ensure(st.TraceBuf, n);
+        readWorkingTrace(st.ActiveTracePath, st.CurrentTracePos, st.FftRe.data(), 1);
+        readWorkingTrace(st.ActiveTracePath, st.CurrentTracePos + 4, st.TraceBuf.data(), size_t(n));
+        windowInto(st.FFT_Window, st.TraceBuf.data(), input, n);
+    } else if (direct) {
         input = fft::realInput(n);
         readWorkingTrace(st.ActiveTracePath, st.CurrentTracePos, input - 1, size_t(n) + 1);
         st.FftRe[0] = input[-1];

@@ -33,6 +33,12 @@ double windowValue(int window, int32_t i, int32_t n);
 /// 1..10 leave the samples as they are. The curve is computed once per (window, n) and kept, so a
 /// change of window or length is seen at the very next call.
 void applyWindowTo(int window, float* x, int32_t n);
+/// The same from x into y (which may be x); a window that does not taper copies.
+void windowInto(int window, const float* x, float* y, int32_t n);
+
+/// True when the O-scope's trace is the one read, not the tapered one: a tapering window with
+/// TimeWindowed 0.
+bool timeTraceIsRaw(const ProgramState& st);
 
 /// Windows FftRe[1..N] (N = Fft_Samples) and fills TraceBuf[0..N-1] with what the O-scope
 /// shows: the raw trace while TimeWindowed is 0, the tapered one while it is 1; with Uniform

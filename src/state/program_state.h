@@ -228,6 +228,9 @@ struct ProgramState {
         std::vector<float> re, im;
         std::vector<int32_t> colAt;
         std::vector<float> colRe, colIm;
+        // From 0 or 1: colAt is not used, colRe[k] stands for column colFrom + k, and every
+        // column from there is owed.
+        int32_t colFrom = -1;
     };
     OwedPhases PhasesOwed;
     int32_t PeakBin = 0;

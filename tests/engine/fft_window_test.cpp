@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cmath>
 #include <complex>
 #include <random>
@@ -133,6 +134,33 @@ TEST(WindowShape, CountsFromOneSoTheCurveIsOneSampleLate) {
     EXPECT_LT(x[n - 1], 1e-4f);
     // The peak of a Hann counted from 0 would be at index 511.5; here it sits one sample lower.
     EXPECT_GT(x[510], x[512]);
+}
+
+TEST(WindowShape, EveryProductIsTheDoubleProductRoundedOnce) {
+    // Windows whose values are all floats multiply in single precision; the bits must be those of
+    // the product formed in double, for ordinary, huge and subnormal samples alike, in place or
+    // into another array.
+    std::mt19937 gen(11);
+    std::uniform_real_distribution<float> mant(-2.0f, 2.0f);
+    std::uniform_int_distribution<int> expo(-140, 120);
+    for (int32_t n : {1024, 1000, 7})
+        for (int window = 1; window <= 10; ++window) {
+            std::vector<float> x(static_cast<size_t>(n));
+            for (auto& v : x)
+                v = std::ldexp(mant(gen), expo(gen));
+            std::vector<float> inPlace = x, into(size_t(n), -1.0f);
+            applyWindowTo(window, inPlace.data(), n);
+            windowInto(window, x.data(), into.data(), n);
+            for (int32_t i = 0; i < n; ++i) {
+                const float want =
+                    window == 10 ? x[size_t(i)]
+                                 : float(windowValue(window, i + 1, n) * double(x[size_t(i)]));
+                ASSERT_EQ(std::bit_cast<uint32_t>(inPlace[size_t(i)]),
+                          std::bit_cast<uint32_t>(want))
+                    << "window " << window << " n " << n << " i " << i;
+                ASSERT_EQ(std::bit_cast<uint32_t>(into[size_t(i)]), std::bit_cast<uint32_t>(want));
+            }
+        }
 }
 
 TEST(WindowShape, BartlettHalvesDoNotMeetAndEndBelowZero) {

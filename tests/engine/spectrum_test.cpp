@@ -136,32 +136,44 @@ TEST(SpectrumPhase, PhasesTakenWhenAskedForAreThoseTakenAtOnce) {
     // One run asks for the phases after every trace, as a Phase view on show does; the other
     // only now and then, so that some folds meet phases still owed from the trace before.
     // Columns of two bins (the one-pass fold) and of eight (the general fold); Single Trace,
-    // Peak-hold and Average.
+    // Peak-hold and Average; with a DC large enough that the first column holds bin 0, whose
+    // phase is never owed; Uniform, and Hann with the raw trace on the O-scope.
     for (int mode : {1, 3, 4})
-        for (int columns : {300, 70}) {
-            SCOPED_TRACE(testing::Message() << "mode " << mode << " columns " << columns);
-            SpectrumBench atOnce(N, 8, movingTone), late(N, 8, movingTone);
-            for (SpectrumBench* b : {&atOnce, &late}) {
-                b->st.ModeFFT = int16_t(mode);
-                b->st.AverVal = 1;
-                b->st.PlotColumns = columns;
+        for (int columns : {300, 70})
+            for (double dc : {0.0, 5000.0}) {
+                const int16_t window = dc == 0.0 ? 10 : 7;
+                SCOPED_TRACE(testing::Message()
+                             << "mode " << mode << " columns " << columns << " dc " << dc);
+                const auto signal = [dc](int64_t t) { return movingTone(t) + dc; };
+                SpectrumBench atOnce(N, 8, signal), late(N, 8, signal);
+                for (SpectrumBench* b : {&atOnce, &late}) {
+                    b->st.ModeFFT = int16_t(mode);
+                    b->st.AverVal = 1;
+                    b->st.PlotColumns = columns;
+                    b->st.FFT_Window = window;
+                    b->st.TimeWindowed = 0;
+                    SetWindowName(b->st);
+                }
+                for (int k = 0; k < 7; ++k) {
+                    atOnce.show(k);
+                    ensurePhases(atOnce.st);
+                    late.show(k);
+                    expectSameSpectrum(atOnce.st, late.st);
+                    if (k != 2 && k != 5 && k != 6) continue;
+                    ensurePhases(late.st);
+                    ensurePhases(late.st); // a second call finds nothing owed and changes nothing
+                    SCOPED_TRACE(k);
+                    ASSERT_EQ(late.st.SpPhase, atOnce.st.SpPhase);
+                    ASSERT_EQ(late.st.ColPhase, atOnce.st.ColPhase);
+                }
+                // Not a run of zeros that would agree whatever was done.
+                EXPECT_NE(atOnce.st.SpPhase[101], 0.0f);
+                EXPECT_NE(atOnce.st.ColPhase[50], 0.0f);
+                // The DC case did put bin 0 (log position -FullScalePos / 2) in the first column.
+                if (dc != 0.0) {
+                    EXPECT_EQ(atOnce.st.ColLogX[0], -500.0f);
+                }
             }
-            for (int k = 0; k < 7; ++k) {
-                atOnce.show(k);
-                ensurePhases(atOnce.st);
-                late.show(k);
-                expectSameSpectrum(atOnce.st, late.st);
-                if (k != 2 && k != 5 && k != 6) continue;
-                ensurePhases(late.st);
-                ensurePhases(late.st); // a second call finds nothing owed and changes nothing
-                SCOPED_TRACE(k);
-                ASSERT_EQ(late.st.SpPhase, atOnce.st.SpPhase);
-                ASSERT_EQ(late.st.ColPhase, atOnce.st.ColPhase);
-            }
-            // Not a run of zeros that would agree whatever was done.
-            EXPECT_NE(atOnce.st.SpPhase[101], 0.0f);
-            EXPECT_NE(atOnce.st.ColPhase[50], 0.0f);
-        }
 }
 
 TEST(SpectrumPhase, OwedPhasesOutliveWhateverOverwritesTheTransform) {
