@@ -10,41 +10,53 @@
 
 namespace kv {
 
-std::vector<std::string> csvRowFields(const std::string& line) {
-    std::vector<std::string> row;
+void csvRowFields(const std::string& line, std::vector<std::string>& row) {
+    size_t count = 0;
+    auto next = [&]() -> std::string& {
+        if (count == row.size()) row.emplace_back();
+        std::string& field = row[count++];
+        field.clear();
+        return field;
+    };
     if (line.find('"') == std::string::npos) {
         // No quotes: the fields are the runs between commas.
         size_t from = 0;
         for (size_t comma; (comma = line.find(',', from)) != std::string::npos; from = comma + 1)
-            row.emplace_back(line, from, comma - from);
-        if (from < line.size()) row.emplace_back(line, from);
-        return row;
+            next().assign(line, from, comma - from);
+        if (from < line.size()) next().assign(line, from);
+        row.resize(count);
+        return;
     }
-    std::string field;
+    std::string* field = &next();
     bool quoted = false;
     for (size_t i = 0; i < line.size(); ++i) {
         const char c = line[i];
         if (quoted) {
             if (c == '"') {
                 if (i + 1 < line.size() && line[i + 1] == '"') {
-                    field.push_back('"');
+                    field->push_back('"');
                     ++i;
                 } else {
                     quoted = false;
                 }
             } else {
-                field.push_back(c);
+                field->push_back(c);
             }
         } else if (c == ',') {
-            row.push_back(std::move(field));
-            field.clear();
+            field = &next();
         } else if (c == '"') {
             quoted = true;
         } else {
-            field.push_back(c);
+            field->push_back(c);
         }
     }
-    if (!field.empty()) row.push_back(std::move(field));
+    // The field being built is kept only when it holds something.
+    row.resize(field->empty() ? count - 1 : count);
+}
+
+std::vector<std::string> csvRowFields(const std::string& line) {
+    std::vector<std::string> row;
+    csvRowFields(line, row);
     return row;
 }
 
@@ -63,11 +75,11 @@ void ReadCsv(ImportContext& ctx) {
     // Only the texts read are kept; the slots past them are empty cells.
     const size_t slots = size_t(limit) + 1;
     std::vector<std::string> times, values;
-    auto take = [&](std::vector<std::string>&& row) {
+    auto take = [&](const std::vector<std::string>& row) {
         for (size_t c = 0; c < row.size(); ++c) {
             std::vector<std::string>& list = c % 2 == 0 ? times : values;
             checkIndex(list.size(), slots);
-            list.push_back(std::move(row[c]));
+            list.push_back(row[c]);
         }
     };
     static const std::string empty;
@@ -76,9 +88,11 @@ void ReadCsv(ImportContext& ctx) {
     };
     LineReader lines(*src);
     std::string line;
+    std::vector<std::string> row;
     int32_t count = 0;
     while (lines.next(line)) {
-        take(csvRowFields(line));
+        csvRowFields(line, row);
+        take(row);
         if (++count == limit) {
             take({"Stopped at " + std::to_string(limit)});
             break;

@@ -63,9 +63,22 @@ char detectSeparator(const ByteSource& src) {
 /// One row split at `sep` outside quotes. Quotes are removed (a doubled quote inside quotes is
 /// one quote), cells are trimmed of blanks, and empty cells at the end of the row are dropped:
 /// many instruments end every row with a separator. A row of nothing but separators is empty.
-std::vector<std::string> splitRow(const std::string& line, char sep) {
-    std::vector<std::string> cells;
-    std::string cell;
+void splitRow(const std::string& line, char sep, std::vector<std::string>& cells) {
+    // The cells keep their room from one row to the next: a long table is split without an
+    // allocation a cell.
+    size_t count = 0;
+    thread_local std::string cell;
+    cell.clear();
+    auto finish = [&] {
+        if (count == cells.size()) cells.emplace_back();
+        const size_t b = cell.find_first_not_of(" \t");
+        if (b == std::string::npos)
+            cells[count].clear();
+        else
+            cells[count].assign(cell, b, cell.find_last_not_of(" \t") - b + 1);
+        ++count;
+        cell.clear();
+    };
     bool quoted = false;
     for (size_t i = 0; i < line.size(); ++i) {
         const char c = line[i];
@@ -81,22 +94,23 @@ std::vector<std::string> splitRow(const std::string& line, char sep) {
         } else if (c == '"') {
             quoted = true;
         } else if (c == sep) {
-            cells.push_back(trimBlanks(cell));
-            cell.clear();
+            finish();
         } else {
             cell.push_back(c);
         }
     }
-    cells.push_back(trimBlanks(cell));
-    while (!cells.empty() && cells.back().empty())
-        cells.pop_back();
-    return cells;
+    finish();
+    while (count > 0 && cells[count - 1].empty())
+        --count;
+    cells.resize(count);
 }
 
 /// A cell as a number: an optional sign, digits with a decimal point or comma, an optional
 /// exponent, nothing else. Texts such as "inf" or "NaN" are not numbers here.
 std::optional<double> cellValue(const std::string& cell) {
-    std::string t = cell;
+    // Rewritten in a buffer of its own that keeps its room from cell to cell.
+    thread_local std::string t;
+    t = cell;
     if (t.find('.') == std::string::npos && std::count(t.begin(), t.end(), ',') == 1)
         std::replace(t.begin(), t.end(), ',', '.');
     if (!t.empty() && t[0] == '+') t.erase(0, 1);
@@ -196,16 +210,17 @@ Capture readCapture(ImportContext& ctx, const ByteSource& src, size_t keep) {
     size_t rowNo = 0;
     bool inData = false, ended = false;
     size_t column = 0;
+    std::vector<std::string> cells;
     while (lines.next(line)) {
         ++rowNo;
         if (rowNo == 1 && line.rfind("\xEF\xBB\xBF", 0) == 0) line.erase(0, 3);
-        std::vector<std::string> cells = splitRow(line, sep);
+        splitRow(line, sep, cells);
         if (!inData) {
             if (!allNumbers(cells)) {
                 if (c.preamble.size() >= kLongestPreamble)
                     throw UnreadableFile("The CSV file holds no rows of numbers in its first " +
                                          std::to_string(kLongestPreamble) + " rows.");
-                c.preamble.push_back(std::move(cells));
+                c.preamble.push_back(cells);
                 c.preambleText.push_back(line.substr(0, kPreambleWidthShown));
                 continue;
             }

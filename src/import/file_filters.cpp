@@ -16,10 +16,18 @@ std::string importFilter(int fil) {
 }
 
 std::string importDialogFilter(int fil) {
-    std::string patterns;
-    for (const std::string& ext : formatTable().extensions())
-        patterns += (patterns.empty() ? "*." : ";*.") + ext;
-    return importFilter(fil) + kAllSupportedText + "|" + patterns + "|";
+    // The table never changes, so one setting always gives the same text: the last one made is
+    // kept for the next open.
+    thread_local int lastFil = 0;
+    thread_local std::string last;
+    if (last.empty() || fil != lastFil) {
+        std::string patterns;
+        for (const std::string& ext : formatTable().extensions())
+            patterns += (patterns.empty() ? "*." : ";*.") + ext;
+        last = importFilter(fil) + kAllSupportedText + "|" + patterns + "|";
+        lastFil = fil;
+    }
+    return last;
 }
 
 int filterIndexOf(int fil, FilterName f) {

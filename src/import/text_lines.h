@@ -48,6 +48,8 @@ void setUnroundedFullScale(ProgramState& st, float max, float min, float& follow
 /// doubled quote inside them is one quote, and a quote followed by anything else closes them.
 /// A trailing empty field is not kept.
 std::vector<std::string> csvRowFields(const std::string& line);
+/// The same into `row`, whose strings keep their room from one row to the next.
+void csvRowFields(const std::string& line, std::vector<std::string>& row);
 
 /// Thins `raw` by NewDS: DownsampleMode 0 takes the mean of each NewDS values, 1 every NewDS-th
 /// value. With NewDS 1 the values come back unchanged.

@@ -67,19 +67,28 @@ double decimalValue(BlankSkippingCursor& in) {
         negative = in.peek() == '-';
         in.advance();
     }
-    std::string whole, fraction;
+    // The number is built in one standard form for from_chars, which is locale-free and
+    // correctly rounded: "0" + whole digits + "." + fraction digits + "0e" + exponent. The
+    // leading and trailing zeros change nothing. The buffer is kept from call to call, so that a
+    // table of numbers is read without an allocation a cell.
+    thread_local std::string number;
+    number.assign(1, '0');
     while (isDigit(in.peek())) {
-        whole += in.peek();
+        number += in.peek();
         in.advance();
     }
+    const size_t wholeDigits = number.size() - 1;
+    number += '.';
+    const size_t fractionAt = number.size();
     if (in.peek() == '.') {
         in.advance();
         while (isDigit(in.peek())) {
-            fraction += in.peek();
+            number += in.peek();
             in.advance();
         }
     }
-    if (whole.empty() && fraction.empty()) return 0.0;
+    const size_t fractionDigits = number.size() - fractionAt;
+    if (wholeDigits == 0 && fractionDigits == 0) return 0.0;
 
     // The exponent belongs to the number only when at least one digit follows the E.
     long exponent = 0;
@@ -103,17 +112,19 @@ double decimalValue(BlankSkippingCursor& in) {
         }
     }
 
-    // Built in one standard form for from_chars, which is locale-free and correctly rounded.
-    std::string number = (whole.empty() ? "0" : whole) + "." + (fraction.empty() ? "0" : fraction) +
-                         "e" + std::to_string(exponent);
+    char tail[24] = {'0', 'e'};
+    const auto written = std::to_chars(tail + 2, tail + sizeof tail, exponent);
+    number.append(tail, size_t(written.ptr - tail));
     double value = 0.0;
     const auto [end, ec] = std::from_chars(number.data(), number.data() + number.size(), value);
     (void)end;
     if (ec == std::errc::result_out_of_range) {
         // Too large or too small for a double: the magnitude decides which.
+        const std::string_view whole(number.data() + 1, wholeDigits);
+        const std::string_view fraction(number.data() + fractionAt, fractionDigits);
         const size_t firstWhole = whole.find_first_not_of('0');
         long magnitude = exponent;
-        if (firstWhole != std::string::npos) {
+        if (firstWhole != std::string_view::npos) {
             magnitude += static_cast<long>(whole.size() - firstWhole);
         } else {
             magnitude -= static_cast<long>(fraction.find_first_not_of('0'));

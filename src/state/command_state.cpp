@@ -191,9 +191,24 @@ const char* const kNotYetBuiltMenus[] = {
 
 } // namespace
 
-CommandState::CommandState() {
+namespace {
+
+/// Where each entry of kMenus stands, by name.
+const std::unordered_map<std::string, size_t>& menuIndex() {
+    static const std::unordered_map<std::string, size_t> index = [] {
+        std::unordered_map<std::string, size_t> by;
+        size_t at = 0;
+        for (const auto& d : kMenus)
+            by[d.name] = at++;
+        return by;
+    }();
+    return index;
+}
+
+} // namespace
+
+CommandState::CommandState() : index_(&menuIndex()) {
     for (const auto& d : kMenus) {
-        index_[d.name] = menus_.size();
         MenuEntry e;
         e.name = d.name;
         e.parent = d.parent;
@@ -216,14 +231,14 @@ CommandState::CommandState() {
 }
 
 MenuEntry& CommandState::menu(const std::string& name) {
-    auto it = index_.find(name);
-    if (it == index_.end()) throw std::out_of_range("no menu entry " + name);
+    auto it = index_->find(name);
+    if (it == index_->end()) throw std::out_of_range("no menu entry " + name);
     return menus_[it->second];
 }
 
 const MenuEntry& CommandState::menu(const std::string& name) const {
-    auto it = index_.find(name);
-    if (it == index_.end()) throw std::out_of_range("no menu entry " + name);
+    auto it = index_->find(name);
+    if (it == index_->end()) throw std::out_of_range("no menu entry " + name);
     return menus_[it->second];
 }
 

@@ -43,7 +43,7 @@ class CommandState {
     const std::vector<MenuEntry>& menus() const { return menus_; }
     MenuEntry& menu(const std::string& name);
     const MenuEntry& menu(const std::string& name) const;
-    bool hasMenu(const std::string& name) const { return index_.count(name) != 0; }
+    bool hasMenu(const std::string& name) const { return index_->count(name) != 0; }
     void enable(const std::string& name, bool on = true) { menu(name).enabled = on; }
     void check(const std::string& name, bool on = true) { menu(name).checked = on; }
     bool enabled(const std::string& name) const { return menu(name).enabled; }
@@ -79,8 +79,10 @@ class CommandState {
 
   private:
     std::vector<MenuEntry> menus_;
-    // Hashed: the commands look entries up by name many times an action.
-    std::unordered_map<std::string, size_t> index_;
+    // Hashed: the commands look entries up by name many times an action. The entries and their
+    // order are the same in every CommandState, so all of them share one index, and copying a
+    // state (as every fuzz execution and every undo of a failed open does) copies no table.
+    const std::unordered_map<std::string, size_t>* index_;
     std::array<ToolButton, kButtons> buttons_{};
     std::array<std::string, kPanels> panels_{};
 };

@@ -67,6 +67,13 @@ TEST(CsvRows, QuotesCommasAndTrailingCommas) {
     EXPECT_EQ(csvRowFields("\"a\"\"b\""), (R{"a\"b"}));
     EXPECT_EQ(csvRowFields("\"ab\"cd,e"), (R{"abcd", "e"})) << "a quote then text closes quotes";
     EXPECT_EQ(csvRowFields(""), R{});
+    // A row vector used again for the next line keeps nothing of the longer line before it.
+    R row;
+    for (const char* line : {"\"a long first field, with a comma\",2,3,4", "x,\"y\"", "5,", "",
+                             "\"q\",", "7,8,9,10,11", "1"}) {
+        csvRowFields(line, row);
+        EXPECT_EQ(row, csvRowFields(line)) << line;
+    }
 }
 
 TEST(TextLines, LinesEndAtLineFeedsCarriageReturnsOrBothAlsoAcrossTheReadChunks) {

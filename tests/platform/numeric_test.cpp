@@ -50,6 +50,14 @@ TEST(Val, ReadsAnExponentOnlyWhenDigitsFollowIt) {
     EXPECT_EQ(Val("3e+x"), 3.0);
     EXPECT_EQ(Val("1E400"), std::numeric_limits<double>::infinity());
     EXPECT_EQ(Val("-1E-400"), 0.0);
+    // Beyond the range, the place of the first significant digit decides, whole or fraction.
+    EXPECT_EQ(Val("10e308"), std::numeric_limits<double>::infinity());
+    EXPECT_EQ(Val("0.01e310"), 1e308);
+    EXPECT_EQ(Val("0.001e-322"), 0.0);
+    EXPECT_EQ(Val("000.000e999"), 0.0);
+    // One number after another: nothing of a longer one stays behind.
+    EXPECT_EQ(Val("123456789012345678901234567890.123456789e-20"), 1234567890.1234567890123456789);
+    EXPECT_EQ(Val("7"), 7.0);
 }
 
 TEST(Val, HexAndOctalAreSixteenBitUpToFFFF) {
