@@ -15,12 +15,20 @@ namespace {
 /// looked at, with case. Not found: where the scan stopped, one past its last position.
 int64_t findTimeWindowKey(const ByteSource& rad) {
     const int64_t last = int64_t(rad.size()) - 10;
-    int64_t p = 1;
-    for (; p <= last; ++p) {
-        const uint64_t o = uint64_t(p - 1);
-        if (rad.u8(o) == 'T' && rad.u8(o + 4) == 'W' && rad.u8(o + 9) == 'W') return p;
+    // A header is a few hundred bytes, but nothing keeps a file from being large: it is read a
+    // chunk at a time, each chunk reaching the nine bytes past its last position a key spans.
+    constexpr int64_t kChunk = int64_t(64) << 10;
+    std::vector<uint8_t> chunk;
+    for (int64_t from = 1; from <= last; from += kChunk) {
+        const int64_t to = std::min(last, from + kChunk - 1);
+        chunk.resize(size_t(to - from) + 10);
+        rad.read(uint64_t(from - 1), chunk.data(), chunk.size());
+        for (int64_t p = from; p <= to; ++p) {
+            const uint8_t* k = chunk.data() + (p - from);
+            if (k[0] == 'T' && k[4] == 'W' && k[9] == 'W') return p;
+        }
     }
-    return p;
+    return std::max<int64_t>(1, last + 1);
 }
 
 void Rd3Header(ImportContext& ctx) {

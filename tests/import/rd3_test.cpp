@@ -70,6 +70,12 @@ TEST(Rd3Read, OnlyThreeLettersOfTheTimeWindowKeyAreTested) {
     // Lower-case letters do not match, so the real key is found.
     b.import(b.put(ramp(16), radText("8", "16", "ten wide w:32.0\r\n")));
     EXPECT_EQ(b.st.TimeWindowNs, 16.0);
+    // A long header is scanned 64 KiB at a time: the key's T at byte 65533, 65536 (its W's in
+    // the next stretch) and 65537.
+    for (size_t pad : {65501u, 65504u, 65505u}) {
+        b.import(b.put(ramp(16), radText("8", "16", std::string(pad, 'x') + "\r\n")));
+        EXPECT_EQ(b.st.TimeWindowNs, 16.0) << pad;
+    }
 }
 
 TEST(Rd3Read, TraceLengthIsFittedAndTheCountRoundsToNearest) {
