@@ -6,7 +6,6 @@
 #include "platform/files.h"
 #include "platform/numeric.h"
 
-#include <cctype>
 #include <initializer_list>
 #include <utility>
 
@@ -14,21 +13,30 @@ namespace kv {
 
 namespace {
 
-/// Scans the header from the 1-based position `from` for a key, given as (offset, letter)
-/// pairs tested on upper-cased bytes. Returns the key's position, or 0 when it is not there.
-/// The scan counts with a 16-bit position, so a header longer than that can hold fails.
-int64_t scanHd(const ByteSource& hd, int64_t from,
-               std::initializer_list<std::pair<int, char>> letters) {
-    const int64_t last = int64_t(hd.size()) - 10;
-    if (last > 32767) throw ReadError("Overflow");
-    // The header is short (checked just above): it is taken in one read, and the key's letters
-    // reach at most 16 bytes past its end, where a header reads as zeros.
+/// The header's bytes, taken in one read, with 16 zero bytes after them: a key's letters reach
+/// at most that far past its last position, where a header reads as zeros. The scans count with
+/// a 16-bit position, so a header longer than that can hold fails.
+std::vector<uint8_t> headerBytes(const ByteSource& hd) {
+    if (int64_t(hd.size()) - 10 > 32767) throw ReadError("Overflow");
     std::vector<uint8_t> bytes(size_t(hd.size()) + 16);
     hd.read(0, bytes.data(), bytes.size());
+    return bytes;
+}
+
+/// Upper case for the key letters, which are plain ASCII: the same in every locale.
+uint8_t upper(uint8_t c) {
+    return c >= 'a' && c <= 'z' ? uint8_t(c - ('a' - 'A')) : c;
+}
+
+/// Scans the header from the 1-based position `from` for a key, given as (offset, letter)
+/// pairs tested on upper-cased bytes. Returns the key's position, or 0 when it is not there.
+int64_t scanHd(const std::vector<uint8_t>& bytes, int64_t from,
+               std::initializer_list<std::pair<int, char>> letters) {
+    const int64_t last = int64_t(bytes.size()) - 16 - 10;
     for (int64_t p = std::max<int64_t>(from, 1); p <= last; ++p) {
         bool all = true;
         for (const auto& [off, ch] : letters) {
-            if (std::toupper(bytes[size_t(p - 1 + off)]) != ch) {
+            if (upper(bytes[size_t(p - 1 + off)]) != uint8_t(ch)) {
                 all = false;
                 break;
             }
@@ -47,9 +55,10 @@ double sixChars(const ByteSource& hd, int64_t pos) {
 void Dt1Header(ImportContext& ctx) {
     ProgramState& st = ctx.st;
     auto hd = ctx.open(st.HdPath);
+    const std::vector<uint8_t> bytes = headerBytes(*hd);
     // A key that is missing leaves its value position just past the start of the file, and
     // what is read from there is whatever stands there.
-    int64_t v = scanHd(*hd, 1,
+    int64_t v = scanHd(bytes, 1,
                        {{0, 'N'},
                         {1, 'U'},
                         {2, 'M'},
@@ -61,11 +70,11 @@ void Dt1Header(ImportContext& ctx) {
                         {15, 'S'}}) +
                 21; // NUMBER OF TRACES
     st.TraceCount = checkedInt32(sixChars(*hd, v));
-    v = scanHd(*hd, v, {{0, 'P'}, {1, 'T'}, {2, 'S'}, {3, '/'}, {4, 'T'}, {5, 'R'}, {6, 'C'}}) +
+    v = scanHd(bytes, v, {{0, 'P'}, {1, 'T'}, {2, 'S'}, {3, '/'}, {4, 'T'}, {5, 'R'}, {6, 'C'}}) +
         10; // PTS/TRC
     st.Dt1Samples = checkedInt32(sixChars(*hd, v));
     st.TraceLength = st.Dt1Samples;
-    v = scanHd(*hd, v,
+    v = scanHd(bytes, v,
                {{0, 'T'}, {1, 'I'}, {2, 'M'}, {3, 'E'}, {5, 'W'}, {6, 'I'}, {7, 'N'}, {8, 'D'}}) +
         14; // TIME WINDOW
     st.TimeWindowNs = sixChars(*hd, v);

@@ -4,6 +4,7 @@
 #include "platform/numeric.h"
 
 #include <cctype>
+#include <charconv>
 #include <cstring>
 #include <string_view>
 
@@ -92,6 +93,15 @@ double cellNumber(const std::string& text) {
         if (digits() == 0) throw ReadError("Type mismatch");
     }
     if (i != t.size()) throw ReadError("Type mismatch");
+    // A plain number without a plus sign (nearly every cell) reads the same straight through
+    // from_chars, as Val's own digits would, correctly rounded: Val is left for the rest, whose
+    // signs, exponents or ranges it treats in its own way. A short text cannot hold the leading
+    // zeros that would bring an exponent past Val's cap back into range.
+    if (t.size() <= 40 && t[0] != '+') {
+        double v = 0.0;
+        const auto r = std::from_chars(t.data(), t.data() + t.size(), v);
+        if (r.ec == std::errc() && r.ptr == t.data() + t.size()) return v == 0.0 ? 0.0 : v;
+    }
     return Val(t);
 }
 

@@ -1,10 +1,12 @@
 // Table recordings: CSV time/value pairs and the .dat/.hdr pair, each read into one trace.
 #include "commands/open.h"
 #include "import/text_lines.h"
+#include "platform/numeric.h"
 #include "support/test_home.h"
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <fstream>
 #include <random>
 #include <sstream>
@@ -74,6 +76,42 @@ TEST(CsvRows, QuotesCommasAndTrailingCommas) {
         csvRowFields(line, row);
         EXPECT_EQ(row, csvRowFields(line)) << line;
     }
+}
+
+TEST(CsvCells, ANumberCellReadsAsValReadsIt) {
+    // Random cells of every shape a table number may take, and some it may not: the cell's value
+    // must be Val's to the last bit, and a cell that is no number must fail.
+    std::mt19937 gen(5);
+    auto pick = [&](int n) { return int(gen() % unsigned(n)); };
+    auto digits = [&](int most) {
+        std::string d;
+        for (int k = pick(most + 1); k > 0; --k)
+            d += char('0' + pick(10));
+        return d;
+    };
+    for (int i = 0; i < 20000; ++i) {
+        std::string t = std::string(pick(3) ? "" : pick(2) ? "-" : "+") + digits(pick(4) ? 8 : 30);
+        if (pick(2)) t += "." + digits(pick(4) ? 6 : 40);
+        if (!pick(3))
+            t += std::string(pick(2) ? "e" : "E") +
+                 (pick(2)   ? ""
+                  : pick(2) ? "-"
+                            : "+") +
+                 digits(pick(6) ? 3 : 7);
+        if (!pick(20)) t = " " + t + "\t";
+        double want = 0.0;
+        bool number = true;
+        try {
+            want = cellNumber(t);
+        } catch (const std::exception&) {
+            number = false;
+        }
+        if (!number) continue;
+        EXPECT_EQ(std::bit_cast<uint64_t>(want), std::bit_cast<uint64_t>(Val(t))) << t;
+    }
+    EXPECT_EQ(std::bit_cast<uint64_t>(cellNumber("-0.000")), 0u) << "minus zero reads as zero";
+    EXPECT_THROW(cellNumber("1.5x"), std::exception);
+    EXPECT_THROW(cellNumber("1e"), std::exception);
 }
 
 TEST(TextLines, LinesEndAtLineFeedsCarriageReturnsOrBothAlsoAcrossTheReadChunks) {
