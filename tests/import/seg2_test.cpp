@@ -88,7 +88,9 @@ TEST(Seg2Header, TheIntervalKeyHasThreeFreeCharactersAndAWholeValue) {
          {Case{"sample___interval", " 100", 1e10}, Case{"SAMPLE123INTERVAL", "12.5", 1 / 12e-12},
           Case{"SAMPLE123INTERVAL", "13.5", 1 / 14e-12}, Case{"SAMxLxxxxxNxExxxL", "7", 1 / 7e-12},
           Case{"SAMPLE_INTERVAL", " 100", 0}, Case{"SAMPLE___INTERVAL", "0.4", 0},
-          Case{"SAMPLE___INTERVAL", "40000", 0}}) {
+          Case{"SAMPLE___INTERVAL", "40000", 0},
+          // Starts of a key in both cases before the real one.
+          Case{"sSssSSsAMPLE___INTERVAL", " 100", 1e10}}) {
         SCOPED_TRACE(c.key + c.value);
         auto layout = twoTraces(1);
         layout.key = c.key;
