@@ -3,6 +3,7 @@
 // values are taken from the header by scanning for a few letters of their keys, in any case.
 #include "import/reader.h"
 
+#include "import/key_scan.h"
 #include "platform/files.h"
 #include "platform/numeric.h"
 
@@ -23,27 +24,21 @@ std::vector<uint8_t> headerBytes(const ByteSource& hd) {
     return bytes;
 }
 
-/// Upper case for the key letters, which are plain ASCII: the same in every locale.
-uint8_t upper(uint8_t c) {
-    return c >= 'a' && c <= 'z' ? uint8_t(c - ('a' - 'A')) : c;
-}
-
 /// Scans the header from the 1-based position `from` for a key, given as (offset, letter)
-/// pairs tested on upper-cased bytes. Returns the key's position, or 0 when it is not there.
+/// pairs tested without case, the first at offset 0. Returns the key's position, or 0 when it is
+/// not there.
 int64_t scanHd(const std::vector<uint8_t>& bytes, int64_t from,
                std::initializer_list<std::pair<int, char>> letters) {
     const int64_t last = int64_t(bytes.size()) - 16 - 10;
-    for (int64_t p = std::max<int64_t>(from, 1); p <= last; ++p) {
-        bool all = true;
-        for (const auto& [off, ch] : letters) {
-            if (upper(bytes[size_t(p - 1 + off)]) != uint8_t(ch)) {
-                all = false;
-                break;
-            }
-        }
-        if (all) return p;
-    }
-    return 0;
+    const int64_t first = std::max<int64_t>(from, 1);
+    if (first > last) return 0;
+    const auto fits = [&](const uint8_t* at) {
+        return std::all_of(letters.begin() + 1, letters.end(),
+                           [at](const auto& l) { return sameLetter(at[l.first], l.second); });
+    };
+    const size_t n = size_t(last - first + 1);
+    const size_t at = findKey(bytes.data() + (first - 1), n, letters.begin()->second, fits);
+    return at < n ? first + int64_t(at) : 0;
 }
 
 /// Six characters from the 1-based position `pos` through Val.

@@ -1,26 +1,23 @@
 // SEG-2 recordings (.sg2), through two entries of the import dialog that differ only in the unit
 // of the sample interval: SEG-2 (seconds) and SPRScan ERA (picoseconds). The headers are read in
 // the byte order the file announces; the samples are always taken low byte first.
+#include "import/key_scan.h"
 #include "import/reader.h"
 #include "import/seismic_samples.h"
 
 #include "platform/numeric.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace kv {
 
 namespace {
 
-/// True when the 21 bytes at `w` have the shape SAMPLE???INTERVAL (letters compared upper-cased,
-/// only these seven of them tested).
+/// True when the 21 bytes at `w`, whose S stands already, have the shape SAMPLE???INTERVAL
+/// (letters compared without case, only seven of them tested).
 bool isIntervalKey(const uint8_t* w) {
-    // The key's letters compared without case, as plain ASCII in every locale: a byte with the
-    // 0x20 bit cleared is the capital of a letter.
-    auto is = [&](int i, char c) { return (w[i] & 0xDF) == uint8_t(c); };
-    return is(0, 'S') && is(1, 'A') && is(2, 'M') && is(4, 'L') && is(10, 'N') && is(12, 'E') &&
-           is(16, 'L');
+    auto is = [&](int i, char c) { return sameLetter(w[i], c); };
+    return is(1, 'A') && is(2, 'M') && is(4, 'L') && is(10, 'N') && is(12, 'E') && is(16, 'L');
 }
 
 /// The 1-based position of the first interval key, scanning positions 1 to length - 10. When
@@ -33,22 +30,8 @@ int64_t findIntervalKey(const ByteSource& src) {
     for (int64_t start = 1; start <= last; start += int64_t(kBlock)) {
         src.read(uint64_t(start - 1), buf.data(), buf.size());
         const int64_t n = std::min<int64_t>(int64_t(kBlock), last - start + 1);
-        // Only an S or an s starts a key: the candidates are found by memchr, the next of each
-        // case kept until the scan passes it.
-        const uint8_t* b = buf.data();
-        const uint8_t* end = b + n;
-        auto next = [&](const uint8_t* from, int c) {
-            const void* at = std::memchr(from, c, size_t(end - from));
-            return at ? static_cast<const uint8_t*>(at) : end;
-        };
-        const uint8_t* capital = next(b, 'S');
-        const uint8_t* small = next(b, 's');
-        for (const uint8_t* at = std::min(capital, small); at < end;
-             at = std::min(capital, small)) {
-            if (isIntervalKey(at)) return start + (at - b);
-            if (at == capital) capital = next(at + 1, 'S');
-            if (at == small) small = next(at + 1, 's');
-        }
+        const size_t at = findKey(buf.data(), size_t(n), 'S', isIntervalKey);
+        if (at < size_t(n)) return start + int64_t(at);
     }
     return std::max<int64_t>(1, last + 1);
 }
