@@ -79,6 +79,26 @@ void splitRow(const std::string& line, char sep, std::vector<std::string>& cells
         ++count;
         cell.clear();
     };
+    if (line.find('"') == std::string::npos) {
+        // No quotes (nearly every row): the cells are the runs between separators, trimmed.
+        size_t from = 0;
+        for (;;) {
+            const size_t to = std::min(line.find(sep, from), line.size());
+            if (count == cells.size()) cells.emplace_back();
+            const size_t b = line.find_first_not_of(" \t", from);
+            if (b >= to)
+                cells[count].clear();
+            else
+                cells[count].assign(line, b, line.find_last_not_of(" \t", to - 1) - b + 1);
+            ++count;
+            if (to == line.size()) break;
+            from = to + 1;
+        }
+        while (count > 0 && cells[count - 1].empty())
+            --count;
+        cells.resize(count);
+        return;
+    }
     bool quoted = false;
     for (size_t i = 0; i < line.size(); ++i) {
         const char c = line[i];

@@ -68,6 +68,9 @@ TEST(CsvStd, SeparatorsDecimalCommasAndQuotesAreRead) {
         {"tabs, CR LF", "Time\tCH1\r\n0\t0.5\r\n1e-3\t-1.25\r\n2e-3\t2\r\n3e-3\t0\r\n"},
         {"quoted cells", "\"Time (ms)\",\"CH \"\"A\"\"\"\n\"0\",\"0.5\"\n\"1\",\"-1.25\"\n"
                          "\"2\",\"2\"\n\"3\",\"0\"\n"},
+        {"blanks around cells, empty cells at the ends", "  Time ,  CH1  ,  \n 0 , 0.5 \n"
+                                                         "0.001,  -1.25  ,\n 0.002 ,2, , \n"
+                                                         "\"0.003\" , 0 ,, \n"},
         {"decimal commas in quotes", "\xEF\xBB\xBFTime,CH1\n\"0\",\"0,5\"\n\"0,001\",\"-1,25\"\n"
                                      "\"0,002\",\"2\"\n\"0,003\",\"0\"\n"},
     };
