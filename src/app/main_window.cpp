@@ -185,28 +185,28 @@ void MainWindow::buildMenus() {
     std::map<std::string, QMenu*> menus;
     for (const auto& e : cmd_.menus()) {
         const QString caption = QString::fromStdString(e.caption);
+        const std::string name(e.name), parent(e.parent);
         const bool hasChildren =
             std::any_of(cmd_.menus().begin(), cmd_.menus().end(),
                         [&](const MenuEntry& c) { return c.parent == e.name; });
-        QMenu* parentMenu = e.parent.empty() ? nullptr : menus[e.parent];
+        QMenu* parentMenu = e.parent.empty() ? nullptr : menus[parent];
         if (hasChildren) {
             QMenu* m = parentMenu ? parentMenu->addMenu(caption) : new QMenu(caption, this);
-            m->setObjectName(QString::fromStdString(e.name));
+            m->setObjectName(QString::fromStdString(name));
             if (!parentMenu && e.visible) menuBar()->addMenu(m);
-            if (!parentMenu && !e.visible) popups_[e.name] = m;
-            menus[e.name] = m;
-            menuActions_[e.name] = m->menuAction();
+            if (!parentMenu && !e.visible) popups_[name] = m;
+            menus[name] = m;
+            menuActions_[name] = m->menuAction();
             continue;
         }
         if (!parentMenu) continue;
         QAction* a = e.caption == "-" ? parentMenu->addSeparator() : parentMenu->addAction(caption);
-        a->setObjectName(QString::fromStdString(e.name));
-        a->setCheckable(checkableMenus().count(e.name) != 0);
-        if (auto it = menuShortcuts().find(e.name); it != menuShortcuts().end())
+        a->setObjectName(QString::fromStdString(name));
+        a->setCheckable(checkableMenus().count(name) != 0);
+        if (auto it = menuShortcuts().find(name); it != menuShortcuts().end())
             a->setShortcut(it->second);
-        menuActions_[e.name] = a;
+        menuActions_[name] = a;
         if (e.caption == "-") continue;
-        const std::string name = e.name;
         connect(a, &QAction::triggered, this, [this, name] { onMenu(name); });
     }
 }
@@ -227,9 +227,10 @@ void MainWindow::buildToolbar() {
             toolActions_[b.number] = t->addSeparator();
             continue;
         }
-        QAction* a = t->addAction(iconForKey(b.key), QString::fromStdString(b.key));
+        const std::string key(b.key);
+        QAction* a = t->addAction(iconForKey(key), QString::fromStdString(key));
         a->setObjectName(QStringLiteral("tb%1").arg(b.number));
-        a->setToolTip(QString::fromStdString(b.tip));
+        a->setToolTip(QString::fromStdString(std::string(b.tip)));
         a->setCheckable(b.toggle);
         if (auto it = toolShortcuts().find(b.number); it != toolShortcuts().end())
             a->setShortcut(it->second);
@@ -362,7 +363,7 @@ void MainWindow::syncPanels() {
 
 void MainWindow::syncFromModel() {
     for (const auto& e : cmd_.menus()) {
-        QAction* a = menuAction(e.name);
+        QAction* a = menuAction(std::string(e.name));
         if (!a) continue;
         a->setEnabled(e.enabled && e.available);
         if (a->isCheckable()) a->setChecked(e.checked);

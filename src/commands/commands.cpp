@@ -401,7 +401,7 @@ void pressButton(Workbench& wb, int number) {
     if (b.key.empty() || !b.visible || !b.enabled || !b.available) return;
     if (b.toggle) b.down = !b.down;
     // Copy: a command may rebuild the toolbar state while it runs.
-    const std::string key = b.key;
+    const std::string key(b.key);
     TB_event9(wb, key);
 }
 

@@ -194,9 +194,9 @@ const char* const kNotYetBuiltMenus[] = {
 namespace {
 
 /// Where each entry of kMenus stands, by name.
-const std::unordered_map<std::string, size_t>& menuIndex() {
-    static const std::unordered_map<std::string, size_t> index = [] {
-        std::unordered_map<std::string, size_t> by;
+const std::unordered_map<std::string_view, size_t>& menuIndex() {
+    static const std::unordered_map<std::string_view, size_t> index = [] {
+        std::unordered_map<std::string_view, size_t> by;
         size_t at = 0;
         for (const auto& d : kMenus)
             by[d.name] = at++;
@@ -230,15 +230,15 @@ CommandState::CommandState() : index_(&menuIndex()) {
         menu(m).available = false;
 }
 
-MenuEntry& CommandState::menu(const std::string& name) {
+MenuEntry& CommandState::menu(std::string_view name) {
     auto it = index_->find(name);
-    if (it == index_->end()) throw std::out_of_range("no menu entry " + name);
+    if (it == index_->end()) throw std::out_of_range("no menu entry " + std::string(name));
     return menus_[it->second];
 }
 
-const MenuEntry& CommandState::menu(const std::string& name) const {
+const MenuEntry& CommandState::menu(std::string_view name) const {
     auto it = index_->find(name);
-    if (it == index_->end()) throw std::out_of_range("no menu entry " + name);
+    if (it == index_->end()) throw std::out_of_range("no menu entry " + std::string(name));
     return menus_[it->second];
 }
 

@@ -6,15 +6,18 @@
 #include <array>
 #include <map>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
 namespace kv {
 
+// The names, keys and tips are the program's own constant texts: views of them, so that a copy
+// of the whole command state (every undo of a failed open takes one) copies only what changes.
 struct MenuEntry {
-    std::string name;    // control name, e.g. "mnuOpen"
-    std::string parent;  // control name of the parent menu, "" for the menu bar
-    std::string caption; // "&File", "Import", "-" for a separator
+    std::string_view name;   // control name, e.g. "mnuOpen"
+    std::string_view parent; // control name of the parent menu, "" for the menu bar
+    std::string caption;     // "&File", "Import", "-" for a separator
     bool enabled = true;
     bool checked = false;
     bool visible = true;
@@ -24,10 +27,10 @@ struct MenuEntry {
 };
 
 struct ToolButton {
-    int number = 0;      // 1..105
-    std::string key;     // "" for separators and spacers
-    std::string tip;     // tool tip
-    bool toggle = false; // stays down when pressed
+    int number = 0;       // 1..105
+    std::string_view key; // "" for separators and spacers
+    std::string_view tip; // tool tip
+    bool toggle = false;  // stays down when pressed
     bool visible = true;
     bool enabled = true;
     bool down = false;
@@ -41,13 +44,13 @@ class CommandState {
     // Menus ---------------------------------------------------------------------------------
     /// All entries in menu order (parents before children).
     const std::vector<MenuEntry>& menus() const { return menus_; }
-    MenuEntry& menu(const std::string& name);
-    const MenuEntry& menu(const std::string& name) const;
-    bool hasMenu(const std::string& name) const { return index_->count(name) != 0; }
-    void enable(const std::string& name, bool on = true) { menu(name).enabled = on; }
-    void check(const std::string& name, bool on = true) { menu(name).checked = on; }
-    bool enabled(const std::string& name) const { return menu(name).enabled; }
-    bool checked(const std::string& name) const { return menu(name).checked; }
+    MenuEntry& menu(std::string_view name);
+    const MenuEntry& menu(std::string_view name) const;
+    bool hasMenu(std::string_view name) const { return index_->count(name) != 0; }
+    void enable(std::string_view name, bool on = true) { menu(name).enabled = on; }
+    void check(std::string_view name, bool on = true) { menu(name).checked = on; }
+    bool enabled(std::string_view name) const { return menu(name).enabled; }
+    bool checked(std::string_view name) const { return menu(name).checked; }
 
     // Toolbar -------------------------------------------------------------------------------
     static constexpr int kButtons = 105;
@@ -82,7 +85,7 @@ class CommandState {
     // Hashed: the commands look entries up by name many times an action. The entries and their
     // order are the same in every CommandState, so all of them share one index, and copying a
     // state (as every fuzz execution and every undo of a failed open does) copies no table.
-    const std::unordered_map<std::string, size_t>* index_;
+    const std::unordered_map<std::string_view, size_t>* index_;
     std::array<ToolButton, kButtons> buttons_{};
     std::array<std::string, kPanels> panels_{};
 };
