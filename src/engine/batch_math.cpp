@@ -336,7 +336,24 @@ void foldColumns(const float* disp, int32_t count, int32_t b, float* val, int32_
                 bin[c] = -1;
                 continue;
             }
-            const int32_t at = lastMaxAt(d, b);
+            // The largest number first, eight lanes at a time, then its last place from the
+            // column's end: the place a running search ends on, of equal values (zeros of
+            // either sign among them) the last. Both passes stay within this clone.
+            F8 m = KV_SPLAT8(-std::numeric_limits<float>::infinity());
+            int32_t i = 0;
+            for (; i + 8 <= b; i += 8) {
+                F8 x;
+                std::memcpy(&x, d + i, sizeof x);
+                m = x > m ? x : m;
+            }
+            float top = m[0];
+            for (int k = 1; k < 8; ++k)
+                top = m[k] > top ? m[k] : top;
+            for (; i < b; ++i)
+                top = d[i] > top ? d[i] : top;
+            int32_t at = b - 1;
+            while (!(d[at] == top))
+                --at;
             val[c] = d[at];
             bin[c] = int32_t(int64_t(c) * b + at);
         }

@@ -56,7 +56,7 @@ void referenceFold(const ProgramState& st, std::vector<float>& val, std::vector<
 TEST(VectorPaths, ColumnFoldsMatchTheRunningSearchForEveryWidth) {
     const int32_t bins = 1000;
     // Two bins a column, one, a few, and many; with and without NaNs at column starts.
-    for (int32_t columns : {400, 1001, 150, 40})
+    for (int32_t columns : {400, 1001, 150, 40, 15})
         for (bool withNaN : {false, true}) {
             ProgramState st;
             st.FullScalePos = 100.0f;
