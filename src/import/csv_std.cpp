@@ -128,12 +128,15 @@ void splitRow(const std::string& line, char sep, std::vector<std::string>& cells
 /// A cell as a number: an optional sign, digits with a decimal point or comma, an optional
 /// exponent, nothing else. Texts such as "inf" or "NaN" are not numbers here.
 std::optional<double> cellValue(const std::string& cell) {
-    // Rewritten in a buffer of its own that keeps its room from cell to cell.
-    thread_local std::string t;
-    t = cell;
-    if (t.find('.') == std::string::npos && std::count(t.begin(), t.end(), ',') == 1)
-        std::replace(t.begin(), t.end(), ',', '.');
-    if (!t.empty() && t[0] == '+') t.erase(0, 1);
+    // Read in place; only a decimal comma is rewritten, in a buffer that keeps its room.
+    std::string_view t = cell;
+    if (t.find('.') == std::string_view::npos && std::count(t.begin(), t.end(), ',') == 1) {
+        thread_local std::string pointed;
+        pointed = cell;
+        std::replace(pointed.begin(), pointed.end(), ',', '.');
+        t = pointed;
+    }
+    if (!t.empty() && t[0] == '+') t.remove_prefix(1);
     const size_t lead = (!t.empty() && t[0] == '-') ? 1 : 0;
     if (t.size() <= lead) return std::nullopt;
     if (!std::isdigit(static_cast<unsigned char>(t[lead])) && t[lead] != '.') return std::nullopt;
@@ -154,6 +157,8 @@ bool allNumbers(const std::vector<std::string>& cells) {
 std::optional<double> preambleInterval(const std::vector<std::vector<std::string>>& rows) {
     for (size_t r = 0; r < rows.size(); ++r) {
         for (size_t i = 0; i < rows[r].size(); ++i) {
+            // The shortest of the names below, "interval", has eight letters.
+            if (rows[r][i].size() < 8) continue;
             const std::string label = lower(rows[r][i]);
             const bool interval = label.find("increment") != std::string::npos ||
                                   label.find("interval") != std::string::npos ||
