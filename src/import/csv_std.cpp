@@ -67,59 +67,50 @@ void splitRow(const std::string& line, char sep, std::vector<std::string>& cells
     // The cells keep their room from one row to the next: a long table is split without an
     // allocation a cell.
     size_t count = 0;
-    thread_local std::string cell;
-    cell.clear();
-    auto finish = [&] {
+    // text[from, to) trimmed of blanks, as the next cell.
+    auto put = [&](const std::string& text, size_t from, size_t to) {
         if (count == cells.size()) cells.emplace_back();
-        const size_t b = cell.find_first_not_of(" \t");
-        if (b == std::string::npos)
+        const size_t b = text.find_first_not_of(" \t", from);
+        if (b >= to)
             cells[count].clear();
         else
-            cells[count].assign(cell, b, cell.find_last_not_of(" \t") - b + 1);
+            cells[count].assign(text, b, text.find_last_not_of(" \t", to - 1) - b + 1);
         ++count;
-        cell.clear();
     };
     if (line.find('"') == std::string::npos) {
-        // No quotes (nearly every row): the cells are the runs between separators, trimmed.
-        size_t from = 0;
-        for (;;) {
+        // No quotes (nearly every row): the cells are the runs between separators.
+        for (size_t from = 0;;) {
             const size_t to = std::min(line.find(sep, from), line.size());
-            if (count == cells.size()) cells.emplace_back();
-            const size_t b = line.find_first_not_of(" \t", from);
-            if (b >= to)
-                cells[count].clear();
-            else
-                cells[count].assign(line, b, line.find_last_not_of(" \t", to - 1) - b + 1);
-            ++count;
+            put(line, from, to);
             if (to == line.size()) break;
             from = to + 1;
         }
-        while (count > 0 && cells[count - 1].empty())
-            --count;
-        cells.resize(count);
-        return;
-    }
-    bool quoted = false;
-    for (size_t i = 0; i < line.size(); ++i) {
-        const char c = line[i];
-        if (quoted) {
-            if (c == '"' && i + 1 < line.size() && line[i + 1] == '"') {
-                cell.push_back('"');
-                ++i;
+    } else {
+        thread_local std::string cell;
+        cell.clear();
+        bool quoted = false;
+        for (size_t i = 0; i < line.size(); ++i) {
+            const char c = line[i];
+            if (quoted) {
+                if (c == '"' && i + 1 < line.size() && line[i + 1] == '"') {
+                    cell.push_back('"');
+                    ++i;
+                } else if (c == '"') {
+                    quoted = false;
+                } else {
+                    cell.push_back(c);
+                }
             } else if (c == '"') {
-                quoted = false;
+                quoted = true;
+            } else if (c == sep) {
+                put(cell, 0, cell.size());
+                cell.clear();
             } else {
                 cell.push_back(c);
             }
-        } else if (c == '"') {
-            quoted = true;
-        } else if (c == sep) {
-            finish();
-        } else {
-            cell.push_back(c);
         }
+        put(cell, 0, cell.size());
     }
-    finish();
     while (count > 0 && cells[count - 1].empty())
         --count;
     cells.resize(count);

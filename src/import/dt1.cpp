@@ -14,12 +14,15 @@ namespace kv {
 
 namespace {
 
-/// The header's bytes, taken in one read, with 16 zero bytes after them: a key's letters reach
-/// at most that far past its last position, where a header reads as zeros. The scans count with
-/// a 16-bit position, so a header longer than that can hold fails.
+/// How far past a scan position a key's letters reach at most.
+constexpr size_t kKeyReach = 16;
+
+/// The header's bytes, taken in one read, with kKeyReach zero bytes after them: past its end a
+/// header reads as zeros. The scans count with a 16-bit position, so a header longer than that
+/// can hold fails.
 std::vector<uint8_t> headerBytes(const ByteSource& hd) {
     if (int64_t(hd.size()) - 10 > 32767) throw ReadError("Overflow");
-    std::vector<uint8_t> bytes(size_t(hd.size()) + 16);
+    std::vector<uint8_t> bytes(size_t(hd.size()) + kKeyReach);
     hd.read(0, bytes.data(), bytes.size());
     return bytes;
 }
@@ -29,7 +32,7 @@ std::vector<uint8_t> headerBytes(const ByteSource& hd) {
 /// not there.
 int64_t scanHd(const std::vector<uint8_t>& bytes, int64_t from,
                std::initializer_list<std::pair<int, char>> letters) {
-    const int64_t last = int64_t(bytes.size()) - 16 - 10;
+    const int64_t last = int64_t(bytes.size() - kKeyReach) - 10;
     const int64_t first = std::max<int64_t>(from, 1);
     if (first > last) return 0;
     const auto fits = [&](const uint8_t* at) {
