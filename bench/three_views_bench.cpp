@@ -65,7 +65,21 @@ void BM_SpectrumAndOscope(benchmark::State& state) {
 void BM_SpectrumAndPhase(benchmark::State& state) {
     playWith(state, false, true);
 }
+/// The same with both pictures looked at after every trace, as if the screen showed every one:
+/// their pixels are written each time rather than when the screen next shows them.
+void BM_ThreeViewsShownEveryTrace(benchmark::State& state) {
+    Fixture& f = fixture();
+    f.showOthers(true, true);
+    for (auto _ : state) {
+        f.form.HS_Change(f.next());
+        benchmark::DoNotOptimize(std::as_const(*f.oscope).picGraph().image().constBits());
+        benchmark::DoNotOptimize(std::as_const(*f.phase).picF().image().constBits());
+    }
+    f.showOthers(false, false);
+    state.SetItemsProcessed(state.iterations());
+}
 BENCHMARK(BM_SpectrumOnly)->MinTime(2.0);
+BENCHMARK(BM_ThreeViewsShownEveryTrace)->MinTime(1.0);
 BENCHMARK(BM_ThreeViews)->MinTime(2.0);
 BENCHMARK(BM_SpectrumAndOscope)->MinTime(1.0);
 BENCHMARK(BM_SpectrumAndPhase)->MinTime(1.0);

@@ -27,6 +27,9 @@ def report(title, rate):
     print("engine only:                             %8.0f traces/s" % engine)
     print("three views / Spectrum only rate:        %8.2f" % (three / only_spectrum))
     print("extra views' cost / Spectrum view's cost: %8.2f (goal < 1)" % (extra / spectrum_view))
+    shown = 1 / rate["BM_ThreeViewsShownEveryTrace"] - 1 / only_spectrum
+    print("the same, both pictures read every trace: %8.2f (pixels written every trace)"
+          % (shown / spectrum_view))
     for name, label in (("BM_SpectrumAndOscope", "O-scope"), ("BM_SpectrumAndPhase", "Phase")):
         own = 1 / rate[name] - 1 / only_spectrum
         print("%-7s alone: its cost / Spectrum view's:   %8.2f" % (label, own / spectrum_view))

@@ -20,72 +20,75 @@ using line::floorDiv;
 
 // ---- Spans -------------------------------------------------------------------------------------
 
-// An empty column holds the largest top and the smallest bottom, so taking the smaller top and
-// the larger bottom needs no test for it; nor does anything else, as which pieces come to a
-// fresh column changes at random along a trace.
-inline bool CurveSpans::add(int x, int64_t row1, int64_t row2) {
-    const int32_t a = int32_t(std::min(row1, row2)), b = int32_t(std::max(row1, row2));
-    int32_t& top = top_[size_t(x)];
-    int32_t& bottom = bottom_[size_t(x)];
-    // A curve that never goes left reaches each column's pixels one after another, so a new
-    // piece always touches what the column has; anything else cannot be told as one run.
-    const bool ok =
-        (top > bottom) | ((int64_t(a) <= int64_t(bottom) + 1) & (int64_t(b) >= int64_t(top) - 1));
-    top = std::min(top, a);
-    bottom = std::max(bottom, b);
-    return ok;
-}
+namespace {
 
-bool CurveSpans::build(const QPoint* points, size_t count, int width, int height) {
-    top_.assign(size_t(std::max(width, 0)), std::numeric_limits<int32_t>::max());
-    bottom_.assign(size_t(std::max(width, 0)), std::numeric_limits<int32_t>::min());
-    height_ = std::max(height, 0);
-    const int w = width, h = height_;
-    for (size_t k = 1; k < count; ++k) {
-        const int x1 = points[k - 1].x(), y1 = points[k - 1].y();
-        const int x2 = points[k].x(), y2 = points[k].y();
-        // Most segments of a trace drawn about a point a pixel lie inside the picture and move
-        // right by at most two columns.
-        const bool inside = x1 >= 0 && x2 < w && y1 >= 0 && y1 < h && y2 >= 0 && y2 < h && x2 >= x1;
-        if (!(inside && x2 - x1 <= 2 ? addShortSegment(x1, y1, x2 - x1, y2 - y1)
-                                     : addSegment(x1, y1, x2, y2)))
-            return false;
+/// The runs of a curve as its pieces come in. A curve that never goes left reaches the columns
+/// in order and each column's pixels one after another, so the column being filled is the only
+/// one that can still grow: its run is kept here (in registers, as long as nothing takes this
+/// object's address) and written through to the arrays. A column left behind is never visited
+/// again, and a new piece always touches what its column has; anything else cannot be told as
+/// one run and clears `ok`.
+struct RunBuilder {
+    int32_t* top;
+    int32_t* bottom;
+    int64_t width, height;
+    int column = -1;
+    int32_t first = std::numeric_limits<int32_t>::max(), last = std::numeric_limits<int32_t>::min();
+    bool ok = true;
+
+    // No branches: which pieces come to a fresh column changes at random along a trace.
+    void add(int x, int64_t row1, int64_t row2) {
+        const int32_t a = int32_t(std::min(row1, row2)), b = int32_t(std::max(row1, row2));
+        const bool fresh = x != column;
+        first = fresh ? std::numeric_limits<int32_t>::max() : first;
+        last = fresh ? std::numeric_limits<int32_t>::min() : last;
+        column = x;
+        ok &= (first > last) |
+              ((int64_t(a) <= int64_t(last) + 1) & (int64_t(b) >= int64_t(first) - 1));
+        first = std::min(first, a);
+        last = std::max(last, b);
+        top[x] = first;
+        bottom[x] = last;
     }
-    return true;
-}
+};
 
 // addSegment's pixels for a segment inside the picture that moves right by at most two columns,
 // with its divisions worked out by hand: the minor coordinate at step t is
 // floor((2 d t + n) / 2n), and along a steep segment column x1 + j starts at step
 // ceil((2j - 1) n / 2dx).
-bool CurveSpans::addShortSegment(int x1, int y1, int dx, int dy) {
+inline void addShortSegment(RunBuilder& r, int x1, int y1, int dx, int dy) {
     const int n = std::abs(dy), s = dy > 0 ? 1 : -1;
     if (n <= dx) {
-        if (dx == 0) return true; // a single point paints nothing
-        if (!add(x1, y1, y1)) return false;
-        if (dx == 1) return true;
+        if (dx == 0) return; // a single point paints nothing
+        r.add(x1, y1, y1);
+        if (dx == 1) return;
         const int row = y1 + ((dy + 1) >> 1);
-        return add(x1 + 1, row, row);
+        r.add(x1 + 1, row, row);
+        return;
     }
-    if (dx == 0) return add(x1, y1, y1 + s * (n - 1));
+    if (dx == 0) return r.add(x1, y1, y1 + s * (n - 1));
     // The steps each column holds, as [from, to).
     const auto column = [&](int j, int from, int to) {
-        return from >= to || add(x1 + j, y1 + s * from, y1 + s * (to - 1));
+        if (from < to) r.add(x1 + j, y1 + s * from, y1 + s * (to - 1));
     };
     if (dx == 1) {
         const int half = (n + 1) >> 1;
-        return column(0, 0, half) && column(1, half, n);
+        column(0, 0, half);
+        column(1, half, n);
+        return;
     }
     const int quarter = (n + 3) >> 2, threeQuarters = (3 * n + 3) >> 2;
-    return column(0, 0, quarter) && column(1, quarter, threeQuarters) &&
-           column(2, threeQuarters, n);
+    column(0, 0, quarter);
+    column(1, quarter, threeQuarters);
+    column(2, threeQuarters, n);
 }
 
 // The pixels of one segment as the surface's line paints them: the major axis walked from t = 0
 // to n - 1, the minor coordinate at step t the start plus floor((2 d t + n) / 2n). Instead of
 // walking a steep segment pixel by pixel, each column's first and last step are worked out.
-bool CurveSpans::addSegment(int x1, int y1, int x2, int y2) {
-    const int64_t w = int64_t(top_.size()), h = height_;
+// False for a segment that goes left.
+bool addSegment(RunBuilder& r, int x1, int y1, int x2, int y2) {
+    const int64_t w = r.width, h = r.height;
     const int64_t ax = clampCoord(x1), ay = clampCoord(y1);
     const int64_t dx = clampCoord(x2) - ax, dy = clampCoord(y2) - ay;
     if (dx == 0 && dy == 0) return true;
@@ -98,16 +101,16 @@ bool CurveSpans::addSegment(int x1, int y1, int x2, int y2) {
         const int64_t den = 2 * n, step = 2 * dy;
         const int64_t num = step * t0 + n;
         const int64_t q = floorDiv(num, den);
-        int64_t r = num - q * den;
+        int64_t rem = num - q * den;
         int64_t b = ay + q;
         for (int64_t t = t0; t <= t1; ++t) {
-            if (b >= 0 && b < h && !add(int(ax + t), b, b)) return false;
-            r += step;
-            if (r >= den) {
-                r -= den;
+            if (b >= 0 && b < h) r.add(int(ax + t), b, b);
+            rem += step;
+            if (rem >= den) {
+                rem -= den;
                 ++b;
-            } else if (r < 0) {
-                r += den;
+            } else if (rem < 0) {
+                rem += den;
                 --b;
             }
         }
@@ -124,7 +127,10 @@ bool CurveSpans::addSegment(int x1, int y1, int x2, int y2) {
         t1 = std::min(t1, ay);
     }
     if (t0 > t1) return true;
-    if (dx == 0) return ax < 0 || ax >= w || add(int(ax), ay + s * t0, ay + s * t1);
+    if (dx == 0) {
+        if (ax >= 0 && ax < w) r.add(int(ax), ay + s * t0, ay + s * t1);
+        return true;
+    }
     const int64_t den = 2 * n, step = 2 * dx;
     // Column ax + j holds the steps from first(j) to first(j + 1) - 1, worked out column by
     // column. Most steep segments move one or two columns: dividing by a power of two is a
@@ -141,10 +147,38 @@ bool CurveSpans::addSegment(int x1, int y1, int x2, int y2) {
     for (int64_t from = j == 0 ? t0 : std::max(t0, first(j)); from <= t1 && ax + j < w; ++j) {
         const int64_t next = first(j + 1);
         const int64_t to = std::min(t1, next - 1);
-        if (from <= to && !add(int(ax + j), ay + s * from, ay + s * to)) return false;
+        if (from <= to) r.add(int(ax + j), ay + s * from, ay + s * to);
         from = std::max(t0, next);
     }
     return true;
+}
+
+} // namespace
+
+// An empty column holds the largest top and the smallest bottom, so taking the smaller top and
+// the larger bottom needs no test for it.
+bool CurveSpans::build(const QPoint* points, size_t count, int width, int height) {
+    top_.assign(size_t(std::max(width, 0)), std::numeric_limits<int32_t>::max());
+    bottom_.assign(size_t(std::max(width, 0)), std::numeric_limits<int32_t>::min());
+    const int w = width, h = std::max(height, 0);
+    RunBuilder r{top_.data(), bottom_.data(), int64_t(top_.size()), h};
+    for (size_t k = 1; k < count; ++k) {
+        const int x1 = points[k - 1].x(), y1 = points[k - 1].y();
+        const int x2 = points[k].x(), y2 = points[k].y();
+        // Most segments of a trace drawn about a point a pixel lie inside the picture and move
+        // right by at most two columns.
+        const bool inside = x1 >= 0 && x2 < w && y1 >= 0 && y1 < h && y2 >= 0 && y2 < h && x2 >= x1;
+        if (inside && x2 - x1 <= 2) {
+            addShortSegment(r, x1, y1, x2 - x1, y2 - y1);
+        } else {
+            // Through a copy, so that the builder's address is never taken and it stays in
+            // registers on the common path above.
+            RunBuilder slow = r;
+            if (!addSegment(slow, x1, y1, x2, y2)) return false;
+            r = slow;
+        }
+    }
+    return r.ok;
 }
 
 // ---- Repainting --------------------------------------------------------------------------------
@@ -221,48 +255,109 @@ inline void fillColumn(QRgb* column, int64_t stride, int32_t from, int32_t to, Q
 
 } // namespace
 
+void CurveRepaint::noteCovered(const CurveSpans& spans) {
+    for (int x = 0; x < spans.width(); ++x) {
+        const int32_t a = spans.top(x), b = spans.bottom(x);
+        if (a > b) continue;
+        uint64_t* column = covered_.data() + size_t(x) * wordsPerColumn_;
+        const size_t first = size_t(a) >> 6, last = size_t(b) >> 6;
+        // Within one word or across several alike, without a branch on which.
+        const uint64_t from = ~0ull << (a & 63), to = ~0ull >> (63 - (b & 63));
+        const uint64_t one = first == last ? ~0ull : 0;
+        column[first] |= from & (to | ~one);
+        column[last] |= to & (from | ~one);
+        for (size_t k = first + 1; k < last; ++k)
+            column[k] = ~0ull;
+    }
+}
+
 bool CurveRepaint::repaint(Surface& g, const QPoint* points, size_t n) {
     const int w = g.width(), h = g.height();
     if (!spansKnown_ || !buildBackdrop(w, h) || !next_.build(points, n, w, h)) return false;
-    QImage& img = g.image();
-    QRgb* bits = reinterpret_cast<QRgb*>(img.bits());
-    const int64_t stride = img.bytesPerLine() / int64_t(sizeof(QRgb));
-    const QRgb line = scene_.line | 0xFF000000u, back = scene_.back | 0xFF000000u,
-               grid = scene_.grid | 0xFF000000u;
-    const int32_t* nextGridRow = nextGridRow_.data();
-    for (int x = 0; x < w; ++x) {
-        const int32_t a = spans_.top(x), b = spans_.bottom(x);
-        const int32_t c = next_.top(x), d = next_.bottom(x);
-        QRgb* column = bits + x;
-        const bool gridColumn = gridColumn_[size_t(x)] != 0;
-        // What the grid leaves where the old curve was and the new one is not: the column's
-        // colour, then the few grid rows over it.
-        const auto restore = [&](int32_t from, int32_t to) {
-            if (from > to) return;
-            fillColumn(column, stride, from, to, gridColumn ? grid : back);
-            if (!gridColumn)
-                for (int32_t y = nextGridRow[from]; y <= to; y = nextGridRow[y + 1])
-                    column[y * stride] = grid;
-        };
-        if (c > d) {
-            restore(a, b);
-        } else if (a > b || b < c || d < a) {
-            restore(a, b);
-            fillColumn(column, stride, c, d, line);
-        } else {
-            restore(a, c - 1);
-            restore(d + 1, b);
-            if (c < a) fillColumn(column, stride, c, a - 1, line);
-            if (b < d) fillColumn(column, stride, b + 1, d, line);
+    if (owedOn_ != &g) {
+        if (owedOn_) owedOn_->settle();
+        // Nothing owed yet: the picture holds the remembered curve.
+        std::swap(shown_, spans_);
+        replaced_ = 0;
+        g.owe(this);
+        owedOn_ = &g;
+    } else {
+        // Another curve replaced before anyone looked: the pixels every replaced curve covered
+        // are noted one by one from now on, starting with the one the picture holds.
+        if (replaced_ == 1) {
+            wordsPerColumn_ = (size_t(h) + 63) / 64;
+            covered_.assign(size_t(w) * wordsPerColumn_, 0);
+            noteCovered(shown_);
         }
+        noteCovered(spans_);
     }
+    ++replaced_;
     std::swap(spans_, next_);
     drawn_.assign(points, points + n);
     repainted_ = true;
     return true;
 }
 
+void CurveRepaint::settle(QImage& img) {
+    owedOn_ = nullptr;
+    QRgb* bits = reinterpret_cast<QRgb*>(img.bits());
+    const int64_t stride = img.bytesPerLine() / int64_t(sizeof(QRgb));
+    const QRgb line = scene_.line | 0xFF000000u, back = scene_.back | 0xFF000000u,
+               grid = scene_.grid | 0xFF000000u;
+    const int32_t* nextGridRow = nextGridRow_.data();
+    const int w = spans_.width();
+    for (int x = 0; x < w; ++x) {
+        const int32_t a = shown_.top(x), b = shown_.bottom(x);
+        const int32_t c = spans_.top(x), d = spans_.bottom(x);
+        QRgb* column = bits + x;
+        const bool gridColumn = gridColumn_[size_t(x)] != 0;
+        const QRgb restored = gridColumn ? grid : back;
+        if (replaced_ == 1) {
+            // One curve replaced by the next: what the grid leaves where the old curve was and
+            // the new one is not, the column's colour and then the few grid rows over it.
+            const auto restore = [&](int32_t from, int32_t to) {
+                if (from > to) return;
+                fillColumn(column, stride, from, to, restored);
+                if (!gridColumn)
+                    for (int32_t y = nextGridRow[from]; y <= to; y = nextGridRow[y + 1])
+                        column[y * stride] = grid;
+            };
+            if (c > d || b < c || d < a) {
+                restore(a, b);
+            } else {
+                restore(a, c - 1);
+                restore(d + 1, b);
+            }
+        } else {
+            // Every pixel an old curve covered and the newest does not.
+            const uint64_t* covered = covered_.data() + size_t(x) * wordsPerColumn_;
+            for (size_t k = 0; k < wordsPerColumn_; ++k) {
+                uint64_t word = covered[k];
+                const int32_t row0 = int32_t(k * 64);
+                if (c <= d && c < row0 + 64 && d >= row0) {
+                    const int lo = std::max(c - row0, 0), hi = std::min(d - row0, 63);
+                    word &= ~((~0ull << lo) & (~0ull >> (63 - hi)));
+                }
+                for (; word != 0; word &= word - 1) {
+                    const int32_t y = row0 + std::countr_zero(word);
+                    column[y * stride] = gridRow_[size_t(y)] ? grid : restored;
+                }
+            }
+        }
+        // The newest curve where the picture does not show it yet.
+        if (c > d) continue;
+        if (a > b || b < c || d < a) {
+            fillColumn(column, stride, c, d, line);
+        } else {
+            if (c < a) fillColumn(column, stride, c, a - 1, line);
+            if (b < d) fillColumn(column, stride, b + 1, d, line);
+        }
+    }
+}
+
 void CurveRepaint::remember(const Surface& g, CurveScene scene, const QPoint* points, size_t n) {
+    // What is owed was worked out with the remembered curve and scene.
+    if (owedOn_ && (!repainted_ || !(scene == scene_))) owedOn_->settle();
     // After repaint() the spans are those of this curve already.
     if (!repainted_) {
         drawn_.assign(points, points + n);

@@ -8,6 +8,12 @@
 // and everything else as it stood. CurveRepaint writes exactly that, and only where it changes,
 // as long as the picture still holds what its last draw left there; otherwise the view draws
 // the long way and the result is the same to the pixel.
+//
+// During playback a view draws many traces for every one the screen shows, so the pixels are
+// not written when a trace is drawn: the surface is told they are owed and has them written when
+// someone reads it or paints on it. Until then each draw only notes which pixels the curve it
+// replaces covered. Written at last, the old curves' pixels get the grid or the background and
+// the newest curve's get the line colour: what the draws one after another would have left.
 #pragma once
 
 #include "views/surface.h"
@@ -36,12 +42,7 @@ class CurveSpans {
     int32_t bottom(int x) const { return bottom_[size_t(x)]; }
 
   private:
-    bool add(int x, int64_t row1, int64_t row2);
-    bool addSegment(int x1, int y1, int x2, int y2);
-    bool addShortSegment(int x1, int y1, int dx, int dy);
-
     std::vector<int32_t> top_, bottom_;
-    int height_ = 0;
 };
 
 /// Everything a view's draw paints besides the curve: when all of it is as it was at the last
@@ -57,8 +58,15 @@ struct CurveScene {
     bool operator==(const CurveScene&) const = default;
 };
 
-class CurveRepaint {
+class CurveRepaint final : public PendingPaint {
   public:
+    CurveRepaint() = default;
+    CurveRepaint(const CurveRepaint&) = delete;
+    CurveRepaint& operator=(const CurveRepaint&) = delete;
+    ~CurveRepaint() {
+        if (owedOn_) owedOn_->settle();
+    }
+
     /// Whether the picture holds exactly what the last draw left: it has not been painted on
     /// since, the scene is the same, and `erase` (the points the draw is about to erase) is the
     /// curve it drew.
@@ -66,8 +74,9 @@ class CurveRepaint {
     /// The curve the last draw left.
     const std::vector<QPoint>& drawn() const { return drawn_; }
     /// Turns the remembered curve into the one through `points`, as erasing the old curve,
-    /// drawing the grid and drawing the new curve would (ready() said yes). False, with nothing
-    /// painted, when that cannot be done here; the caller then draws the long way.
+    /// drawing the grid and drawing the new curve would (ready() said yes). The pixels are owed
+    /// to `g` until it settles. False, with nothing painted, when that cannot be done here; the
+    /// caller then draws the long way.
     bool repaint(Surface& g, const QPoint* points, size_t n);
     /// Notes what a draw has just finished painting: the scene and the curve through `points`.
     void remember(const Surface& g, CurveScene scene, const QPoint* points, size_t n);
@@ -76,6 +85,9 @@ class CurveRepaint {
         valid_ = false;
         repainted_ = false;
     }
+
+    void settle(QImage& image) override;
+    void surfaceGone() override { owedOn_ = nullptr; }
 
   private:
     /// Per-row and per-column grid flags of the scene's grid, when every grid line runs across
@@ -90,6 +102,18 @@ class CurveRepaint {
     CurveSpans spans_, next_;
     bool spansKnown_ = false;
     bool repainted_ = false;
+
+    /// Sets the covered_ bits of every pixel in `spans`.
+    void noteCovered(const CurveSpans& spans);
+
+    // Owed pixels: the surface they are owed to, the curve the picture holds (shown_), how many
+    // curves were replaced since, and, once that is more than one, a bit for every pixel a
+    // replaced curve covered, column after column (wordsPerColumn_ words of 64 rows each).
+    Surface* owedOn_ = nullptr;
+    CurveSpans shown_;
+    int replaced_ = 0;
+    std::vector<uint64_t> covered_;
+    size_t wordsPerColumn_ = 0;
 
     // What the grid leaves under the old curve: grid colour on a flagged row or column.
     bool backdropOk_ = false;

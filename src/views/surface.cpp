@@ -34,29 +34,30 @@ Surface::Surface(int width, int height, QRgb background) {
 }
 
 void Surface::resize(int width, int height, QRgb background) {
-    ++revision_;
+    changing();
     image_ = QImage(std::max(width, 1), std::max(height, 1), QImage::Format_RGB32);
     image_.fill(background);
 }
 
 void Surface::fill(QRgb c) {
-    ++revision_;
+    changing();
     image_.fill(c);
 }
 
 void Surface::fillRect(int x, int y, int w, int h, QRgb c) {
-    ++revision_;
+    changing();
     QPainter p(&image_);
     p.fillRect(x, y, w, h, QColor(c));
 }
 
 QRgb Surface::pixel(int x, int y) const {
+    settle();
     if (x < 0 || y < 0 || x >= image_.width() || y >= image_.height()) return 0xFFFFFFFFu;
     return image_.pixel(x, y) & 0x00FFFFFFu;
 }
 
 void Surface::invertRect(int x, int y, int w, int h) {
-    ++revision_;
+    changing();
     const int x0 = std::max(0, x), y0 = std::max(0, y);
     const int x1 = std::min(image_.width(), x + w), y1 = std::min(image_.height(), y + h);
     for (int yy = y0; yy < y1; ++yy) {
@@ -67,7 +68,7 @@ void Surface::invertRect(int x, int y, int w, int h) {
 }
 
 void Surface::text(int x, int y, const QString& s, QRgb c, int pointSize) {
-    ++revision_;
+    changing();
     QPainter p(&image_);
     QFont f = p.font();
     f.setPointSize(pointSize);
@@ -77,7 +78,7 @@ void Surface::text(int x, int y, const QString& s, QRgb c, int pointSize) {
 }
 
 void Surface::scrollDownOneRow() {
-    ++revision_;
+    changing();
     const int h = image_.height();
     const qsizetype bpl = image_.bytesPerLine();
     for (int yy = h - 1; yy > 0; --yy)
@@ -161,7 +162,7 @@ void Surface::lines(const QLine* segments, size_t count, QRgb c, LastPoint last)
 }
 
 void Surface::polyline(const QPoint* points, size_t count, QRgb c, LastPoint last) {
-    ++revision_;
+    changing();
     if (count == 0) return;
     QRgb* bits = reinterpret_cast<QRgb*>(image_.bits());
     const int64_t stride = image_.bytesPerLine() / int64_t(sizeof(QRgb));
@@ -188,7 +189,7 @@ QPen widePen(QRgb c, int width) {
 } // namespace
 
 void Surface::wideLines(const QLine* segments, size_t count, QRgb c, int width) {
-    ++revision_;
+    changing();
     if (count == 0) return;
     QPainter p(&image_);
     p.setRenderHint(QPainter::Antialiasing, false);
@@ -197,7 +198,7 @@ void Surface::wideLines(const QLine* segments, size_t count, QRgb c, int width) 
 }
 
 void Surface::widePolyline(const QPoint* points, size_t count, QRgb c, int width) {
-    ++revision_;
+    changing();
     if (count == 0) return;
     QPainter p(&image_);
     p.setRenderHint(QPainter::Antialiasing, false);
@@ -210,7 +211,7 @@ void Surface::widePolyline(const QPoint* points, size_t count, QRgb c, int width
 
 void Surface::textRotated(int cx, int cy, const QString& s, QRgb c, int pixelSize,
                           const QString& family) {
-    ++revision_;
+    changing();
     QPainter p(&image_);
     QFont f(family);
     f.setPixelSize(std::max(pixelSize, 1));

@@ -25,20 +25,68 @@ uint32_t iniFromColor(QRgb c);
 /// exactly what it drew; the Spectrum view's routines paint it.
 enum class LastPoint { Left, Painted };
 
+class Surface;
+
+/// Pixels a surface still owes: a change its owner has worked out but not yet written, because
+/// playback may replace it before anyone looks. The surface has it written (settle) before any
+/// read of its pixels and before any other paint, so every reader sees the picture as if the
+/// change had been written at once.
+class PendingPaint {
+  public:
+    /// Writes the owed pixels into `image`; afterwards nothing is owed.
+    virtual void settle(QImage& image) = 0;
+    /// The surface is going away: nothing is owed any more and the owner must not write to it.
+    virtual void surfaceGone() = 0;
+
+  protected:
+    ~PendingPaint() = default;
+};
+
 class Surface {
   public:
     Surface() = default;
     Surface(int width, int height, QRgb background = qRgb(0, 0, 0));
+    // A copy gets the settled picture; what is owed stays with the original.
+    Surface(const Surface& other) : image_(other.image()), revision_(other.revision_) {}
+    Surface& operator=(const Surface& other) {
+        if (this != &other) {
+            settle();
+            image_ = other.image();
+            revision_ = other.revision_;
+        }
+        return *this;
+    }
+    ~Surface() {
+        if (pending_) pending_->surfaceGone();
+    }
 
     void resize(int width, int height, QRgb background);
     int width() const { return image_.width(); }
     int height() const { return image_.height(); }
-    const QImage& image() const { return image_; }
-    /// Write access to the pixels counts as a change (see revision()).
-    QImage& image() {
-        ++revision_;
+    const QImage& image() const {
+        settle();
         return image_;
     }
+    /// Write access to the pixels counts as a change (see revision()).
+    QImage& image() {
+        changing();
+        return image_;
+    }
+    /// Notes that `p` owes pixels to this picture (what another owner owed is written first).
+    /// Settling does not count as a change: it finishes one already made.
+    void owe(PendingPaint* p) {
+        if (pending_ != p) settle();
+        pending_ = p;
+    }
+    /// Writes what is owed, if anything.
+    void settle() const {
+        if (PendingPaint* p = pending_) {
+            pending_ = nullptr;
+            p->settle(image_);
+        }
+    }
+    /// Whether pixels are owed (for tests).
+    bool owing() const { return pending_ != nullptr; }
     /// Goes up with every change to the picture through this surface, so that a view can tell
     /// whether its picture still holds exactly what its last draw left there.
     uint64_t revision() const { return revision_; }
@@ -82,8 +130,15 @@ class Surface {
                      const QString& family);
 
   private:
-    QImage image_;
+    void changing() {
+        settle();
+        ++revision_;
+    }
+
+    // Settling a const surface writes pixels that, for every reader, are already there.
+    mutable QImage image_;
     uint64_t revision_ = 0;
+    mutable PendingPaint* pending_ = nullptr;
 };
 
 } // namespace kv

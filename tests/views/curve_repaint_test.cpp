@@ -9,6 +9,7 @@
 #include <cmath>
 #include <gtest/gtest.h>
 #include <limits>
+#include <memory>
 #include <random>
 #include <utility>
 #include <vector>
@@ -163,6 +164,89 @@ TEST(CurveRepaint, LeavesThePictureTheLongWayLeaves) {
         old = now;
     }
     EXPECT_GT(repainted, 290); // all but the first draw and the one where the scene changed
+}
+
+TEST(CurveRepaint, OwedPixelsAreWhatDrawingEveryCurveLeaves) {
+    // Someone else's paint all over the picture: a curve drawn in between two looks erases what
+    // it crosses, so the owed pixels must cover every curve drawn since the last look, not just
+    // the first and the last.
+    std::mt19937 rng(5);
+    std::uniform_int_distribution<int> px(0, kW - 1), py(0, kH - 1), gap(1, 6);
+    Surface quick(kW, kH, kBack), slow(kW, kH, kBack);
+    for (int i = 0; i < 400; ++i) {
+        const int x = px(rng), y = py(rng);
+        quick.fillRect(x, y, 1, 1, qRgb(1, 2, 3));
+        slow.fillRect(x, y, 1, 1, qRgb(1, 2, 3));
+    }
+    const CurveScene scene = sceneWith();
+    CurveRepaint r;
+    std::vector<QPoint> old;
+    int owed = 0;
+    for (int round = 0, look = 0; round < 400; ++round) {
+        const std::vector<QPoint> now = randomCurve(rng, 5 + round % 30);
+        drawLongWay(slow, scene, old, now);
+        if (!(r.ready(quick, scene, old.data(), old.size()) &&
+              r.repaint(quick, now.data(), now.size())))
+            drawLongWay(quick, scene, old, now);
+        r.remember(quick, scene, now.data(), now.size());
+        owed += quick.owing();
+        if (round == look) {
+            ASSERT_TRUE(samePicture(quick, slow)) << "round " << round;
+            EXPECT_FALSE(quick.owing());
+            look += gap(rng);
+        }
+        old = now;
+    }
+    EXPECT_GT(owed, 300);
+    // Painting settles first, and so does a copy; the copy owes nothing.
+    const auto owe = [&] {
+        const std::vector<QPoint> now = randomCurve(rng, 20);
+        drawLongWay(slow, scene, old, now);
+        ASSERT_TRUE(r.ready(quick, scene, old.data(), old.size()) &&
+                    r.repaint(quick, now.data(), now.size()));
+        r.remember(quick, scene, now.data(), now.size());
+        old = now;
+        ASSERT_TRUE(quick.owing());
+    };
+    owe();
+    owe();
+    const Surface copy = quick;
+    EXPECT_FALSE(quick.owing());
+    EXPECT_TRUE(samePicture(copy, slow));
+    owe();
+    owe();
+    quick.fillRect(0, 0, 2, 2, qRgb(9, 9, 9));
+    slow.fillRect(0, 0, 2, 2, qRgb(9, 9, 9));
+    EXPECT_FALSE(quick.owing());
+    EXPECT_TRUE(samePicture(quick, slow));
+}
+
+TEST(CurveRepaint, OwedPixelsOutliveNeitherSide) {
+    const CurveScene scene = sceneWith();
+    const std::vector<QPoint> a = {{0, 10}, {60, 30}}, b = {{0, 30}, {60, 10}};
+    const auto owe = [&](Surface& g, CurveRepaint& r) {
+        drawLongWay(g, scene, {}, a);
+        r.remember(g, scene, a.data(), a.size());
+        ASSERT_TRUE(r.ready(g, scene, a.data(), a.size()) && r.repaint(g, b.data(), b.size()));
+        ASSERT_TRUE(g.owing());
+    };
+    {
+        // The surface goes first: the repaint must not write to it afterwards.
+        CurveRepaint r;
+        auto g = std::make_unique<Surface>(kW, kH, kBack);
+        owe(*g, r);
+        g.reset();
+    }
+    // The repaint goes first: what it owed is written.
+    Surface g(kW, kH, kBack), slow(kW, kH, kBack);
+    drawLongWay(slow, scene, {}, a);
+    drawLongWay(slow, scene, a, b);
+    {
+        CurveRepaint r;
+        owe(g, r);
+    }
+    EXPECT_FALSE(g.owing());
+    EXPECT_TRUE(samePicture(g, slow));
 }
 
 TEST(CurveRepaint, EveryStretchLengthOverAndBetweenGridRows) {

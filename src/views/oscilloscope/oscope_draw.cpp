@@ -99,10 +99,16 @@ void OscopeView::Draw() {
 
     HalfHeight_ = GraphHeight_ / 2;
     PixelsPerCount_ = HalfHeight_ / s.ScaleBits;
-    auto point = [&](size_t i, int k) {
-        const double v = double(s.TraceBuf[i]) * PixelsPerCount_;
-        const int y = s.Flipped ? rnd(v + ZeroLine_) : rnd(ZeroLine_ - v);
-        return QPoint(rnd(double(PixelsPerSample_) * k), y);
+    // The scales are read into locals once: the loops below store points, which the compiler
+    // could otherwise not tell apart from the members.
+    const double perCount = PixelsPerCount_, zero = ZeroLine_;
+    const bool flipped = s.Flipped;
+    const float* trace = s.TraceBuf.data();
+    const size_t traceSize = s.TraceBuf.size();
+    const auto point = [&](size_t i, double perSample, int k) {
+        const double v = double(trace[i]) * perCount;
+        const int y = flipped ? rnd(v + zero) : rnd(zero - v);
+        return QPoint(rnd(perSample * k), y);
     };
 
     if (!ZoomOn_) {
@@ -110,15 +116,23 @@ void OscopeView::Draw() {
         if (!fitsInt16(capacity) || capacity < 1) return stop(); // an overflow ends the draw
         PointCapacity_ = int16_t(capacity);
         TracePoints_.assign(size_t(PointCapacity_), QPoint());
-        TracePointCount_ = 1;
+        QPoint* out = TracePoints_.data();
+        const int16_t cap = PointCapacity_;
+        const int32_t step = SampleStep_, samples = s.Sp_Samples;
+        const double perSample = PixelsPerSample_;
+        int16_t count = 1;
         // The loop stops at the last sample but one, which is the polyline's end point and so
         // not painted either.
         int k = 0;
-        for (int32_t i = 0; i <= s.Sp_Samples - 2; i += SampleStep_, ++k) {
-            if (size_t(i) >= s.TraceBuf.size() || TracePointCount_ > PointCapacity_) return stop();
-            TracePoints_[size_t(TracePointCount_ - 1)] = point(size_t(i), k);
-            ++TracePointCount_;
+        for (int32_t i = 0; i <= samples - 2; i += step, ++k) {
+            if (size_t(i) >= traceSize || count > cap) {
+                TracePointCount_ = count;
+                return stop();
+            }
+            out[count - 1] = point(size_t(i), perSample, k);
+            ++count;
         }
+        TracePointCount_ = count;
     } else {
         const int32_t n = ZoomLast_ - ZoomFirst_;
         if (n < 1 || !fitsInt16(n)) return stop();
@@ -127,8 +141,8 @@ void OscopeView::Draw() {
         PixelsPerSample_ = GraphWidth_ / float(n);
         int k = 0;
         for (int32_t i = ZoomFirst_; i <= ZoomLast_ - 1; ++i, ++k) {
-            if (i < 0 || size_t(i) >= s.TraceBuf.size()) return stop();
-            TracePoints_[size_t(TracePointCount_ - 1)] = point(size_t(i), k);
+            if (i < 0 || size_t(i) >= traceSize) return stop();
+            TracePoints_[size_t(TracePointCount_ - 1)] = point(size_t(i), PixelsPerSample_, k);
             ++TracePointCount_;
         }
     }

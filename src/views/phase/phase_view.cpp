@@ -25,6 +25,11 @@ int rnd(double x) {
     return line::roundCoord(x);
 }
 
+/// The row of a phase in degrees, +180 at the top, on a graph `half` rows above and below 0.
+int rowOfPhase(int32_t half, float degrees) {
+    return rnd(half - double(degrees) * half / 180);
+}
+
 struct Prefix {
     const char* text;
     double scale;
@@ -201,7 +206,7 @@ void PhaseView::ShowX_lab() {
 // ---- Painting --------------------------------------------------------------------------------
 
 int PhaseView::phaseRow(float degrees) const {
-    return rnd(PhaseHalf_ - double(degrees) * PhaseHalf_ / 180);
+    return rowOfPhase(PhaseHalf_, degrees);
 }
 
 CurveScene PhaseView::scene(int painter) const {
@@ -259,14 +264,21 @@ void PhaseView::drawLinear() {
         paintGrid(c);
     }
     PhasePoints_.assign(capacity, QPoint());
-    PhasePointCount_ = 1;
+    // Locals, not members, in the loop: its stores could otherwise be the members for all the
+    // compiler knows.
+    QPoint* out = PhasePoints_.data();
+    const float* phase = s.SpPhase.data();
+    const size_t phases = s.SpPhase.size();
+    const int32_t bins = s.PhaseBins, step = BinStep_, half = PhaseHalf_;
+    const double perBin = PixelsPerBin_;
+    int32_t count = 1;
     int k = 0;
-    for (int32_t b = 1; b <= s.PhaseBins; b += BinStep_, ++k) {
-        if (size_t(b) >= s.SpPhase.size() || size_t(PhasePointCount_) > capacity) break;
-        PhasePoints_[size_t(PhasePointCount_ - 1)] =
-            QPoint(rnd(double(PixelsPerBin_) * k), phaseRow(s.SpPhase[size_t(b)]));
-        ++PhasePointCount_;
+    for (int32_t b = 1; b <= bins; b += step, ++k) {
+        if (size_t(b) >= phases || size_t(count) > capacity) break;
+        out[size_t(count - 1)] = QPoint(rnd(perBin * k), rowOfPhase(half, phase[size_t(b)]));
+        ++count;
     }
+    PhasePointCount_ = count;
     const size_t drawing = size_t(PhasePointCount_ - 1);
     if (quick && !repaint_.repaint(picF_, PhasePoints_.data(), drawing)) {
         picF_.polyline(repaint_.drawn(), c.back);
