@@ -271,20 +271,49 @@ void CurveRepaint::noteCovered(const CurveSpans& spans) {
     }
 }
 
+bool CurveRepaint::pictureClean(const Surface& g) {
+    if (cleanRevision_ == g.revision()) return clean_;
+    cleanRevision_ = g.revision();
+    const QImage& img = g.unsettledImage();
+    const QRgb line = scene_.line & 0x00FFFFFFu, back = scene_.back & 0x00FFFFFFu,
+               grid = scene_.grid & 0x00FFFFFFu;
+    const int w = std::min(img.width(), shown_.width());
+    clean_ = w == img.width();
+    for (int y = 0; y < img.height() && clean_; ++y) {
+        const QRgb* row = reinterpret_cast<const QRgb*>(img.constScanLine(y));
+        const QRgb rowBack = gridRow_[size_t(y)] ? grid : back;
+        uint32_t differs = 0;
+        for (int x = 0; x < w; ++x) {
+            const bool onCurve = shown_.top(x) <= y && y <= shown_.bottom(x);
+            const QRgb want = onCurve ? line : gridColumn_[size_t(x)] ? grid : rowBack;
+            differs |= (row[x] ^ want) & 0x00FFFFFFu;
+        }
+        clean_ = differs == 0;
+    }
+    return clean_;
+}
+
 bool CurveRepaint::repaint(Surface& g, const QPoint* points, size_t n) {
     const int w = g.width(), h = g.height();
-    if (!spansKnown_ || !buildBackdrop(w, h) || !next_.build(points, n, w, h)) return false;
+    if (!spansKnown_ || !buildBackdrop(w, h)) return false;
     if (owedOn_ != &g) {
         if (owedOn_) owedOn_->settle();
-        // Nothing owed yet: the picture holds the remembered curve.
+        // Nothing owed yet: the picture holds the remembered curve, whose runs are known.
         std::swap(shown_, spans_);
         replaced_ = 0;
         g.owe(this);
         owedOn_ = &g;
-    } else {
-        // Another curve replaced before anyone looked: the pixels every replaced curve covered
-        // are noted one by one from now on, starting with the one the picture holds.
-        if (replaced_ == 1) {
+    } else if (!pictureClean(g)) {
+        // Someone else's paint is on the picture, and a curve drawn over it takes it away even
+        // if no one looked at the curve: the pixels of every replaced curve are noted.
+        if (!spans_.build(drawn_.data(), drawn_.size(), w, h)) {
+            // That curve cannot be told by runs: what is owed is written first, and the draw
+            // goes the long way.
+            g.settle();
+            return false;
+        }
+        if (!noted_) {
+            noted_ = true;
             wordsPerColumn_ = (size_t(h) + 63) / 64;
             covered_.assign(size_t(w) * wordsPerColumn_, 0);
             noteCovered(shown_);
@@ -292,7 +321,6 @@ bool CurveRepaint::repaint(Surface& g, const QPoint* points, size_t n) {
         noteCovered(spans_);
     }
     ++replaced_;
-    std::swap(spans_, next_);
     drawn_.assign(points, points + n);
     repainted_ = true;
     return true;
@@ -300,21 +328,24 @@ bool CurveRepaint::repaint(Surface& g, const QPoint* points, size_t n) {
 
 void CurveRepaint::settle(QImage& img) {
     owedOn_ = nullptr;
+    const int w = img.width();
+    // The newest curve's runs; one that cannot be told by them is drawn after the rest.
+    spansKnown_ = spans_.build(drawn_.data(), drawn_.size(), w, img.height());
+    valid_ = valid_ && spansKnown_;
     QRgb* bits = reinterpret_cast<QRgb*>(img.bits());
     const int64_t stride = img.bytesPerLine() / int64_t(sizeof(QRgb));
     const QRgb line = scene_.line | 0xFF000000u, back = scene_.back | 0xFF000000u,
                grid = scene_.grid | 0xFF000000u;
     const int32_t* nextGridRow = nextGridRow_.data();
-    const int w = spans_.width();
     for (int x = 0; x < w; ++x) {
         const int32_t a = shown_.top(x), b = shown_.bottom(x);
-        const int32_t c = spans_.top(x), d = spans_.bottom(x);
+        const int32_t c = spansKnown_ ? spans_.top(x) : 1, d = spansKnown_ ? spans_.bottom(x) : 0;
         QRgb* column = bits + x;
         const bool gridColumn = gridColumn_[size_t(x)] != 0;
         const QRgb restored = gridColumn ? grid : back;
-        if (replaced_ == 1) {
-            // One curve replaced by the next: what the grid leaves where the old curve was and
-            // the new one is not, the column's colour and then the few grid rows over it.
+        if (!noted_) {
+            // The old curve's pixels that the newest does not cover: the column's colour, then
+            // the few grid rows over it.
             const auto restore = [&](int32_t from, int32_t to) {
                 if (from > to) return;
                 fillColumn(column, stride, from, to, restored);
@@ -329,7 +360,7 @@ void CurveRepaint::settle(QImage& img) {
                 restore(d + 1, b);
             }
         } else {
-            // Every pixel an old curve covered and the newest does not.
+            // Every pixel a replaced curve covered and the newest does not.
             const uint64_t* covered = covered_.data() + size_t(x) * wordsPerColumn_;
             for (size_t k = 0; k < wordsPerColumn_; ++k) {
                 uint64_t word = covered[k];
@@ -353,15 +384,19 @@ void CurveRepaint::settle(QImage& img) {
             if (b < d) fillColumn(column, stride, b + 1, d, line);
         }
     }
+    if (!spansKnown_) paintPolyline(img, drawn_.data(), drawn_.size(), line);
+    if (noted_) std::fill(covered_.begin(), covered_.end(), 0);
+    noted_ = false;
 }
 
 void CurveRepaint::remember(const Surface& g, CurveScene scene, const QPoint* points, size_t n) {
     // What is owed was worked out with the remembered curve and scene.
     if (owedOn_ && (!repainted_ || !(scene == scene_))) owedOn_->settle();
-    // After repaint() the spans are those of this curve already.
+    // After repaint() the curve is the newest one owed, its runs worked out when it is written.
     if (!repainted_) {
         drawn_.assign(points, points + n);
         spansKnown_ = spans_.build(points, n, g.width(), g.height());
+        cleanRevision_ = ~0ull; // the long way may have left anything
     }
     scene_ = std::move(scene);
     width_ = g.width();

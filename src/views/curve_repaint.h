@@ -99,21 +99,32 @@ class CurveRepaint final : public PendingPaint {
     int width_ = 0, height_ = 0;
     CurveScene scene_;
     std::vector<QPoint> drawn_;
-    CurveSpans spans_, next_;
+    // The runs of the curve the picture holds, when nothing is owed; spansKnown_ says whether
+    // that curve could be told by runs at all.
+    CurveSpans spans_;
     bool spansKnown_ = false;
     bool repainted_ = false;
 
+    /// Whether the picture, owed pixels aside, holds nothing but the grid, the background and
+    /// the curve in shown_: then a curve drawn and replaced before anyone looks leaves no trace,
+    /// and only the newest one matters. Worked out once for each change to the picture.
+    bool pictureClean(const Surface& g);
     /// Sets the covered_ bits of every pixel in `spans`.
     void noteCovered(const CurveSpans& spans);
 
-    // Owed pixels: the surface they are owed to, the curve the picture holds (shown_), how many
-    // curves were replaced since, and, once that is more than one, a bit for every pixel a
-    // replaced curve covered, column after column (wordsPerColumn_ words of 64 rows each).
+    // Owed pixels: the surface they are owed to, the runs of the curve the picture holds
+    // (shown_), and how many curves were replaced since. The newest curve's runs are worked out
+    // when the pixels are written. On a picture that holds someone else's paint, every replaced
+    // curve's pixels are noted too, a bit each, column after column (wordsPerColumn_ words of
+    // 64 rows each).
     Surface* owedOn_ = nullptr;
     CurveSpans shown_;
     int replaced_ = 0;
+    bool noted_ = false;
     std::vector<uint64_t> covered_;
     size_t wordsPerColumn_ = 0;
+    uint64_t cleanRevision_ = ~0ull;
+    bool clean_ = false;
 
     // What the grid leaves under the old curve: grid colour on a flagged row or column.
     bool backdropOk_ = false;

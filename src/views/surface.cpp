@@ -163,10 +163,14 @@ void Surface::lines(const QLine* segments, size_t count, QRgb c, LastPoint last)
 
 void Surface::polyline(const QPoint* points, size_t count, QRgb c, LastPoint last) {
     changing();
+    paintPolyline(image_, points, count, c, last);
+}
+
+void paintPolyline(QImage& image, const QPoint* points, size_t count, QRgb c, LastPoint last) {
     if (count == 0) return;
-    QRgb* bits = reinterpret_cast<QRgb*>(image_.bits());
-    const int64_t stride = image_.bytesPerLine() / int64_t(sizeof(QRgb));
-    const int64_t w = image_.width(), h = image_.height();
+    QRgb* bits = reinterpret_cast<QRgb*>(image.bits());
+    const int64_t stride = image.bytesPerLine() / int64_t(sizeof(QRgb));
+    const int64_t w = image.width(), h = image.height();
     const QRgb px = c | 0xFF000000u;
     for (size_t k = 1; k < count; ++k)
         segment(bits, stride, w, h, points[k - 1].x(), points[k - 1].y(), points[k].x(),

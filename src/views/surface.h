@@ -27,6 +27,10 @@ enum class LastPoint { Left, Painted };
 
 class Surface;
 
+/// What Surface::polyline paints, onto an image of format RGB32.
+void paintPolyline(QImage& image, const QPoint* points, size_t count, QRgb c,
+                   LastPoint last = LastPoint::Left);
+
 /// Pixels a surface still owes: a change its owner has worked out but not yet written, because
 /// playback may replace it before anyone looks. The surface has it written (settle) before any
 /// read of its pixels and before any other paint, so every reader sees the picture as if the
@@ -87,6 +91,8 @@ class Surface {
     }
     /// Whether pixels are owed (for tests).
     bool owing() const { return pending_ != nullptr; }
+    /// The picture as it stands, without what is owed: only for the one that owes it.
+    const QImage& unsettledImage() const { return image_; }
     /// Goes up with every change to the picture through this surface, so that a view can tell
     /// whether its picture still holds exactly what its last draw left there.
     uint64_t revision() const { return revision_; }
