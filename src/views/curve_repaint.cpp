@@ -10,17 +10,13 @@
 
 namespace kv {
 
+// ---- Spans -------------------------------------------------------------------------------------
+
 namespace {
 
 using line::ceilDiv;
 using line::clampCoord;
 using line::floorDiv;
-
-} // namespace
-
-// ---- Spans -------------------------------------------------------------------------------------
-
-namespace {
 
 /// The runs of a curve as its pieces come in. A curve that never goes left reaches the columns
 /// in order and each column's pixels one after another, so the column being filled is the only
