@@ -11,10 +11,12 @@
 #include "platform/numeric.h"
 
 #include <algorithm>
+#include <array>
 #include <cctype>
 #include <charconv>
 #include <cmath>
 #include <optional>
+#include <string_view>
 
 namespace kv {
 
@@ -30,10 +32,11 @@ constexpr size_t kPreambleWidthShown = 120;
 /// The longest trace the workbench makes.
 constexpr int64_t kLongestTrace = 65536;
 
-std::string lower(std::string s) {
-    for (char& c : s)
+std::string lower(std::string_view s) {
+    std::string out(s);
+    for (char& c : out)
         c = char(std::tolower(static_cast<unsigned char>(c)));
-    return s;
+    return out;
 }
 
 std::string trimBlanks(const std::string& s) {
@@ -42,13 +45,27 @@ std::string trimBlanks(const std::string& s) {
     return s.substr(b, s.find_last_not_of(" \t") - b + 1);
 }
 
+std::string_view withoutBlanks(std::string_view t) {
+    size_t b = 0, e = t.size();
+    while (b < e && (t[b] == ' ' || t[b] == '\t'))
+        ++b;
+    while (e > b && (t[e - 1] == ' ' || t[e - 1] == '\t'))
+        --e;
+    return t.substr(b, e - b);
+}
+
 /// Counts the separators that stand outside quotes; the first of ';' and tab that occurs in
 /// the opening rows wins, else the comma.
-char detectSeparator(const ByteSource& src) {
-    LineReader lines(src);
-    std::string line;
+char detectSeparator(LineReader& lines) {
+    std::string_view line;
     bool tab = false;
     for (int n = 0; n < kRowsForSeparator && lines.next(line); ++n) {
+        if (line.find('"') == std::string_view::npos) {
+            // No quotes (nearly every row): every separator in it counts.
+            if (line.find(';') != std::string_view::npos) return ';';
+            if (line.find('\t') != std::string_view::npos) tab = true;
+            continue;
+        }
         bool quoted = false;
         for (char c : line) {
             if (c == '"') quoted = !quoted;
@@ -60,70 +77,78 @@ char detectSeparator(const ByteSource& src) {
     return tab ? '\t' : ',';
 }
 
-/// One row split at `sep` outside quotes. Quotes are removed (a doubled quote inside quotes is
-/// one quote), cells are trimmed of blanks, and empty cells at the end of the row are dropped:
-/// many instruments end every row with a separator. A row of nothing but separators is empty.
-void splitRow(const std::string& line, char sep, std::vector<std::string>& cells) {
-    // The cells keep their room from one row to the next: a long table is split without an
-    // allocation a cell.
-    size_t count = 0;
-    // text[from, to) trimmed of blanks, as the next cell.
-    auto put = [&](const std::string& text, size_t from, size_t to) {
-        if (count == cells.size()) cells.emplace_back();
-        const size_t b = text.find_first_not_of(" \t", from);
-        if (b >= to)
-            cells[count].clear();
-        else
-            cells[count].assign(text, b, text.find_last_not_of(" \t", to - 1) - b + 1);
-        ++count;
-    };
-    if (line.find('"') == std::string::npos) {
-        // No quotes (nearly every row): the cells are the runs between separators.
-        for (size_t from = 0;;) {
-            const size_t to = std::min(line.find(sep, from), line.size());
-            put(line, from, to);
-            if (to == line.size()) break;
-            from = to + 1;
-        }
-    } else {
-        thread_local std::string cell;
-        cell.clear();
-        bool quoted = false;
-        for (size_t i = 0; i < line.size(); ++i) {
-            const char c = line[i];
-            if (quoted) {
-                if (c == '"' && i + 1 < line.size() && line[i + 1] == '"') {
-                    cell.push_back('"');
-                    ++i;
+/// Rows split at a separator outside quotes. Quotes are removed (a doubled quote inside quotes
+/// is one quote), cells are trimmed of blanks, and empty cells at the end of the row are
+/// dropped: many instruments end every row with a separator. A row of nothing but separators
+/// is empty.
+class RowSplitter {
+  public:
+    explicit RowSplitter(char sep) : sep_(sep) {}
+
+    /// The cells of `line`: views of the line, or for a row with quotes of the splitter's own
+    /// text. They last until the next row is split (and the line as long as they are used).
+    const std::vector<std::string_view>& split(std::string_view line) {
+        cells_.clear();
+        if (line.find('"') == std::string_view::npos) {
+            // No quotes (nearly every row): the cells are the runs between separators.
+            for (size_t from = 0;;) {
+                const size_t to = std::min(line.find(sep_, from), line.size());
+                cells_.push_back(withoutBlanks(line.substr(from, to - from)));
+                if (to == line.size()) break;
+                from = to + 1;
+            }
+        } else {
+            // The cells' texts go one after another into one buffer, and become views of it
+            // once it has stopped growing.
+            unquoted_.clear();
+            ends_.clear();
+            bool quoted = false;
+            for (size_t i = 0; i < line.size(); ++i) {
+                const char c = line[i];
+                if (quoted) {
+                    if (c == '"' && i + 1 < line.size() && line[i + 1] == '"') {
+                        unquoted_.push_back('"');
+                        ++i;
+                    } else if (c == '"') {
+                        quoted = false;
+                    } else {
+                        unquoted_.push_back(c);
+                    }
                 } else if (c == '"') {
-                    quoted = false;
+                    quoted = true;
+                } else if (c == sep_) {
+                    ends_.push_back(unquoted_.size());
                 } else {
-                    cell.push_back(c);
+                    unquoted_.push_back(c);
                 }
-            } else if (c == '"') {
-                quoted = true;
-            } else if (c == sep) {
-                put(cell, 0, cell.size());
-                cell.clear();
-            } else {
-                cell.push_back(c);
+            }
+            ends_.push_back(unquoted_.size());
+            const std::string_view text = unquoted_;
+            size_t from = 0;
+            for (const size_t to : ends_) {
+                cells_.push_back(withoutBlanks(text.substr(from, to - from)));
+                from = to;
             }
         }
-        put(cell, 0, cell.size());
+        while (!cells_.empty() && cells_.back().empty())
+            cells_.pop_back();
+        return cells_;
     }
-    while (count > 0 && cells[count - 1].empty())
-        --count;
-    cells.resize(count);
-}
+
+  private:
+    char sep_;
+    std::vector<std::string_view> cells_;
+    std::string unquoted_;
+    std::vector<size_t> ends_; // where each cell of a quoted row ends in unquoted_
+};
 
 /// A cell as a number: an optional sign, digits with a decimal point or comma, an optional
 /// exponent, nothing else. Texts such as "inf" or "NaN" are not numbers here.
-std::optional<double> cellValue(const std::string& cell) {
+std::optional<double> cellValue(std::string_view t) {
     // Read in place; only a decimal comma is rewritten, in a buffer that keeps its room.
-    std::string_view t = cell;
     if (t.find('.') == std::string_view::npos && std::count(t.begin(), t.end(), ',') == 1) {
         thread_local std::string pointed;
-        pointed = cell;
+        pointed = t;
         std::replace(pointed.begin(), pointed.end(), ',', '.');
         t = pointed;
     }
@@ -138,19 +163,60 @@ std::optional<double> cellValue(const std::string& cell) {
     return v;
 }
 
-bool allNumbers(const std::vector<std::string>& cells) {
-    return !cells.empty() && std::all_of(cells.begin(), cells.end(),
-                                         [](const std::string& c) { return cellValue(c); });
+bool allNumbers(const std::vector<std::string_view>& cells) {
+    return !cells.empty() &&
+           std::all_of(cells.begin(), cells.end(), [](std::string_view c) { return cellValue(c); });
 }
+
+/// The cells of the preamble rows, kept in one text: a preamble of many rows and cells costs a
+/// few growing buffers, not an allocation a cell.
+class CellRows {
+  public:
+    void add(const std::vector<std::string_view>& cells) {
+        first_.push_back(ends_.size());
+        for (const std::string_view cell : cells) {
+            text_.append(cell);
+            ends_.push_back(text_.size());
+        }
+    }
+    size_t rows() const { return first_.size(); }
+    size_t width(size_t r) const {
+        return (r + 1 < first_.size() ? first_[r + 1] : ends_.size()) - first_[r];
+    }
+    std::string_view cell(size_t r, size_t i) const {
+        const size_t k = first_[r] + i;
+        const size_t from = k == 0 ? 0 : ends_[k - 1];
+        return std::string_view(text_).substr(from, ends_[k] - from);
+    }
+
+  private:
+    std::string text_;
+    std::vector<size_t> ends_;  // where each cell ends in text_
+    std::vector<size_t> first_; // each row's first cell
+};
 
 /// The sample interval a preamble gives: a cell naming an increment, an interval or a sampling
 /// period, or a sampling frequency or rate, with its number to the right of it or below it.
-std::optional<double> preambleInterval(const std::vector<std::vector<std::string>>& rows) {
-    for (size_t r = 0; r < rows.size(); ++r) {
-        for (size_t i = 0; i < rows[r].size(); ++i) {
+std::optional<double> preambleInterval(const CellRows& rows) {
+    // Cells are lowered as std::tolower lowers them, looked up in a table made at the first
+    // cell that needs it: the locale does not change during a read.
+    std::array<char, 256> lowered{};
+    bool tabled = false;
+    std::string label;
+    for (size_t r = 0; r < rows.rows(); ++r) {
+        const size_t width = rows.width(r);
+        for (size_t i = 0; i < width; ++i) {
+            const std::string_view cell = rows.cell(r, i);
             // The shortest of the names below, "interval", has eight letters.
-            if (rows[r][i].size() < 8) continue;
-            const std::string label = lower(rows[r][i]);
+            if (cell.size() < 8) continue;
+            if (!tabled) {
+                for (int b = 0; b < 256; ++b)
+                    lowered[size_t(b)] = char(std::tolower(b));
+                tabled = true;
+            }
+            label.resize(cell.size());
+            for (size_t k = 0; k < cell.size(); ++k)
+                label[k] = lowered[static_cast<unsigned char>(cell[k])];
             const bool interval = label.find("increment") != std::string::npos ||
                                   label.find("interval") != std::string::npos ||
                                   label.find("sampling period") != std::string::npos ||
@@ -161,8 +227,9 @@ std::optional<double> preambleInterval(const std::vector<std::vector<std::string
                               label.find("sample rate") != std::string::npos;
             if (!interval && !rate) continue;
             std::optional<double> v;
-            if (i + 1 < rows[r].size()) v = cellValue(rows[r][i + 1]);
-            if (!v && r + 1 < rows.size() && i < rows[r + 1].size()) v = cellValue(rows[r + 1][i]);
+            if (i + 1 < width) v = cellValue(rows.cell(r, i + 1));
+            if (!v && r + 1 < rows.rows() && i < rows.width(r + 1))
+                v = cellValue(rows.cell(r + 1, i));
             if (v && *v > 0.0) return interval ? *v : 1.0 / *v;
         }
     }
@@ -170,10 +237,10 @@ std::optional<double> preambleInterval(const std::vector<std::vector<std::string
 }
 
 /// The column headings of the first column in the last two preamble rows (names, units).
-std::vector<std::string> firstColumnHeadings(const std::vector<std::vector<std::string>>& rows) {
+std::vector<std::string> firstColumnHeadings(const CellRows& rows) {
     std::vector<std::string> out;
-    for (size_t r = rows.size(); r-- > 0 && out.size() < 2;)
-        if (!rows[r].empty()) out.push_back(lower(rows[r][0]));
+    for (size_t r = rows.rows(); r-- > 0 && out.size() < 2;)
+        if (rows.width(r) > 0) out.push_back(lower(rows.cell(r, 0)));
     return out;
 }
 
@@ -201,16 +268,17 @@ bool countsSamples(const std::vector<std::string>& headings) {
     return false;
 }
 
-std::string quoted(const std::string& cell) {
-    return "\"" + (cell.size() > 40 ? cell.substr(0, 40) + "..." : cell) + "\"";
+std::string quoted(std::string_view cell) {
+    return "\"" + (cell.size() > 40 ? std::string(cell.substr(0, 40)) + "..." : std::string(cell)) +
+           "\"";
 }
 
 /// What one pass over the file finds.
 struct Capture {
-    std::vector<std::string> preambleText; // the rows before the numbers, as written
-    std::vector<std::vector<std::string>> preamble;
-    size_t firstDataRow = 0; // 1-based
-    size_t width = 0;        // cells per data row
+    CellRows preamble;                     // the rows before the numbers
+    std::vector<std::string> preambleText; // the first of them as written, as far as shown
+    size_t firstDataRow = 0;               // 1-based
+    size_t width = 0;                      // cells per data row
     int channels = 0;
     int channel = 0;  // 0-based, among the channels
     int64_t rows = 0; // data rows
@@ -220,24 +288,25 @@ struct Capture {
 
 Capture readCapture(ImportContext& ctx, const ByteSource& src, size_t keep) {
     Capture c;
-    const char sep = detectSeparator(src);
     LineReader lines(src);
-    std::string line;
+    RowSplitter rows(detectSeparator(lines));
+    lines.restart();
+    std::string_view line;
     size_t rowNo = 0;
     bool inData = false, ended = false;
     size_t column = 0;
-    std::vector<std::string> cells;
     while (lines.next(line)) {
         ++rowNo;
-        if (rowNo == 1 && line.rfind("\xEF\xBB\xBF", 0) == 0) line.erase(0, 3);
-        splitRow(line, sep, cells);
+        if (rowNo == 1 && line.starts_with("\xEF\xBB\xBF")) line.remove_prefix(3);
+        const std::vector<std::string_view>& cells = rows.split(line);
         if (!inData) {
             if (!allNumbers(cells)) {
-                if (c.preamble.size() >= kLongestPreamble)
+                if (c.preamble.rows() >= kLongestPreamble)
                     throw UnreadableFile("The CSV file holds no rows of numbers in its first " +
                                          std::to_string(kLongestPreamble) + " rows.");
-                c.preamble.push_back(cells);
-                c.preambleText.push_back(line.substr(0, kPreambleWidthShown));
+                c.preamble.add(cells);
+                if (c.preambleText.size() < kPreambleRowsShown)
+                    c.preambleText.emplace_back(line.substr(0, kPreambleWidthShown));
                 continue;
             }
             inData = true;
@@ -338,10 +407,10 @@ void readCsv(ImportContext& ctx) {
 
     std::vector<std::string>& info = st.SourceInfoLines;
     info.clear();
-    for (size_t i = 0; i < c.preambleText.size() && i < kPreambleRowsShown; ++i)
+    for (size_t i = 0; i < c.preambleText.size(); ++i)
         info.push_back(infoLine("Row " + std::to_string(i + 1), c.preambleText[i]));
-    if (c.preambleText.size() > kPreambleRowsShown)
-        info.push_back(infoLine("Preamble", std::to_string(c.preambleText.size()) + " rows"));
+    if (c.preamble.rows() > kPreambleRowsShown)
+        info.push_back(infoLine("Preamble", std::to_string(c.preamble.rows()) + " rows"));
     info.push_back(infoLine("First row of numbers", std::to_string(c.firstDataRow)));
     info.push_back(infoLine("Channels", std::to_string(c.channels) + ", channel " +
                                             std::to_string(c.channel + 1) + " shown"));

@@ -24,15 +24,36 @@ bool LineReader::fill() {
     return true;
 }
 
+void LineReader::restart() {
+    if (offset_ == len_) {
+        // The chunk in the buffer is the first: it is read from its start again.
+        at_ = 0;
+        lf_ = SIZE_MAX;
+        return;
+    }
+    at_ = len_ = 0;
+    lf_ = SIZE_MAX;
+    offset_ = 0;
+}
+
 bool LineReader::next(std::string& line) {
-    line.clear();
-    bool any = false;
+    std::string_view view;
+    const bool any = next(view);
+    line.assign(view);
+    return any;
+}
+
+bool LineReader::next(std::string_view& line) {
+    joined_.clear();
+    bool any = false, joining = false;
     for (;;) {
-        if (at_ >= len_ && !fill()) return any;
+        if (at_ >= len_ && !fill()) {
+            line = joined_;
+            return any;
+        }
         any = true;
         // The line runs to the first line feed or carriage return of the chunk; memchr finds
-        // it without a comparison per character, and appending the run at once spares a
-        // push per character.
+        // it without a comparison per character.
         const char* from = buf_.data() + at_;
         const size_t left = len_ - at_;
         // The next line feed is remembered for the chunk: lines ended by carriage returns
@@ -45,15 +66,28 @@ bool LineReader::next(std::string& line) {
         const char* cr = static_cast<const char*>(std::memchr(from, '\r', lf_ - at_));
         const char* end = cr ? cr : lf;
         if (!end) {
-            line.append(from, left);
+            joined_.append(from, left);
+            joining = true;
             at_ = len_;
             continue;
         }
-        line.append(from, size_t(end - from));
-        at_ += size_t(end - from) + 1;
-        if (*end == '\r') {
-            if (at_ >= len_) fill();
+        const size_t n = size_t(end - from);
+        at_ += n + 1;
+        // A carriage return that ends the chunk may have its line feed at the start of the
+        // next, whose reading overwrites the line: the line is kept aside first.
+        if (*end == '\r' && at_ >= len_) {
+            joined_.append(from, n);
+            fill();
             if (at_ < len_ && buf_[at_] == '\n') ++at_;
+            line = joined_;
+            return true;
+        }
+        if (*end == '\r' && buf_[at_] == '\n') ++at_;
+        if (joining) {
+            joined_.append(from, n);
+            line = joined_;
+        } else {
+            line = std::string_view(from, n);
         }
         return true;
     }
