@@ -17,6 +17,7 @@
 #include <cmath>
 #include <cstring>
 #include <optional>
+#include <span>
 #include <string_view>
 
 namespace kv {
@@ -188,16 +189,26 @@ bool allNumbers(const std::vector<std::string_view>& cells) {
            std::all_of(cells.begin(), cells.end(), [](std::string_view c) { return cellValue(c); });
 }
 
-/// The cells of the preamble rows, kept in one text: a preamble of many rows and cells costs a
-/// few growing buffers, not an allocation a cell.
+/// Rows of cells kept in one text: a preamble of many rows and cells costs a few growing
+/// buffers, not an allocation a cell.
 class CellRows {
   public:
-    void add(const std::vector<std::string_view>& cells) {
+    void add(std::span<const std::string_view> cells) {
         first_.push_back(ends_.size());
         for (const std::string_view cell : cells) {
             text_.append(cell);
             ends_.push_back(text_.size());
         }
+    }
+    /// No rows; the buffers keep their room.
+    void clear() {
+        text_.clear();
+        ends_.clear();
+        first_.clear();
+    }
+    /// Bytes the buffers hold room for.
+    size_t room() const {
+        return text_.capacity() + (ends_.capacity() + first_.capacity()) * sizeof(size_t);
     }
     size_t rows() const { return first_.size(); }
     size_t width(size_t r) const {
@@ -299,10 +310,10 @@ std::string quoted(std::string_view cell) {
 
 /// What one pass over the file finds.
 struct Capture {
-    CellRows preamble;                     // the rows before the numbers
-    std::vector<std::string> preambleText; // the first of them as written, as far as shown
-    size_t firstDataRow = 0;               // 1-based
-    size_t width = 0;                      // cells per data row
+    CellRows preamble;       // the rows before the numbers
+    CellRows shown;          // the first of them as written, one cell each, as far as shown
+    size_t firstDataRow = 0; // 1-based
+    size_t width = 0;        // cells per data row
     int channels = 0;
     int channel = 0;  // 0-based, among the channels
     int64_t rows = 0; // data rows
@@ -310,8 +321,44 @@ struct Capture {
     std::vector<float> values; // the channel's first samples, as many as a trace can take
 };
 
-Capture readCapture(ImportContext& ctx, const ByteSource& src, size_t keep) {
-    Capture c;
+/// Room a thread keeps for the next read's capture.
+constexpr size_t kKeptRoom = size_t(1) << 20;
+
+/// A capture whose buffers come from the last read on the thread and go back to the next when
+/// this read is over, however it ends: a run of reads (a fuzz target's above all) grows them
+/// once, not on every read, and the allocator hands out no fresh pages to fault in. A read
+/// started while another is under way on the thread (the host's yield lets the user act) finds
+/// none to take and grows its own. Buffers grown past kKeptRoom are given back to the system.
+class LentCapture {
+  public:
+    LentCapture() {
+        // Only the buffers are taken, emptied: the rest starts as a new capture's does.
+        Capture& kept = spare();
+        c_.preamble = std::move(kept.preamble);
+        c_.shown = std::move(kept.shown);
+        c_.values = std::move(kept.values);
+        c_.preamble.clear();
+        c_.shown.clear();
+        c_.values.clear();
+    }
+    ~LentCapture() {
+        if (c_.preamble.room() + c_.shown.room() + c_.values.capacity() * sizeof(float) <=
+            kKeptRoom)
+            spare() = std::move(c_);
+    }
+    LentCapture(const LentCapture&) = delete;
+    LentCapture& operator=(const LentCapture&) = delete;
+    Capture& get() { return c_; }
+
+  private:
+    static Capture& spare() {
+        thread_local Capture kept;
+        return kept;
+    }
+    Capture c_;
+};
+
+void readCapture(ImportContext& ctx, const ByteSource& src, size_t keep, Capture& c) {
     LineReader lines(src);
     RowSplitter rows(detectSeparator(lines));
     lines.restart();
@@ -329,8 +376,10 @@ Capture readCapture(ImportContext& ctx, const ByteSource& src, size_t keep) {
                     throw UnreadableFile("The CSV file holds no rows of numbers in its first " +
                                          std::to_string(kLongestPreamble) + " rows.");
                 c.preamble.add(cells);
-                if (c.preambleText.size() < kPreambleRowsShown)
-                    c.preambleText.emplace_back(line.substr(0, kPreambleWidthShown));
+                if (c.shown.rows() < kPreambleRowsShown) {
+                    const std::string_view text = line.substr(0, kPreambleWidthShown);
+                    c.shown.add({&text, 1});
+                }
                 continue;
             }
             inData = true;
@@ -370,7 +419,6 @@ Capture readCapture(ImportContext& ctx, const ByteSource& src, size_t keep) {
         ++c.rows;
     }
     if (!inData) throw UnreadableFile("The CSV file holds no rows of numbers.");
-    return c;
 }
 
 void readCsv(ImportContext& ctx) {
@@ -379,7 +427,9 @@ void readCsv(ImportContext& ctx) {
     setSourceLength(st, src->size());
     const int64_t ds = std::max<int>(st.NewDS, 1);
     const size_t keep = size_t(std::min(kLongestTrace * ds, kLongestRawTrace));
-    const Capture c = readCapture(ctx, *src, keep);
+    LentCapture lent;
+    Capture& c = lent.get();
+    readCapture(ctx, *src, keep, c);
 
     const std::vector<std::string> headings = firstColumnHeadings(c.preamble);
     double interval = 0.0;
@@ -433,8 +483,8 @@ void readCsv(ImportContext& ctx) {
 
     std::vector<std::string>& info = st.SourceInfoLines;
     info.clear();
-    for (size_t i = 0; i < c.preambleText.size(); ++i)
-        info.push_back(infoLine("Row " + std::to_string(i + 1), c.preambleText[i]));
+    for (size_t i = 0; i < c.shown.rows(); ++i)
+        info.push_back(infoLine("Row " + std::to_string(i + 1), std::string(c.shown.cell(i, 0))));
     if (c.preamble.rows() > kPreambleRowsShown)
         info.push_back(infoLine("Preamble", std::to_string(c.preamble.rows()) + " rows"));
     info.push_back(infoLine("First row of numbers", std::to_string(c.firstDataRow)));
