@@ -62,6 +62,12 @@ bool isBlank(char c) {
     return kBlank[static_cast<unsigned char>(c)];
 }
 
+/// The first `c` in [p, end), or end.
+const char* findIn(const char* p, const char* end, char c) {
+    const void* at = p == end ? nullptr : std::memchr(p, c, size_t(end - p));
+    return at ? static_cast<const char*>(at) : end;
+}
+
 /// [b, e) without the blanks around it.
 std::string_view withoutBlanks(const char* b, const char* e) {
     while (b != e && isBlank(*b))
@@ -83,12 +89,18 @@ char detectSeparator(LineReader& lines) {
             if (line.find('\t') != std::string_view::npos) tab = true;
             continue;
         }
+        // The runs between quotes, every other one outside them.
+        const char* const end = line.data() + line.size();
         bool quoted = false;
-        for (char c : line) {
-            if (c == '"') quoted = !quoted;
-            if (quoted) continue;
-            if (c == ';') return ';';
-            if (c == '\t') tab = true;
+        for (const char* p = line.data();;) {
+            const char* quote = findIn(p, end, '"');
+            if (!quoted) {
+                if (findIn(p, quote, ';') != quote) return ';';
+                if (findIn(p, quote, '\t') != quote) tab = true;
+            }
+            if (quote == end) break;
+            quoted = !quoted;
+            p = quote + 1;
         }
     }
     return tab ? '\t' : ',';
@@ -110,9 +122,7 @@ class RowSplitter {
             // No quotes (nearly every row): the cells are the runs between separators.
             const char* const end = line.data() + line.size();
             for (const char* from = line.data();;) {
-                const void* sep =
-                    from == end ? nullptr : std::memchr(from, sep_, size_t(end - from));
-                const char* to = sep ? static_cast<const char*>(sep) : end;
+                const char* to = findIn(from, end, sep_);
                 cells_.push_back(withoutBlanks(from, to));
                 if (to == end) break;
                 from = to + 1;
@@ -120,27 +130,35 @@ class RowSplitter {
         } else {
             // The cells' texts go one after another into one buffer, and become views of it
             // once it has stopped growing.
+            // The text goes over in runs up to the next quote (or, outside quotes, separator).
             unquoted_.clear();
             ends_.clear();
+            const char* const end = line.data() + line.size();
+            const char* sep = findIn(line.data(), end, sep_); // the first at or after p
             bool quoted = false;
-            for (size_t i = 0; i < line.size(); ++i) {
-                const char c = line[i];
+            for (const char* p = line.data(); p != end;) {
+                const char* quote = findIn(p, end, '"');
                 if (quoted) {
-                    if (c == '"' && i + 1 < line.size() && line[i + 1] == '"') {
+                    unquoted_.append(p, quote);
+                    if (quote == end) break;
+                    if (quote + 1 != end && quote[1] == '"') {
                         unquoted_.push_back('"');
-                        ++i;
-                    } else if (c == '"') {
-                        quoted = false;
+                        p = quote + 2;
                     } else {
-                        unquoted_.push_back(c);
+                        quoted = false;
+                        p = quote + 1;
                     }
-                } else if (c == '"') {
-                    quoted = true;
-                } else if (c == sep_) {
-                    ends_.push_back(unquoted_.size());
-                } else {
-                    unquoted_.push_back(c);
+                    continue;
                 }
+                if (sep < p) sep = findIn(p, end, sep_);
+                const char* stop = std::min(quote, sep);
+                unquoted_.append(p, stop);
+                if (stop == end) break;
+                if (stop == quote)
+                    quoted = true;
+                else
+                    ends_.push_back(unquoted_.size());
+                p = stop + 1;
             }
             ends_.push_back(unquoted_.size());
             size_t from = 0;
