@@ -162,9 +162,9 @@ class ReaderRun {
         cmd = startedCmd_;
         host = ScriptedHost();
         RecordingViewHost views;
+        // The input is read where it lies: the sources are gone before the next execution.
         Workbench wb{st, cmd, host, views, [this](const std::string& path) {
-                         return std::make_unique<MemoryByteSource>(path == source_ ? main_
-                                                                                   : companion_);
+                         return MemoryByteSource::borrowing(path == source_ ? main_ : companion_);
                      }};
         host.queueFile(source_, filterIndex_);
         host.cancelProgressAt(kCancelAtTrace);

@@ -29,6 +29,7 @@ class LineReader {
     bool fill();
     const ByteSource& src_;
     std::vector<char> buf_;
+    const char* data_ = nullptr; // the chunk: buf_, or the whole of a source held in memory
     size_t at_ = 0, len_ = 0;
     size_t lf_ = SIZE_MAX; // the chunk's next line feed at or after at_; len_ when it has none
     uint64_t offset_ = 0;
