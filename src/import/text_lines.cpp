@@ -14,46 +14,88 @@ bool LineReader::fill() {
     constexpr size_t kChunk = 1 << 16;
     const uint64_t size = src_.size();
     if (offset_ >= size) return false;
-    len_ = size_t(std::min<uint64_t>(kChunk, size - offset_));
-    // Sized to what is read: a short table does not clear a whole chunk first.
-    if (buf_.size() < len_) buf_.resize(len_);
-    src_.read(offset_, buf_.data(), len_);
+    const std::span<const uint8_t> resident = src_.resident();
+    if (resident.size() == size) {
+        // A source held in memory is one chunk, read where it lies.
+        data_ = reinterpret_cast<const char*>(resident.data());
+        len_ = size_t(size);
+    } else {
+        len_ = size_t(std::min<uint64_t>(kChunk, size - offset_));
+        // Sized to what is read: a short table does not clear a whole chunk first.
+        if (buf_.size() < len_) buf_.resize(len_);
+        src_.read(offset_, buf_.data(), len_);
+        data_ = buf_.data();
+    }
     offset_ += len_;
     at_ = 0;
     lf_ = SIZE_MAX;
     return true;
 }
 
+void LineReader::restart() {
+    if (offset_ == len_) {
+        // The chunk in the buffer is the first: it is read from its start again.
+        at_ = 0;
+        lf_ = SIZE_MAX;
+        return;
+    }
+    at_ = len_ = 0;
+    lf_ = SIZE_MAX;
+    offset_ = 0;
+}
+
 bool LineReader::next(std::string& line) {
-    line.clear();
-    bool any = false;
+    std::string_view view;
+    const bool any = next(view);
+    line.assign(view);
+    return any;
+}
+
+bool LineReader::next(std::string_view& line) {
+    joined_.clear();
+    bool any = false, joining = false;
     for (;;) {
-        if (at_ >= len_ && !fill()) return any;
+        if (at_ >= len_ && !fill()) {
+            line = joined_;
+            return any;
+        }
         any = true;
         // The line runs to the first line feed or carriage return of the chunk; memchr finds
-        // it without a comparison per character, and appending the run at once spares a
-        // push per character.
-        const char* from = buf_.data() + at_;
+        // it without a comparison per character.
+        const char* from = data_ + at_;
         const size_t left = len_ - at_;
         // The next line feed is remembered for the chunk: lines ended by carriage returns
         // alone would otherwise search the rest of the chunk for one on every line.
         if (lf_ < at_ || lf_ > len_) {
             const void* at = std::memchr(from, '\n', left);
-            lf_ = at ? size_t(static_cast<const char*>(at) - buf_.data()) : len_;
+            lf_ = at ? size_t(static_cast<const char*>(at) - data_) : len_;
         }
-        const char* lf = lf_ < len_ ? buf_.data() + lf_ : nullptr;
+        const char* lf = lf_ < len_ ? data_ + lf_ : nullptr;
         const char* cr = static_cast<const char*>(std::memchr(from, '\r', lf_ - at_));
         const char* end = cr ? cr : lf;
         if (!end) {
-            line.append(from, left);
+            joined_.append(from, left);
+            joining = true;
             at_ = len_;
             continue;
         }
-        line.append(from, size_t(end - from));
-        at_ += size_t(end - from) + 1;
-        if (*end == '\r') {
-            if (at_ >= len_) fill();
-            if (at_ < len_ && buf_[at_] == '\n') ++at_;
+        const size_t n = size_t(end - from);
+        at_ += n + 1;
+        // A carriage return that ends the chunk may have its line feed at the start of the
+        // next, whose reading overwrites the line: the line is kept aside first.
+        if (*end == '\r' && at_ >= len_) {
+            joined_.append(from, n);
+            fill();
+            if (at_ < len_ && data_[at_] == '\n') ++at_;
+            line = joined_;
+            return true;
+        }
+        if (*end == '\r' && data_[at_] == '\n') ++at_;
+        if (joining) {
+            joined_.append(from, n);
+            line = joined_;
+        } else {
+            line = std::string_view(from, n);
         }
         return true;
     }

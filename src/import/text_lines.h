@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace kv {
@@ -17,14 +18,22 @@ class LineReader {
     explicit LineReader(const ByteSource& src) : src_(src) {}
     /// The next line, or false at the end of the source.
     bool next(std::string& line);
+    /// The same without a copy: the view lasts until the next call. A line that lies within one
+    /// read chunk (nearly every one) is seen where it was read; only one that crosses a chunk's
+    /// end is put together first.
+    bool next(std::string_view& line);
+    /// Goes back to the first line. A source that fits one chunk is not read again.
+    void restart();
 
   private:
     bool fill();
     const ByteSource& src_;
     std::vector<char> buf_;
+    const char* data_ = nullptr; // the chunk: buf_, or the whole of a source held in memory
     size_t at_ = 0, len_ = 0;
     size_t lf_ = SIZE_MAX; // the chunk's next line feed at or after at_; len_ when it has none
     uint64_t offset_ = 0;
+    std::string joined_; // a line that crosses a chunk's end
 };
 
 /// A cell's text as a number, strictly: blanks around it are allowed, anything else that is not

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <functional>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -36,6 +37,9 @@ class ByteSource {
     float f32be(uint64_t off) const;
     /// `n` bytes as text (NULs kept).
     std::string text(uint64_t off, size_t n) const;
+    /// All the bytes, when the source holds them in memory; empty otherwise. Lets a reader that
+    /// goes through the whole source (LineReader) read it in place instead of copying it out.
+    virtual std::span<const uint8_t> resident() const { return {}; }
 };
 
 /// A file opened for reading; the descriptor stays open for the life of the object. Reads go
@@ -65,12 +69,24 @@ class FileByteSource : public ByteSource {
 
 class MemoryByteSource : public ByteSource {
   public:
-    explicit MemoryByteSource(std::vector<uint8_t> bytes) : bytes_(std::move(bytes)) {}
+    explicit MemoryByteSource(std::vector<uint8_t> bytes)
+        : owned_(std::move(bytes)), bytes_(owned_) {}
+    /// Reads `bytes` where they are, which must outlive the source: a caller that opens the same
+    /// bytes over and over (the fuzz targets) copies nothing.
+    static std::unique_ptr<MemoryByteSource> borrowing(std::span<const uint8_t> bytes) {
+        return std::unique_ptr<MemoryByteSource>(new MemoryByteSource(Borrowed{}, bytes));
+    }
+    MemoryByteSource(const MemoryByteSource&) = delete;
+    MemoryByteSource& operator=(const MemoryByteSource&) = delete;
     uint64_t size() const override { return bytes_.size(); }
     size_t read(uint64_t offset, void* dst, size_t n) const override;
+    std::span<const uint8_t> resident() const override { return bytes_; }
 
   private:
-    std::vector<uint8_t> bytes_;
+    struct Borrowed {};
+    MemoryByteSource(Borrowed, std::span<const uint8_t> bytes) : bytes_(bytes) {}
+    std::vector<uint8_t> owned_;
+    std::span<const uint8_t> bytes_;
 };
 
 /// Opens a file for reading by its path: the workbench reads from disk, tests and fuzzers hand

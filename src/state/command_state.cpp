@@ -236,6 +236,13 @@ MenuEntry& CommandState::menu(std::string_view name) {
     return menus_[it->second];
 }
 
+size_t CommandState::menuPlace(std::string_view name) {
+    const auto& index = menuIndex();
+    auto it = index.find(name);
+    if (it == index.end()) throw std::out_of_range("no menu entry " + std::string(name));
+    return it->second;
+}
+
 const MenuEntry& CommandState::menu(std::string_view name) const {
     auto it = index_->find(name);
     if (it == index_->end()) throw std::out_of_range("no menu entry " + std::string(name));

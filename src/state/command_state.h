@@ -47,6 +47,10 @@ class CommandState {
     MenuEntry& menu(std::string_view name);
     const MenuEntry& menu(std::string_view name) const;
     bool hasMenu(std::string_view name) const { return index_->count(name) != 0; }
+    /// Where the entry `name` stands in menus(): the same place in every CommandState, so code
+    /// that sets the same entries over and over can find them once and keep the places.
+    static size_t menuPlace(std::string_view name);
+    MenuEntry& menuAt(size_t place) { return menus_[place]; }
     void enable(std::string_view name, bool on = true) { menu(name).enabled = on; }
     void check(std::string_view name, bool on = true) { menu(name).checked = on; }
     bool enabled(std::string_view name) const { return menu(name).enabled; }

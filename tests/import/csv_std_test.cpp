@@ -158,3 +158,56 @@ TEST(CsvStd, TablesThatCannotBeReadSayWhyAndLeaveNoDataSet) {
         EXPECT_TRUE(b.st.TempPath.empty());
     }
 }
+
+TEST(CsvStd, AReadAfterAFailedOneOrInsideAnotherGivesWhatItGivesAlone) {
+    // The reader's buffers are handed from one read on the thread to the next: neither a read
+    // that stopped on a bad row nor one made while another waits in a yield (as the desktop's
+    // event loop may start one) may find anything of the other in them.
+    struct Result {
+        bool ok = false;
+        std::string message;
+        std::vector<std::string> info;
+        double rate = 0;
+        std::vector<float> samples;
+        bool operator==(const Result&) const = default;
+    };
+    auto read = [](test::StdBench& b, const std::string& text) {
+        Result r;
+        r.ok = b.read(ReadCsvStd, b.putText(text, "scope.csv"));
+        r.message = b.message();
+        r.info = b.st.SourceInfoLines;
+        r.rate = b.st.SampleRate;
+        if (r.ok) r.samples = b.working();
+        return r;
+    };
+    std::string longer = "Model,DS1102E\nX Increment,2e-06\n";
+    for (int i = 0; i < 50; ++i)
+        longer += "Note " + std::to_string(i) + ",some words of the preamble\n";
+    longer += "Sequence,CH1,CH2\n";
+    for (int i = 0; i < 300; ++i)
+        longer += std::to_string(i) + "," + std::to_string(i % 7) + "," + std::to_string(-i) + "\n";
+    const std::string shorter = "Time (ms);CH1\n0;1,5\n1;-2\n2;3\n3;0,25\n";
+    const std::string failing = longer + "300,1,high\n";
+
+    test::StdBench longerAlone, shorterAlone;
+    const Result wantLonger = read(longerAlone, longer);
+    const Result wantShorter = read(shorterAlone, shorter);
+    ASSERT_TRUE(wantLonger.ok) << wantLonger.message;
+    ASSERT_TRUE(wantShorter.ok) << wantShorter.message;
+
+    test::StdBench failed, after;
+    EXPECT_FALSE(read(failed, failing).ok);
+    EXPECT_EQ(read(after, shorter), wantShorter);
+
+    test::StdBench outer, inner;
+    Result insideResult;
+    bool inside = false;
+    outer.host.onYield([&] {
+        if (inside) return;
+        inside = true;
+        insideResult = read(inner, shorter);
+    });
+    EXPECT_EQ(read(outer, longer), wantLonger);
+    ASSERT_TRUE(inside) << "the outer read yields while it writes its trace";
+    EXPECT_EQ(insideResult, wantShorter);
+}

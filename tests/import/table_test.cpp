@@ -10,6 +10,7 @@
 #include <fstream>
 #include <random>
 #include <sstream>
+#include <string_view>
 
 using namespace kv;
 
@@ -132,12 +133,38 @@ TEST(TextLines, LinesEndAtLineFeedsCarriageReturnsOrBothAlsoAcrossTheReadChunks)
         if (!text.empty() && text.back() != '\r' && text.back() != '\n') lines.push_back(line);
         return lines;
     };
-    auto read = [](const std::string& text) {
-        MemoryByteSource src(std::vector<uint8_t>(text.begin(), text.end()));
+    // Read as copies, then, after going back to the start, as views: a reader that stopped
+    // anywhere (here after a third of the lines) starts over at the first line. A source held
+    // in memory is read in place, any other in chunks: both give the same lines.
+    struct Chunked : ByteSource {
+        explicit Chunked(const ByteSource& from) : from(from) {}
+        uint64_t size() const override { return from.size(); }
+        size_t read(uint64_t offset, void* dst, size_t n) const override {
+            return from.read(offset, dst, n);
+        }
+        const ByteSource& from;
+    };
+    auto readLines = [](const ByteSource& src) {
         LineReader reader(src);
         std::vector<std::string> lines;
         for (std::string line; reader.next(line);)
             lines.push_back(line);
+        reader.restart();
+        std::string_view view;
+        for (size_t n = 0; n < lines.size() / 3; ++n)
+            reader.next(view);
+        reader.restart();
+        std::vector<std::string> viewed;
+        while (reader.next(view))
+            viewed.emplace_back(view);
+        EXPECT_EQ(viewed, lines) << "read again as views";
+        return lines;
+    };
+    auto read = [&](const std::string& text) {
+        const MemoryByteSource memory(std::vector<uint8_t>(text.begin(), text.end()));
+        const Chunked chunked(memory);
+        const auto lines = readLines(memory);
+        EXPECT_EQ(readLines(chunked), lines) << "read in chunks";
         return lines;
     };
     for (const std::string text : {"", "\n", "a", "a\n", "a\r", "a\r\r\nb", "\r\n\r\n", "a\n\rb"})
