@@ -20,6 +20,7 @@
 #include <initializer_list>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace kv {
 
@@ -39,6 +40,19 @@ const std::initializer_list<const char*> kSpectrumMenus = {
 const std::initializer_list<const char*> kPhaseMenus = {"mnuRR", "mnuLC",    "mnuGC",
                                                         "mnuBC", "mnuRefPh", "mnuTP"};
 const std::initializer_list<const char*> kWaterfallMenus = {"mnuPalettet", "mnuTW"};
+
+/// Where the lists' entries stand, found once: every view's activation sets them all.
+struct ViewMenuPlaces {
+    std::vector<size_t> oscope = CommandState::menuPlaces(kOscopeMenus);
+    std::vector<size_t> spectrum = CommandState::menuPlaces(kSpectrumMenus);
+    std::vector<size_t> phase = CommandState::menuPlaces(kPhaseMenus);
+    std::vector<size_t> waterfall = CommandState::menuPlaces(kWaterfallMenus);
+};
+
+const ViewMenuPlaces& viewMenuPlaces() {
+    static const ViewMenuPlaces places;
+    return places;
+}
 
 enum class Row { None, Oscope, Spectrum, Phase, Waterfall };
 
@@ -197,7 +211,8 @@ void TBButtons_View(Workbench& wb) {
         cmd.touch();
         return;
     }
-    const std::initializer_list<const char*>* enabled = nullptr;
+    const ViewMenuPlaces& places = viewMenuPlaces();
+    const std::vector<size_t>* enabled = nullptr;
     switch (row) {
     case Row::Oscope:
         cmd.viewCaptionLine = "O-scope view";
@@ -206,7 +221,7 @@ void TBButtons_View(Workbench& wb) {
         cmd.showButtons(72, 76, true);
         cmd.showButtons(82, 85, true);
         cmd.button(64).down = st.ShowGrid == 1;
-        enabled = &kOscopeMenus;
+        enabled = &places.oscope;
         break;
     case Row::Spectrum:
         cmd.viewCaptionLine = "Spectrum view";
@@ -222,29 +237,29 @@ void TBButtons_View(Workbench& wb) {
         cmd.check("mnuYlog", !st.YLinear);
         cmd.check("mnuCurvLine", st.AS_Bar != 1);
         cmd.check("mnuCurvBar", st.AS_Bar == 1);
-        enabled = &kSpectrumMenus;
+        enabled = &places.spectrum;
         break;
     case Row::Phase:
         cmd.viewCaptionLine = "Phase view";
         cmd.showButtons(20, CommandState::kButtons, false);
         cmd.showButtons(92, 99, true);
         cmd.button(95).down = st.F_ShowGrid == 1;
-        enabled = &kPhaseMenus;
+        enabled = &places.phase;
         break;
     case Row::Waterfall:
         cmd.viewCaptionLine = "Waterfall view";
         cmd.showButtons(21, CommandState::kButtons, false);
         cmd.showButtons(104, 105, true);
-        enabled = &kWaterfallMenus;
+        enabled = &places.waterfall;
         break;
     case Row::None:
         break;
     }
-    for (const auto* list : {&kOscopeMenus, &kSpectrumMenus, &kPhaseMenus, &kWaterfallMenus})
-        for (const char* m : *list)
-            cmd.enable(m, false);
-    for (const char* m : *enabled)
-        cmd.enable(m);
+    for (const auto* list : {&places.oscope, &places.spectrum, &places.phase, &places.waterfall})
+        for (const size_t m : *list)
+            cmd.menuAt(m).enabled = false;
+    for (const size_t m : *enabled)
+        cmd.menuAt(m).enabled = true;
     cmd.touch();
 }
 

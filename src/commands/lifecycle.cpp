@@ -16,8 +16,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <filesystem>
-#include <initializer_list>
-#include <string_view>
 #include <system_error>
 #include <vector>
 
@@ -150,17 +148,6 @@ void CloseDataSet(Workbench& wb) {
     cmd.touch();
 }
 
-namespace {
-
-std::vector<size_t> menuPlaces(std::initializer_list<std::string_view> names) {
-    std::vector<size_t> places;
-    for (const std::string_view name : names)
-        places.push_back(CommandState::menuPlace(name));
-    return places;
-}
-
-} // namespace
-
 void CleanSet(Workbench& wb) {
     ProgramState& st = wb.st;
     CommandState& cmd = wb.cmd;
@@ -178,13 +165,13 @@ void CleanSet(Workbench& wb) {
         cmd.check("mnuOlOp", false);
     }
     // Found by name once: CleanSet runs on every open and close, twice on an open that fails.
-    static const std::vector<size_t> disabled = menuPlaces(
+    static const std::vector<size_t> disabled = CommandState::menuPlaces(
         {"mnuSpan", "mnuPrint", "mnuSw",   "mnuCur",    "mnuEdit", "mnuFInf", "mnuGPR",  "mnuLevel",
          "mnuThd",  "mnuThdN",  "mnuSdr",  "mnuSnd",    "mnuSnr",  "mnuEnob", "mnuFlip", "mnuMxA",
          "mnuMa",   "mnuPP",    "mnuView", "mnuExport", "mnuRefO", "mnuRefPh"});
-    static const std::vector<size_t> unchecked =
-        menuPlaces({"mnuGPR", "mnuLevel", "mnuThd", "mnuThdN", "mnuSdr", "mnuSnd", "mnuSnr",
-                    "mnuEnob", "mnuFlip", "mnuMxA", "mnuMa", "mnuPP", "mnuRefO", "mnuRefPh"});
+    static const std::vector<size_t> unchecked = CommandState::menuPlaces(
+        {"mnuGPR", "mnuLevel", "mnuThd", "mnuThdN", "mnuSdr", "mnuSnd", "mnuSnr", "mnuEnob",
+         "mnuFlip", "mnuMxA", "mnuMa", "mnuPP", "mnuRefO", "mnuRefPh"});
     for (const size_t m : disabled)
         cmd.menuAt(m).enabled = false;
     for (int b : {72, 74, 75, 76})

@@ -243,6 +243,13 @@ size_t CommandState::menuPlace(std::string_view name) {
     return it->second;
 }
 
+std::vector<size_t> CommandState::menuPlaces(std::initializer_list<const char*> names) {
+    std::vector<size_t> places;
+    for (const char* name : names)
+        places.push_back(menuPlace(name));
+    return places;
+}
+
 const MenuEntry& CommandState::menu(std::string_view name) const {
     auto it = index_->find(name);
     if (it == index_->end()) throw std::out_of_range("no menu entry " + std::string(name));

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <array>
+#include <initializer_list>
 #include <map>
 #include <string>
 #include <string_view>
@@ -50,6 +51,8 @@ class CommandState {
     /// Where the entry `name` stands in menus(): the same place in every CommandState, so code
     /// that sets the same entries over and over can find them once and keep the places.
     static size_t menuPlace(std::string_view name);
+    /// The places of several entries, in their order.
+    static std::vector<size_t> menuPlaces(std::initializer_list<const char*> names);
     MenuEntry& menuAt(size_t place) { return menus_[place]; }
     void enable(std::string_view name, bool on = true) { menu(name).enabled = on; }
     void check(std::string_view name, bool on = true) { menu(name).checked = on; }
