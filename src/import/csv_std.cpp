@@ -41,12 +41,6 @@ std::string lower(std::string_view s) {
     return out;
 }
 
-std::string trimBlanks(const std::string& s) {
-    const size_t b = s.find_first_not_of(" \t");
-    if (b == std::string::npos) return {};
-    return s.substr(b, s.find_last_not_of(" \t") - b + 1);
-}
-
 // The fuzz build traces every comparison of integers in our code, and a row is scanned here
 // once per cell of a long table: the scans below find their characters with memchr and step
 // with pointers, whose comparisons are not traced, leaving the traced ones to the comparisons
@@ -299,7 +293,7 @@ double timeUnit(const std::vector<std::string>& headings) {
         const size_t open = h.find('('), close = h.find(')');
         if (open != std::string::npos && close != std::string::npos && close > open)
             u = h.substr(open + 1, close - open - 1);
-        u = trimBlanks(u);
+        u = std::string(withoutBlanks(u.data(), u.data() + u.size()));
         if (u == "ms") return 1e-3;
         if (u == "us" || u == "\xC2\xB5s" || u == "\xCE\xBCs") return 1e-6;
         if (u == "ns") return 1e-9;
