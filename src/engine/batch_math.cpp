@@ -351,9 +351,32 @@ void foldColumns(const float* disp, int32_t count, int32_t b, float* val, int32_
                 top = m[k] > top ? m[k] : top;
             for (; i < b; ++i)
                 top = d[i] > top ? d[i] : top;
-            int32_t at = b - 1;
-            while (!(d[at] == top))
-                --at;
+            // Eight bins at a time from the end: the first group holding the value answers, and
+            // its last lane equal to it is the place. The head short of a group goes one by one.
+            const F8 t = KV_SPLAT8(top);
+            int32_t at = -1;
+            int32_t j = b - 8;
+            for (; j >= 0; j -= 8) {
+                F8 x;
+                std::memcpy(&x, d + j, sizeof x);
+                // Lane k equal to the value counts k + 1; the largest count, gathered across the
+                // lanes without leaving the vector, is the last such lane (0: none).
+                I8 last = (x == t) & I8{1, 2, 3, 4, 5, 6, 7, 8};
+                I8 other = __builtin_shufflevector(last, last, 4, 5, 6, 7, 0, 1, 2, 3);
+                last = last > other ? last : other;
+                other = __builtin_shufflevector(last, last, 2, 3, 0, 1, 6, 7, 4, 5);
+                last = last > other ? last : other;
+                other = __builtin_shufflevector(last, last, 1, 0, 3, 2, 5, 4, 7, 6);
+                last = last > other ? last : other;
+                if (last[0] == 0) continue;
+                at = j + last[0] - 1;
+                break;
+            }
+            if (at < 0) {
+                at = j + 7;
+                while (!(d[at] == top))
+                    --at;
+            }
             val[c] = d[at];
             bin[c] = int32_t(int64_t(c) * b + at);
         }
