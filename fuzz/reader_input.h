@@ -141,10 +141,28 @@ class ReaderRun {
         // execution, since every execution starts from the same settings.
         filterIndex_ = chosenFilterIndex(started_.Fil, source_, target_.filter).value_or(1);
         useMemoryTraceStore(kWorkingFileLimit);
+        reset();
     }
 
-    /// Imports `data` as the recording. The state it leaves is in st, cmd and host.
+    /// Imports `data` as the recording, from the state after the start sequence. The state it
+    /// leaves is in st, cmd and host.
     void run(const uint8_t* data, size_t size) {
+        reset();
+        import(data, size);
+    }
+
+    /// Puts back the state after the start sequence, and a host that has seen nothing. Assigned
+    /// over the last execution's rather than made anew: the menus, panels, settings and the
+    /// host's lists keep their storage, which spares a few hundred allocations an execution.
+    void reset() {
+        st = started_;
+        cmd = startedCmd_;
+        host = freshHost_;
+    }
+
+    /// Imports `data` into the state as it stands: as the constructor or reset() left it, for an
+    /// execution like any other.
+    void import(const uint8_t* data, size_t size) {
         static const char sep[] = "\n--\n";
         const uint8_t* cut =
             size >= 4 ? static_cast<const uint8_t*>(memmem(data, size, sep, 4)) : nullptr;
@@ -155,13 +173,6 @@ class ReaderRun {
             main_.assign(data, data + size);
             companion_.clear();
         }
-        // Every execution starts from the state after the start sequence, and with a host that
-        // has seen nothing. Assigned over the last execution's rather than made anew: the menus,
-        // panels, settings and the host's lists keep their storage, which spares a few hundred
-        // allocations an execution.
-        st = started_;
-        cmd = startedCmd_;
-        host = freshHost_;
         RecordingViewHost views;
         // The input is read where it lies: the sources are gone before the next execution.
         Workbench wb{st, cmd, host, views, [this](const std::string& path) {
