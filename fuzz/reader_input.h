@@ -31,6 +31,7 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <span>
 #include <string>
 #include <string_view>
 #include <unistd.h>
@@ -96,7 +97,7 @@ inline constexpr int kCancelAtTrace = 16;
 // 2000 bytes, after the word and any ':' or '='.
 inline constexpr double kLongestScopeRecord = 130000;
 
-inline bool scopeRecordTooLong(const std::vector<uint8_t>& input) {
+inline bool scopeRecordTooLong(std::span<const uint8_t> input) {
     const std::string head(input.begin(), input.begin() + std::min<size_t>(input.size(), 2000));
     const size_t tag = head.find("Waveform Tabular Document");
     if (tag == std::string::npos) return false;
@@ -167,14 +168,15 @@ class ReaderRun {
         const uint8_t* cut =
             size >= 4 ? static_cast<const uint8_t*>(memmem(data, size, sep, 4)) : nullptr;
         if (cut) {
-            main_.assign(data, cut);
-            companion_.assign(cut + 4, data + size);
+            main_ = {data, cut};
+            companion_ = {cut + 4, data + size};
         } else {
-            main_.assign(data, data + size);
-            companion_.clear();
+            main_ = {data, size};
+            companion_ = {};
         }
         RecordingViewHost views;
-        // The input is read where it lies: the sources are gone before the next execution.
+        // The input is read where it lies, in the caller's buffer, uncopied: the sources are gone
+        // before the execution ends.
         Workbench wb{st, cmd, host, views, [this](const std::string& path) {
                          return MemoryByteSource::borrowing(path == source_ ? main_ : companion_);
                      }};
@@ -209,7 +211,7 @@ class ReaderRun {
     const ScriptedHost freshHost_;
     std::string source_;
     int filterIndex_ = 1;
-    std::vector<uint8_t> main_, companion_;
+    std::span<const uint8_t> main_, companion_;
 };
 
 } // namespace kv::fuzz
