@@ -106,7 +106,7 @@ void Dt1Traces(ImportContext& ctx) {
         if (!fits) throw ReadError("Subscript out of range");
         const uint64_t off = uint64_t(pos - 1);
         const size_t held = off < size ? size_t(std::min<uint64_t>(copy, (size - off + 1) / 2)) : 0;
-        src->read(off, raw.data(), held * 2);
+        if (held > 0) src->read(off, raw.data(), held * 2);
         float* values = trace.data();
         for (size_t i = 0; i < held; ++i) {
             const float v = raw[i];

@@ -141,13 +141,11 @@ void copySeismicTraces(ImportContext& ctx, const ByteSource& src, SampleCoding c
         const size_t inFile =
             off < src.size() ? size_t(std::min<uint64_t>(want, src.size() - off)) : 0;
         if (inFile > 0) {
-            const uint8_t* from = held.data() + off;
-            size_t got = inFile;
-            if (held.empty()) {
-                got = src.read(off, bytes.data(), inFile);
-                from = bytes.data();
-            }
-            set = decodeHeld(coding, from, got, trace.data(), ext);
+            if (!held.empty())
+                set = decodeHeld(coding, held.data() + off, inFile, trace.data(), ext);
+            else
+                set = decodeHeld(coding, bytes.data(), src.read(off, bytes.data(), inFile),
+                                 trace.data(), ext);
             trace.touched(set);
         }
         out.write(trace.values());
