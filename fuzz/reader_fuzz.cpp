@@ -25,6 +25,11 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    reader().run(data, size);
+    // The state is put back at the end of the execution rather than at the start of the next:
+    // what the import allocated into it (messages, file information, paths) is given back by
+    // the execution that made it. libFuzzer counts an execution's allocations against its
+    // frees, and runs an input again in search of a leak whenever there were more of them.
+    reader().import(data, size);
+    reader().reset();
     return 0;
 }

@@ -31,6 +31,7 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <span>
 #include <string>
 #include <string_view>
 #include <unistd.h>
@@ -96,7 +97,7 @@ inline constexpr int kCancelAtTrace = 16;
 // 2000 bytes, after the word and any ':' or '='.
 inline constexpr double kLongestScopeRecord = 130000;
 
-inline bool scopeRecordTooLong(const std::vector<uint8_t>& input) {
+inline bool scopeRecordTooLong(std::span<const uint8_t> input) {
     const std::string head(input.begin(), input.begin() + std::min<size_t>(input.size(), 2000));
     const size_t tag = head.find("Waveform Tabular Document");
     if (tag == std::string::npos) return false;
@@ -141,29 +142,41 @@ class ReaderRun {
         // execution, since every execution starts from the same settings.
         filterIndex_ = chosenFilterIndex(started_.Fil, source_, target_.filter).value_or(1);
         useMemoryTraceStore(kWorkingFileLimit);
+        reset();
     }
 
-    /// Imports `data` as the recording. The state it leaves is in st, cmd and host.
+    /// Imports `data` as the recording, from the state after the start sequence. The state it
+    /// leaves is in st, cmd and host.
     void run(const uint8_t* data, size_t size) {
+        reset();
+        import(data, size);
+    }
+
+    /// Puts back the state after the start sequence, and a host that has seen nothing. Assigned
+    /// over the last execution's rather than made anew: the menus, panels, settings and the
+    /// host's lists keep their storage, which spares a few hundred allocations an execution.
+    void reset() {
+        st = started_;
+        cmd = startedCmd_;
+        host = freshHost_;
+    }
+
+    /// Imports `data` into the state as it stands: as the constructor or reset() left it, for an
+    /// execution like any other.
+    void import(const uint8_t* data, size_t size) {
         static const char sep[] = "\n--\n";
         const uint8_t* cut =
             size >= 4 ? static_cast<const uint8_t*>(memmem(data, size, sep, 4)) : nullptr;
         if (cut) {
-            main_.assign(data, cut);
-            companion_.assign(cut + 4, data + size);
+            main_ = {data, cut};
+            companion_ = {cut + 4, data + size};
         } else {
-            main_.assign(data, data + size);
-            companion_.clear();
+            main_ = {data, size};
+            companion_ = {};
         }
-        // Every execution starts from the state after the start sequence, and with a host that
-        // has seen nothing. Assigned over the last execution's rather than made anew: the menus,
-        // panels, settings and the host's lists keep their storage, which spares a few hundred
-        // allocations an execution.
-        st = started_;
-        cmd = startedCmd_;
-        host = freshHost_;
         RecordingViewHost views;
-        // The input is read where it lies: the sources are gone before the next execution.
+        // The input is read where it lies, in the caller's buffer, uncopied: the sources are gone
+        // before the execution ends.
         Workbench wb{st, cmd, host, views, [this](const std::string& path) {
                          return MemoryByteSource::borrowing(path == source_ ? main_ : companion_);
                      }};
@@ -198,7 +211,7 @@ class ReaderRun {
     const ScriptedHost freshHost_;
     std::string source_;
     int filterIndex_ = 1;
-    std::vector<uint8_t> main_, companion_;
+    std::span<const uint8_t> main_, companion_;
 };
 
 } // namespace kv::fuzz

@@ -161,14 +161,19 @@ void showDataSet(Workbench& wb) {
 }
 
 void deleteWorkingFiles(const ProgramState& st) {
-    for (const char* name : {"temp.sp", "temp_l.sp", "temp_r.sp", "test.bmp", "span.sp"})
-        KillWorkingFile(joinPath(workingFolder(st), name));
+    // One name's room for all five: every open deletes them.
+    std::string path;
+    for (const char* name : {"temp.sp", "temp_l.sp", "temp_r.sp", "test.bmp", "span.sp"}) {
+        joinPathInto(path, workingFolder(st), name);
+        KillWorkingFile(path);
+    }
 }
 
 void setWorkingPaths(ProgramState& st) {
-    st.TempPath = joinPath(workingFolder(st), "temp.sp");
-    st.TempLeftPath = joinPath(workingFolder(st), "temp_l.sp");
-    st.TempRightPath = joinPath(workingFolder(st), "temp_r.sp");
+    // Written into the paths' own room: the names are the same on every open.
+    joinPathInto(st.TempPath, workingFolder(st), "temp.sp");
+    joinPathInto(st.TempLeftPath, workingFolder(st), "temp_l.sp");
+    joinPathInto(st.TempRightPath, workingFolder(st), "temp_r.sp");
 }
 
 void closeBeforeOpen(Workbench& wb, bool project) {

@@ -86,23 +86,38 @@ void Dt1Traces(ImportContext& ctx) {
     ProgramState& st = ctx.st;
     auto src = openSourceSized(ctx);
     st.Dt1DataPos = 129;
-    std::vector<int16_t> raw(checkedCount(st.Dt1Samples) + 1);
-    std::vector<float> trace(checkedCount(std::max<int32_t>(st.Sp_Samples, 0)));
+    // The raw trace holds Dt1Samples + 1 values and the working trace Sp_Samples; a copy that
+    // does not fit both fails the read. Only the samples copied are read, and only those the file
+    // holds: past its end a trace reads as zeros, which move neither extreme.
+    const size_t rawCount = checkedCount(st.Dt1Samples) + 1;
+    LentTrace trace(checkedCount(std::max<int32_t>(st.Sp_Samples, 0)));
     // Each trace has a 128-byte trace header in front of it, skipped.
     const int64_t stride = int64_t(st.Dt1Samples) * 2 + 128;
     const int64_t upto = st.PadWithZero ? st.Dt1Samples : st.Sp_Samples;
+    const size_t copy = size_t(std::max<int64_t>(upto, 0));
+    const bool fits = copy <= rawCount && copy <= trace.size();
+    const uint64_t size = src->size();
+    std::vector<int16_t> raw(fits ? size_t(std::min<uint64_t>(copy, (size + 1) / 2)) : 0);
+    size_t set = 0; // the values the last trace set; the rest of the working trace is zeros
     TraceOutput out(ctx, st.TempPath);
     for (int32_t t = 0; t < st.TraceCount; ++t) {
         if (!out.next(t)) break;
-        std::fill(trace.begin(), trace.end(), 0.0f);
         const int64_t pos = checkedInt32(double(st.Dt1DataPos) + double(stride) * t);
-        src->read(uint64_t(pos - 1), raw.data(), raw.size() * 2);
-        copySamples(raw, trace, upto);
-        for (int64_t i = 0; i < upto; ++i) {
-            st.Dt1Max = std::max(st.Dt1Max, trace[size_t(i)]);
-            st.Dt1Min = std::min(st.Dt1Min, trace[size_t(i)]);
+        if (!fits) throw ReadError("Subscript out of range");
+        const uint64_t off = uint64_t(pos - 1);
+        const size_t held = off < size ? size_t(std::min<uint64_t>(copy, (size - off + 1) / 2)) : 0;
+        if (held > 0) src->read(off, raw.data(), held * 2);
+        float* values = trace.data();
+        for (size_t i = 0; i < held; ++i) {
+            const float v = raw[i];
+            values[i] = v;
+            st.Dt1Max = std::max(st.Dt1Max, v);
+            st.Dt1Min = std::min(st.Dt1Min, v);
         }
-        out.write(trace);
+        if (set > held) std::fill(values + held, values + set, 0.0f);
+        set = held;
+        trace.touched(held);
+        out.write(trace.values());
     }
     out.finish();
     // Full scale is the larger of the extremes, the same both ways.

@@ -48,12 +48,14 @@ void FormatTable::append(ImportEntry entry) {
     rows_.push_back(std::move(entry));
 }
 
+const std::vector<size_t>& FormatTable::named(int fil) const {
+    static const std::vector<size_t> none;
+    if (fil >= 1 && size_t(fil) <= orders_.size()) return orders_[size_t(fil - 1)];
+    return orders_.empty() ? none : orders_.front();
+}
+
 std::vector<size_t> FormatTable::order(int fil) const {
-    std::vector<size_t> out;
-    if (fil >= 1 && size_t(fil) <= orders_.size())
-        out = orders_[size_t(fil - 1)];
-    else if (!orders_.empty())
-        out = orders_.front();
+    std::vector<size_t> out = named(fil);
     for (size_t i = 0; i < rows_.size(); ++i)
         if (std::find(out.begin(), out.end(), i) == out.end()) out.push_back(i);
     return out;
@@ -79,9 +81,17 @@ int FormatTable::filterIndexOf(int fil, size_t row) const {
 }
 
 std::optional<size_t> FormatTable::rowAt(int fil, int filterIndex) const {
-    const std::vector<size_t> o = order(fil);
-    if (filterIndex < 1 || size_t(filterIndex) > o.size()) return std::nullopt;
-    return o[size_t(filterIndex - 1)];
+    // Counted along the order without making it: every open asks for its entry.
+    if (filterIndex < 1) return std::nullopt;
+    const std::vector<size_t>& first = named(fil);
+    size_t k = size_t(filterIndex - 1);
+    if (k < first.size()) return first[k];
+    k -= first.size();
+    for (size_t i = 0; i < rows_.size(); ++i) {
+        if (std::find(first.begin(), first.end(), i) != first.end()) continue;
+        if (k-- == 0) return i;
+    }
+    return std::nullopt;
 }
 
 int FormatTable::filterIndexForFile(int fil, const std::string& fileName) const {

@@ -85,6 +85,8 @@ class FormatTable {
     std::vector<std::string> extensions() const;
 
   private:
+    /// The rows the dialog order of `fil` names, in its order.
+    const std::vector<size_t>& named(int fil) const;
     void markChosen(ProgramState& st, std::optional<size_t> chosen) const;
     std::vector<ImportEntry> rows_;
     std::vector<std::vector<size_t>> orders_;

@@ -5,6 +5,7 @@
 #include "platform/message_title.h"
 #include "platform/numeric.h"
 
+#include <algorithm>
 #include <limits>
 
 namespace kv {
@@ -28,8 +29,8 @@ bool TraceOutput::next(int k) {
     return true;
 }
 
-void TraceOutput::write(const std::vector<float>& trace) {
-    file_.write(writePos_, trace);
+void TraceOutput::write(std::span<const float> trace) {
+    file_.write(writePos_, trace.data(), trace.size());
     writePos_ += 4 * int64_t(ctx_.st.Sp_Samples);
 }
 
@@ -37,6 +38,30 @@ void TraceOutput::finish() {
     ctx_.st.WorkingFileLength = file_.length();
     progress_.reset();
     file_.close();
+}
+
+namespace {
+
+/// The longest trace fitTraceLength makes; a trace room up to this size is kept for the next
+/// read.
+constexpr size_t kKeptTraceRoom = size_t(1) << 16;
+
+/// The room of the thread's last trace, all zeros; empty while a read holds it.
+std::vector<float>& spareTrace() {
+    thread_local std::vector<float> spare;
+    return spare;
+}
+
+} // namespace
+
+LentTrace::LentTrace(size_t n) : n_(n) {
+    room_.swap(spareTrace());
+    if (room_.size() < n) room_.resize(n);
+}
+
+LentTrace::~LentTrace() {
+    std::fill_n(room_.data(), dirty_, 0.0f);
+    if (room_.size() <= kKeptTraceRoom && spareTrace().empty()) spareTrace().swap(room_);
 }
 
 void reportFailedRead(ImportContext& ctx, Failure how, const char* text) {

@@ -10,9 +10,11 @@
 #include "platform/trace_store.h"
 #include "state/workbench.h"
 
+#include <algorithm>
 #include <cmath>
 #include <functional>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -50,7 +52,8 @@ class TraceOutput {
     /// Call at the top of each trace k. False when the user cancelled: leave the loop.
     bool next(int k);
     /// Writes one trace of Sp_Samples floats at the write position and advances it.
-    void write(const std::vector<float>& trace);
+    void write(std::span<const float> trace);
+    void write(const std::vector<float>& trace) { write(std::span<const float>(trace)); }
     /// Writes at an explicit 1-based position (readers whose layout differs).
     void writeAt(int64_t pos1, const float* data, size_t n) { file_.write(pos1, data, n); }
     /// Sets WorkingFileLength from the file and closes it; the progress window goes away.
@@ -64,6 +67,32 @@ class TraceOutput {
     std::unique_ptr<Progress> progress_;
     int64_t writePos_ = 1;
     bool yield_;
+};
+
+/// A working trace of zeros for a reader's trace loop, made in the room the thread's last such
+/// trace left. A header may call for traces of 65536 samples, and an array that long, allocated
+/// and cleared on every import, cost more than all the rest of a short file's read. The reader
+/// says how far it has set values (`touched`); they are cleared when the trace goes back, however
+/// the read ends, so the room holds nothing but zeros between reads. A read started while another
+/// holds the room (the host's yield lets the user act) makes a trace of its own, and room beyond
+/// the longest trace a file is fitted to is given back to the system.
+class LentTrace {
+  public:
+    explicit LentTrace(size_t n);
+    ~LentTrace();
+    LentTrace(const LentTrace&) = delete;
+    LentTrace& operator=(const LentTrace&) = delete;
+    float* data() { return room_.data(); }
+    size_t size() const { return n_; }
+    /// The trace: its `size()` values.
+    std::span<const float> values() const { return {room_.data(), n_}; }
+    /// Values from the first up to (not including) `k` may no longer be zero.
+    void touched(size_t k) { dirty_ = std::max(dirty_, std::min(k, n_)); }
+
+  private:
+    std::vector<float> room_;
+    size_t n_;
+    size_t dirty_ = 0;
 };
 
 /// What a reader's own failure handler does after a failed read: `text` (or, when memory ran

@@ -13,6 +13,8 @@
 #include <cstring>
 #include <limits>
 #include <optional>
+#include <string>
+#include <string_view>
 
 namespace kv {
 
@@ -55,11 +57,12 @@ constexpr bool isWordChar(char c) {
     return c == ' ' || (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
 }
 
-/// Per byte: 1 when it reads as a letter, digit or blank (in ASCII, or in EBCDIC), and the
-/// character it shows as in the decoded text (a blank for anything not printable). Tables, so
-/// that the scan of a 3200-byte header is a run of loads rather than a run of comparisons.
+/// Per byte: how much more it reads as a letter, digit or blank in EBCDIC than in ASCII (-1, 0
+/// or 1), and the character it shows as in the decoded text (a blank for anything not
+/// printable). Tables, so that the scan of a 3200-byte header is a run of loads rather than a
+/// run of comparisons.
 struct TextTables {
-    std::array<uint8_t, 256> asciiWord{}, ebcdicWord{};
+    std::array<int8_t, 256> ebcdicLead{};
     std::array<char, 256> asciiShown{}, ebcdicShown{};
 };
 constexpr TextTables textTables() {
@@ -67,8 +70,7 @@ constexpr TextTables textTables() {
     auto shown = [](char c) { return c >= 0x20 && c < 0x7F ? c : ' '; };
     for (int b = 0; b < 256; ++b) {
         const char a = char(b), e = kEbcdic[size_t(b)];
-        t.asciiWord[size_t(b)] = isWordChar(a);
-        t.ebcdicWord[size_t(b)] = isWordChar(e);
+        t.ebcdicLead[size_t(b)] = int8_t(int(isWordChar(e)) - int(isWordChar(a)));
         t.asciiShown[size_t(b)] = shown(a);
         t.ebcdicShown[size_t(b)] = shown(e);
     }
@@ -76,38 +78,55 @@ constexpr TextTables textTables() {
 }
 constexpr TextTables kText = textTables();
 
+/// Bytes a header scan takes in at once: one load and one store for eight characters, and only
+/// the table look-ups one a byte.
+constexpr size_t kWord = 8;
+
 /// True when more of the bytes read as letters, digits and blanks in EBCDIC than in ASCII.
-bool looksEbcdic(const std::vector<uint8_t>& text) {
+bool looksEbcdic(const uint8_t* text, size_t n) {
     // Plain pointers: a header is scanned for every extended header a file declares.
-    const uint8_t* asciiWord = kText.asciiWord.data();
-    const uint8_t* ebcdicWord = kText.ebcdicWord.data();
-    const uint8_t* b = text.data();
-    size_t ascii = 0, ebcdic = 0;
-    for (size_t i = 0, n = text.size(); i < n; ++i) {
-        ascii += asciiWord[b[i]];
-        ebcdic += ebcdicWord[b[i]];
+    const int8_t* lead = kText.ebcdicLead.data();
+    int64_t ebcdicAhead = 0;
+    size_t i = 0;
+    for (; i + kWord <= n; i += kWord) {
+        uint64_t word;
+        std::memcpy(&word, text + i, kWord);
+        for (size_t k = 0; k < kWord; ++k)
+            ebcdicAhead += lead[(word >> (8 * k)) & 0xFF];
     }
-    return ebcdic > ascii;
+    for (; i < n; ++i)
+        ebcdicAhead += lead[text[i]];
+    return ebcdicAhead > 0;
 }
 
-/// A textual header as ASCII: every character that is not printable becomes a blank.
-std::string decodeText(const std::vector<uint8_t>& text) {
-    const char* shown = (looksEbcdic(text) ? kText.ebcdicShown : kText.asciiShown).data();
-    std::string out(text.size(), ' ');
-    char* o = out.data();
+/// A textual header as ASCII, into `out`: every character that is not printable becomes a
+/// blank. One text is decoded over and over into the room of the last.
+void decodeText(const std::vector<uint8_t>& text, std::string& out) {
+    const size_t n = text.size();
     const uint8_t* b = text.data();
-    for (size_t i = 0, n = text.size(); i < n; ++i)
-        o[i] = shown[b[i]];
-    return out;
+    const uint8_t* shown = reinterpret_cast<const uint8_t*>(
+        (looksEbcdic(b, n) ? kText.ebcdicShown : kText.asciiShown).data());
+    out.resize(n);
+    char* o = out.data();
+    size_t i = 0;
+    for (; i + kWord <= n; i += kWord) {
+        uint64_t in, decoded = 0;
+        std::memcpy(&in, b + i, kWord);
+        for (size_t k = 0; k < kWord; ++k)
+            decoded |= uint64_t(shown[(in >> (8 * k)) & 0xFF]) << (8 * k);
+        std::memcpy(o + i, &decoded, kWord);
+    }
+    for (; i < n; ++i)
+        o[i] = char(shown[b[i]]);
 }
 
 /// The 80-character cards of a textual header as lines, without their trailing blanks; blank
-/// cards are left out.
-void appendCards(const std::string& text, std::vector<std::string>& lines) {
-    for (size_t at = 0; at < text.size(); at += kCardBytes) {
-        const std::string line = text.substr(at, kCardBytes);
-        const size_t end = line.find_last_not_of(' ');
-        if (end != std::string::npos) lines.push_back(line.substr(0, end + 1));
+/// cards are left out. Lines past `most` would only be dropped again, and are not made.
+void appendCards(std::string_view text, std::vector<std::string>& lines, size_t most) {
+    for (size_t at = 0; at < text.size() && lines.size() < most; at += kCardBytes) {
+        const std::string_view card = text.substr(at, kCardBytes);
+        const size_t end = card.find_last_not_of(' ');
+        if (end != std::string_view::npos) lines.emplace_back(card.substr(0, end + 1));
     }
 }
 
@@ -183,6 +202,7 @@ uint64_t traceStart(const ByteSource& src, const Fields& f, int revision,
     extended = f.i16(3504);
     uint64_t start = kHeaderBytes;
     std::vector<uint8_t> block(kTextBytes);
+    std::string text;
     // Reads the extended header at `at`; true when it is the last of a variable count.
     auto readBlock = [&](uint64_t at) {
         if (at + kTextBytes > size) throw ReadError("extended textual header past the end");
@@ -190,8 +210,8 @@ uint64_t traceStart(const ByteSource& src, const Fields& f, int revision,
         // is used, and a count in the thousands would only decode text to drop it.
         if (extended > 0 && lines.size() >= kMostTextLines) return false;
         src.read(at, block.data(), block.size());
-        const std::string text = decodeText(block);
-        if (lines.size() < kMostTextLines) appendCards(text, lines);
+        decodeText(block, text);
+        appendCards(text, lines, kMostTextLines);
         return text.find("((SEG: EndText))") != std::string::npos;
     };
     if (extended > 0) {
@@ -294,12 +314,15 @@ void readSegy(ImportContext& ctx) {
     const int revision = int(revisionField >= 256 ? revisionField >> 8 : revisionField);
 
     std::vector<std::string> lines;
-    std::vector<uint8_t> text(kTextBytes);
-    src->read(0, text.data(), text.size());
-    appendCards(decodeText(text), lines);
+    {
+        std::vector<uint8_t> bytes(kTextBytes);
+        src->read(0, bytes.data(), bytes.size());
+        std::string text;
+        decodeText(bytes, text);
+        appendCards(text, lines, kMostTextLines);
+    }
     int64_t extended = 0;
     const uint64_t start = traceStart(*src, f, revision, lines, extended);
-    if (lines.size() > kMostTextLines) lines.resize(kMostTextLines);
 
     uint64_t traceHeaderBytes = kTraceHeaderBytes;
     if (revision >= 2) {

@@ -67,32 +67,44 @@ float decode(SampleCoding c, const uint8_t* p) {
     return 0.0f;
 }
 
-/// Decodes `n` samples and copies them into the trace, keeping the extremes. The coding is a
-/// template argument so that the per-sample loop has no branch on it.
+/// Decodes `n` samples into `out`, keeping the extremes. The coding is a template argument so
+/// that the per-sample loop has no branch on it.
 template <SampleCoding C>
-void decodeInto(const uint8_t* bytes, int64_t n, std::vector<float>& trace, Extremes& ext) {
+void decodeInto(const uint8_t* bytes, size_t n, float* out, Extremes& ext) {
     constexpr size_t w = C == SampleCoding::Int16Low ? 2 : C == SampleCoding::Float64Low ? 8 : 4;
-    for (int64_t i = 0; i < n; ++i) {
-        const float v = decode(C, bytes + size_t(i) * w);
+    for (size_t i = 0; i < n; ++i) {
+        const float v = decode(C, bytes + i * w);
         ext.take(v);
-        trace[size_t(i)] = v;
+        out[i] = v;
     }
 }
 
-void decodeTrace(SampleCoding c, const uint8_t* bytes, int64_t n, std::vector<float>& trace,
-                 Extremes& ext) {
+void decodeTrace(SampleCoding c, const uint8_t* bytes, size_t n, float* out, Extremes& ext) {
     switch (c) {
     case SampleCoding::Int16Low:
-        return decodeInto<SampleCoding::Int16Low>(bytes, n, trace, ext);
+        return decodeInto<SampleCoding::Int16Low>(bytes, n, out, ext);
     case SampleCoding::Int32Low:
-        return decodeInto<SampleCoding::Int32Low>(bytes, n, trace, ext);
+        return decodeInto<SampleCoding::Int32Low>(bytes, n, out, ext);
     case SampleCoding::Float32Low:
-        return decodeInto<SampleCoding::Float32Low>(bytes, n, trace, ext);
+        return decodeInto<SampleCoding::Float32Low>(bytes, n, out, ext);
     case SampleCoding::Float64Low:
-        return decodeInto<SampleCoding::Float64Low>(bytes, n, trace, ext);
+        return decodeInto<SampleCoding::Float64Low>(bytes, n, out, ext);
     case SampleCoding::Float32High:
-        return decodeInto<SampleCoding::Float32High>(bytes, n, trace, ext);
+        return decodeInto<SampleCoding::Float32High>(bytes, n, out, ext);
     }
+}
+
+/// Decodes the `got` bytes at `bytes` into `out`: whole samples as they stand, and a last sample
+/// the file cuts short as if zeros followed it. Returns the number of values set.
+size_t decodeHeld(SampleCoding c, const uint8_t* bytes, size_t got, float* out, Extremes& ext) {
+    const size_t w = size_t(sampleWidth(c));
+    const size_t whole = got / w;
+    decodeTrace(c, bytes, whole, out, ext);
+    if (got % w == 0) return whole;
+    uint8_t last[8] = {};
+    std::memcpy(last, bytes + whole * w, got % w);
+    decodeTrace(c, last, 1, out + whole, ext);
+    return whole + 1;
 }
 
 } // namespace
@@ -106,8 +118,11 @@ void copySeismicTraces(ImportContext& ctx, const ByteSource& src, SampleCoding c
     // The source array holds fileSamples + 1 values; the working trace Sp_Samples. Only the part
     // that is copied is read, so memory stays at one working trace whatever the header claims.
     const bool fits = copy <= int64_t(fileSamples) + 1 && copy <= int64_t(st.Sp_Samples);
-    std::vector<uint8_t> bytes(fits && copy > 0 ? size_t(copy) * size_t(w) : 0);
-    std::vector<float> trace(size_t(std::max(st.Sp_Samples, 0)));
+    const size_t want = fits && copy > 0 ? size_t(copy) * size_t(w) : 0;
+    // A source in memory is decoded where it lies; one on disk is read into a buffer first.
+    const std::span<const uint8_t> held = src.resident();
+    std::vector<uint8_t> bytes(held.empty() ? size_t(std::min<uint64_t>(want, src.size())) : 0);
+    LentTrace trace(size_t(std::max(st.Sp_Samples, 0)));
 
     TraceOutput out(ctx, st.TempPath);
     // Samples past the end of the file are zeros, which move neither extreme: only the samples
@@ -120,15 +135,20 @@ void copySeismicTraces(ImportContext& ctx, const ByteSource& src, SampleCoding c
         const int64_t pos = firstPos + stride * int64_t(t);
         if (pos < 1 || pos > std::numeric_limits<int32_t>::max()) throw ReadError("Overflow");
         if (!fits) throw ReadError("Subscript out of range");
-        std::fill(trace.begin(), trace.begin() + std::ptrdiff_t(set), 0.0f);
+        std::fill_n(trace.data(), set, 0.0f);
         set = 0;
-        const size_t got =
-            bytes.empty() ? 0 : src.read(uint64_t(pos - 1), bytes.data(), bytes.size());
-        if (got > 0) {
-            set = std::min(size_t(copy), (got + size_t(w) - 1) / size_t(w));
-            decodeTrace(coding, bytes.data(), int64_t(set), trace, ext);
+        const uint64_t off = uint64_t(pos - 1);
+        const size_t inFile =
+            off < src.size() ? size_t(std::min<uint64_t>(want, src.size() - off)) : 0;
+        if (inFile > 0) {
+            if (!held.empty())
+                set = decodeHeld(coding, held.data() + off, inFile, trace.data(), ext);
+            else
+                set = decodeHeld(coding, bytes.data(), src.read(off, bytes.data(), inFile),
+                                 trace.data(), ext);
+            trace.touched(set);
         }
-        out.write(trace);
+        out.write(trace.values());
     }
     out.finish();
 }

@@ -36,9 +36,15 @@ std::string folderOf(const std::string& path) {
 }
 
 std::string joinPath(const std::string& folder, const std::string& name) {
-    if (folder.empty()) return name;
-    if (folder.back() == '/' || folder.back() == '\\') return folder + name;
-    return folder + "/" + name;
+    std::string path;
+    joinPathInto(path, folder, name);
+    return path;
+}
+
+void joinPathInto(std::string& out, const std::string& folder, std::string_view name) {
+    out.assign(folder);
+    if (!folder.empty() && folder.back() != '/' && folder.back() != '\\') out += '/';
+    out.append(name);
 }
 
 std::string upperAscii(std::string s) {

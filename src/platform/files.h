@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 namespace kv {
 
@@ -13,6 +14,8 @@ std::string fileTitleOf(const std::string& path);
 std::string folderOf(const std::string& path);
 /// `folder` + "/" + `name`, without doubling the separator.
 std::string joinPath(const std::string& folder, const std::string& name);
+/// The same path written into `out`, in the room it has: for names made again on every open.
+void joinPathInto(std::string& out, const std::string& folder, std::string_view name);
 /// Upper-cased copy (ASCII).
 std::string upperAscii(std::string s);
 bool equalsNoCase(const std::string& a, const std::string& b);

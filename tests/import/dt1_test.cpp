@@ -52,6 +52,31 @@ TEST(Dt1Read, KeysInAnyCaseAndTraceHeadersSkipped) {
     }
 }
 
+TEST(Dt1Read, AFileCutInsideASampleEndsInZerosFromDiskAndFromMemory) {
+    // The header promises three traces; the file ends one byte into the second trace's third
+    // sample, which keeps its low byte (0x30 of -2000) and reads a zero for the other.
+    const std::vector<std::vector<int>> traces = {{1, 2, 3, 4, 5, 1000}, {-7, 7, -2000, 9, 10, 11}};
+    std::vector<uint8_t> dt1 = dt1Bytes(traces);
+    dt1.resize(dt1.size() - 7);
+    for (bool memory : {false, true}) {
+        SCOPED_TRACE(memory ? "in memory" : "on disk");
+        Dt1Case b;
+        if (memory) b.wb.openSource = test::memoryOpener();
+        b.import(b.put(dt1Bytes({{-900, 900, 900, 900, 900, 900}}), hdText("1", "6", "12")));
+        ASSERT_FALSE(b.st.TempPath.empty());
+        b.import(b.put(dt1, hdText("3", "6", "12")));
+        ASSERT_FALSE(b.st.TempPath.empty());
+        EXPECT_TRUE(b.host.messages.empty());
+        const auto w = b.working();
+        ASSERT_EQ(w.size(), 3u * 8);
+        const std::vector<float> expected = {1, 2, 3, 4, 5, 1000, 0, 0, -7, 7, 0x30, 0,
+                                             0, 0, 0, 0, 0, 0,    0, 0, 0,  0, 0,    0};
+        EXPECT_EQ(w, expected);
+        EXPECT_EQ(b.st.Dt1Max, 1000.0f);
+        EXPECT_EQ(b.st.Dt1Min, -7.0f);
+    }
+}
+
 TEST(Dt1Read, AHeaderTooLongForTheSixteenBitScanIsACorruptedFile) {
     for (size_t extra : {size_t(0), size_t(1)}) {
         SCOPED_TRACE(extra);

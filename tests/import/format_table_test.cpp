@@ -100,6 +100,29 @@ TEST(FormatTable, AnAppendedEntryComesAfterTheTwelveEverywhereAndMovesNoneOfThem
     EXPECT_FALSE(st.IsSgy);
 }
 
+TEST(FormatTable, ADialogPositionGivesTheRowAtThatPlaceOfTheOrder) {
+    FormatTable appended = formatTable();
+    appended.append(appendedEntry());
+    // An order that names a row from the middle: unnamed rows before and after it follow.
+    std::vector<ImportEntry> rows = formatTable().rows();
+    const FormatTable partial(rows, {"DT1 SEISMIC"});
+    const FormatTable unordered(rows, {});
+    for (const FormatTable* t : std::initializer_list<const FormatTable*>{&formatTable(), &appended,
+                                                                          &partial, &unordered}) {
+        for (int fil = 0; fil <= 13; ++fil) {
+            const std::vector<size_t> order = t->order(fil);
+            for (int k = -1; k <= int(order.size()) + 1; ++k) {
+                SCOPED_TRACE(testing::Message() << "Fil " << fil << ", position " << k);
+                if (k >= 1 && k <= int(order.size()))
+                    EXPECT_EQ(t->rowAt(fil, k), order[size_t(k - 1)]);
+                else
+                    EXPECT_EQ(t->rowAt(fil, k), std::nullopt);
+            }
+        }
+    }
+    EXPECT_EQ(partial.rowAt(1, 3), 0u) << "then the table's first row";
+}
+
 TEST(FormatTable, ADialogOrderNamingAnUnknownOrRepeatedEntryIsRefused) {
     std::vector<ImportEntry> rows = {appendedEntry()};
     EXPECT_THROW(FormatTable(rows, {"NEXT NOPE"}), std::logic_error);

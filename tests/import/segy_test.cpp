@@ -6,7 +6,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstring>
 
 using namespace kv;
 
@@ -237,6 +239,40 @@ TEST(SegySeismic, WithoutPaddingOnlySpSamplesAreCopied) {
     EXPECT_EQ(w[511], 511.0f);
     EXPECT_EQ(w[513], -1.0f) << "the next trace starts where the stride says";
     EXPECT_EQ(b.st.FullScalePos, 511.0f) << "only copied values count";
+}
+
+TEST(SegySeismic, AFileCutInsideASampleEndsInZerosFromDiskAndFromMemory) {
+    // 512 four-byte samples a trace; the file ends two bytes into the second trace's eleventh
+    // sample. The count leaves the sample width out, so a third trace lies wholly past the end.
+    const int n = 512;
+    auto bytes = test::segyBytes(true, 5, 100, {ramp(n, 1.25, 1), ramp(n, -1.1, -1.05)});
+    const size_t second = 3600 + 240 + 4 * n + 240; // 0-based, the second trace's samples
+    bytes.resize(second + 10 * 4 + 2);
+    // The cut sample keeps its two low bytes; the two it lacks read as zeros.
+    const uint32_t cutBits = uint32_t(bytes[second + 40]) | uint32_t(bytes[second + 41]) << 8;
+    float cut;
+    std::memcpy(&cut, &cutBits, 4);
+    ASSERT_NE(cut, 0.0f);
+    for (bool memory : {false, true}) {
+        SCOPED_TRACE(memory ? "in memory" : "on disk");
+        SgyCase b;
+        if (memory) b.wb.openSource = test::memoryOpener();
+        b.open(test::segyBytes(true, 5, 100, {ramp(n, 3, 100), ramp(n, 3, 100)}));
+        ASSERT_TRUE(b.loaded());
+        b.open(bytes);
+        ASSERT_TRUE(b.loaded());
+        ASSERT_EQ(b.st.Sp_Samples, n);
+        ASSERT_EQ(b.st.TraceCount, 3);
+        const auto w = b.working();
+        ASSERT_EQ(w.size(), 3u * n);
+        for (int i = 0; i < n; ++i)
+            ASSERT_EQ(w[size_t(i)], float(1 + 1.25 * i)) << i;
+        for (int i = 0; i < 10; ++i)
+            ASSERT_EQ(w[size_t(n + i)], float(-1.05 - 1.1 * i)) << i;
+        EXPECT_EQ(w[size_t(n + 10)], cut);
+        EXPECT_TRUE(std::all_of(w.begin() + n + 11, w.end(), [](float v) { return v == 0.0f; }));
+        EXPECT_EQ(b.st.FullScalePos, float(std::trunc(1 + 1.25 * (n - 1))));
+    }
 }
 
 TEST(SegyRadsys, CountsComeFromTheFirstTraceHeaderInPicoseconds) {

@@ -73,6 +73,13 @@ std::string readText(const std::string& path) {
     return ss.str();
 }
 
+SourceOpener memoryOpener() {
+    return [](const std::string& path) -> std::unique_ptr<ByteSource> {
+        const std::string text = readText(path);
+        return std::make_unique<MemoryByteSource>(std::vector<uint8_t>(text.begin(), text.end()));
+    };
+}
+
 std::vector<uint8_t> wavBytes(int channels, int sampleRate, int bits,
                               const std::vector<int>& samples) {
     const int bytesPer = bits / 8;

@@ -51,6 +51,9 @@ struct Bench {
 void writeFile(const std::string& path, const std::vector<uint8_t>& bytes);
 void writeText(const std::string& path, const std::string& text);
 std::string readText(const std::string& path);
+/// Opens every file as a memory source holding its bytes, as the fuzz targets open their input:
+/// a reader then takes the bytes where they lie rather than reading them into a buffer.
+SourceOpener memoryOpener();
 
 /// A canonical 44-byte-header WAV with the given samples (interleaved for several channels).
 std::vector<uint8_t> wavBytes(int channels, int sampleRate, int bits,
