@@ -248,7 +248,9 @@ void InitFftState(ProgramState& st) {
     redim(st.SpPhase, int64_t(n) + 1);
     st.PhasesOwed.spectrum = false; // the cleared phases are what SpPhase holds now
     redim(st.PeakHoldAcc, int64_t(st.Sp_Bins) + 1);
-    if (n >= 1 && n <= fft::kMaxLength) fft::prepare(n);
+    // The plans are made by the first transform, not here: an open that fails before its first
+    // trace (a header whose sample count the reader then refuses) would otherwise plan a length
+    // that is never used, and each such length crowds a kept one out of the plan cache.
 }
 
 void ensurePhases(ProgramState& st) {
