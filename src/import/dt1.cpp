@@ -98,7 +98,6 @@ void Dt1Traces(ImportContext& ctx) {
     const bool fits = copy <= rawCount && copy <= trace.size();
     const uint64_t size = src->size();
     std::vector<int16_t> raw(fits ? size_t(std::min<uint64_t>(copy, (size + 1) / 2)) : 0);
-    size_t set = 0; // the values the last trace set; the rest of the working trace is zeros
     TraceOutput out(ctx, st.TempPath);
     for (int32_t t = 0; t < st.TraceCount; ++t) {
         if (!out.next(t)) break;
@@ -114,9 +113,7 @@ void Dt1Traces(ImportContext& ctx) {
             st.Dt1Max = std::max(st.Dt1Max, v);
             st.Dt1Min = std::min(st.Dt1Min, v);
         }
-        if (set > held) std::fill(values + held, values + set, 0.0f);
-        set = held;
-        trace.touched(held);
+        trace.holds(held);
         out.write(trace.values());
     }
     out.finish();

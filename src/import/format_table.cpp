@@ -54,10 +54,20 @@ const std::vector<size_t>& FormatTable::named(int fil) const {
     return orders_.empty() ? none : orders_.front();
 }
 
-std::vector<size_t> FormatTable::order(int fil) const {
-    std::vector<size_t> out = named(fil);
+template <class Visit> void FormatTable::walkOrder(int fil, Visit visit) const {
+    const std::vector<size_t>& first = named(fil);
+    for (size_t row : first)
+        if (visit(row)) return;
     for (size_t i = 0; i < rows_.size(); ++i)
-        if (std::find(out.begin(), out.end(), i) == out.end()) out.push_back(i);
+        if (std::find(first.begin(), first.end(), i) == first.end() && visit(i)) return;
+}
+
+std::vector<size_t> FormatTable::order(int fil) const {
+    std::vector<size_t> out;
+    walkOrder(fil, [&](size_t row) {
+        out.push_back(row);
+        return false;
+    });
     return out;
 }
 
@@ -82,16 +92,15 @@ int FormatTable::filterIndexOf(int fil, size_t row) const {
 
 std::optional<size_t> FormatTable::rowAt(int fil, int filterIndex) const {
     // Counted along the order without making it: every open asks for its entry.
-    if (filterIndex < 1) return std::nullopt;
-    const std::vector<size_t>& first = named(fil);
+    std::optional<size_t> found;
+    if (filterIndex < 1) return found;
     size_t k = size_t(filterIndex - 1);
-    if (k < first.size()) return first[k];
-    k -= first.size();
-    for (size_t i = 0; i < rows_.size(); ++i) {
-        if (std::find(first.begin(), first.end(), i) != first.end()) continue;
-        if (k-- == 0) return i;
-    }
-    return std::nullopt;
+    walkOrder(fil, [&](size_t row) {
+        if (k-- > 0) return false;
+        found = row;
+        return true;
+    });
+    return found;
 }
 
 int FormatTable::filterIndexForFile(int fil, const std::string& fileName) const {

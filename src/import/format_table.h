@@ -87,6 +87,9 @@ class FormatTable {
   private:
     /// The rows the dialog order of `fil` names, in its order.
     const std::vector<size_t>& named(int fil) const;
+    /// Goes along the dialog order of `fil` (the rows it names, then every other row in table
+    /// order) until `visit(row)` returns true.
+    template <class Visit> void walkOrder(int fil, Visit visit) const;
     void markChosen(ProgramState& st, std::optional<size_t> chosen) const;
     std::vector<ImportEntry> rows_;
     std::vector<std::vector<size_t>> orders_;

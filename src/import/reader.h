@@ -88,11 +88,21 @@ class LentTrace {
     std::span<const float> values() const { return {room_.data(), n_}; }
     /// Values from the first up to (not including) `k` may no longer be zero.
     void touched(size_t k) { dirty_ = std::max(dirty_, std::min(k, n_)); }
+    /// A trace loop's step: this trace set the values up to `k`, and the rest is to read as
+    /// zeros, so what the trace before set beyond `k` is cleared (only that: the values below
+    /// `k` were just written).
+    void holds(size_t k) {
+        k = std::min(k, n_);
+        if (held_ > k) std::fill(room_.data() + k, room_.data() + held_, 0.0f);
+        held_ = k;
+        touched(k);
+    }
 
   private:
     std::vector<float> room_;
     size_t n_;
     size_t dirty_ = 0;
+    size_t held_ = 0;
 };
 
 /// What a reader's own failure handler does after a failed read: `text` (or, when memory ran

@@ -129,25 +129,21 @@ void copySeismicTraces(ImportContext& ctx, const ByteSource& src, SampleCoding c
     // the file holds (the last one perhaps in part) are decoded, and only the values the last
     // trace set are cleared again. A header that claims long traces or many of them beyond a
     // short file costs no more than the file.
-    size_t set = 0;
     for (int32_t t = 0; t < st.TraceCount; ++t) {
         if (!out.next(t)) break;
         const int64_t pos = firstPos + stride * int64_t(t);
         if (pos < 1 || pos > std::numeric_limits<int32_t>::max()) throw ReadError("Overflow");
         if (!fits) throw ReadError("Subscript out of range");
-        std::fill_n(trace.data(), set, 0.0f);
-        set = 0;
         const uint64_t off = uint64_t(pos - 1);
         const size_t inFile =
             off < src.size() ? size_t(std::min<uint64_t>(want, src.size() - off)) : 0;
-        if (inFile > 0) {
-            if (!held.empty())
-                set = decodeHeld(coding, held.data() + off, inFile, trace.data(), ext);
-            else
-                set = decodeHeld(coding, bytes.data(), src.read(off, bytes.data(), inFile),
-                                 trace.data(), ext);
-            trace.touched(set);
-        }
+        size_t set = 0;
+        if (inFile > 0 && !held.empty())
+            set = decodeHeld(coding, held.data() + off, inFile, trace.data(), ext);
+        else if (inFile > 0)
+            set = decodeHeld(coding, bytes.data(), src.read(off, bytes.data(), inFile),
+                             trace.data(), ext);
+        trace.holds(set);
         out.write(trace.values());
     }
     out.finish();

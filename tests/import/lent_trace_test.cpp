@@ -56,3 +56,16 @@ TEST(LentTrace, AReadInsideAnotherHasRoomOfItsOwn) {
     LentTrace next(16);
     EXPECT_TRUE(allZero(next));
 }
+
+TEST(LentTrace, ALoopStepClearsWhatTheTraceBeforeSetPastThisOne) {
+    LentTrace trace(10);
+    std::fill_n(trace.data(), 6, 2.0f);
+    trace.holds(6);
+    std::fill_n(trace.data(), 3, 4.0f); // a shorter trace: the file ends sooner
+    trace.holds(3);
+    EXPECT_EQ(trace.data()[2], 4.0f) << "what this trace set stays";
+    for (size_t i = 3; i < 10; ++i)
+        EXPECT_EQ(trace.data()[i], 0.0f) << i;
+    trace.holds(0);
+    EXPECT_TRUE(allZero(trace));
+}
