@@ -1,6 +1,7 @@
 // Auto-span and the span's edges in bins.
 #include "conditioning/span.h"
 
+#include "engine/spectrum.h"
 #include "platform/numeric.h"
 #include "state/program_state.h"
 
@@ -20,6 +21,7 @@ void bandFromEdges(ProgramState& st) {
 } // namespace
 
 void AutoSpan(ProgramState& st) {
+    settleDecibels(st);
     const double d = double(st.PeakDb) - st.AutotuneLevel;
     const int32_t last = std::min<int32_t>(st.Sp_Bins, int32_t(st.SpDisp.size())) - 1;
     const int32_t peak = std::clamp<int32_t>(st.PeakBin, 0, std::max(last, 0));

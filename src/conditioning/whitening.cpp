@@ -134,6 +134,7 @@ void ApplyWhite(const ProgramState& st, std::vector<float>& re, std::vector<floa
 void FyllWhite(ProgramState& st) {
     if (st.CurrentTracePos < 0) st.CurrentTracePos = st.FirstTracePos;
     releaseTransform(st); // FftRe/FftIm are read afresh below
+    settleDecibels(st);   // and SpAmp is rewritten
     if (st.ModeFFT == 4)
         readGroup(st, int64_t(st.PlayRew ? st.RgBackTrace : st.TraceStep * int64_t(st.TracePos)),
                   st.FftRe, st.FftIm);

@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <vector>
 
 // Each routine is built twice on x86-64, once for AVX2 (eight floats or four doubles a step) and
 // once for the baseline, and the loader picks the one the processor runs. Neither clone may fuse
@@ -67,40 +68,46 @@ inline bool logInRange(float x) {
     return std::bit_cast<uint32_t>(x) - 0x00800000u < 0x7f000000u;
 }
 
+/// 20 log10 r for a positive, finite, normal r, in single precision. The fold below forms the
+/// same figure for single bins, so both go through this one definition.
+inline float decibelsInRange(float r) {
+    // 20 / ln(10): decibels from a natural logarithm.
+    constexpr float kDbPerNeper = 8.685889638065037f;
+    const uint32_t bits = std::bit_cast<uint32_t>(r);
+    // r = m * 2^e with m in [sqrt(1/2), sqrt(2)); ln r = ln m + e ln 2.
+    float e = float(int32_t(bits >> 23) - 127);
+    float m = std::bit_cast<float>((bits & 0x007fffffu) | 0x3f800000u);
+    const bool high = m > 1.41421356f;
+    m = high ? m * 0.5f : m;
+    e = high ? e + 1.0f : e;
+    const float x = m - 1.0f;
+    const float z = x * x;
+    // The polynomial in x evaluated in pairs (Estrin's scheme) rather than term after term: the
+    // same sum in a quarter of the dependent steps, so that the processor can keep many bins in
+    // flight.
+    const float z2 = z * z;
+    const float p01 = 3.3333331174E-1f + -2.4999993993E-1f * x;
+    const float p23 = 2.0000714765E-1f + -1.6668057665E-1f * x;
+    const float p45 = 1.4249322787E-1f + -1.2420140846E-1f * x;
+    const float p67 = 1.1676998740E-1f + -1.1514610310E-1f * x;
+    const float p = (p01 + p23 * z) + (p45 + p67 * z) * z2 + 7.0376836292E-2f * (z2 * z2);
+    float y = p * x * z;
+    // ln 2 in two parts, so that e * ln 2 keeps its precision.
+    y += -2.12194440e-4f * e;
+    y += -0.5f * z;
+    const float ln = x + y + 0.693359375f * e;
+    return ln * kDbPerNeper;
+}
+
 } // namespace
 
 KV_VECTOR_CLONES
 void decibels(const float* amp, float* disp, int32_t n, float fullScale) {
-    // 20 / ln(10): decibels from a natural logarithm.
-    constexpr float kDbPerNeper = 8.685889638065037f;
     uint32_t outOfRange = 0;
     for (int32_t j = 0; j < n; ++j) {
         const float r = amp[j] / fullScale;
-        const uint32_t bits = std::bit_cast<uint32_t>(r);
         outOfRange |= uint32_t(!logInRange(r));
-        // r = m * 2^e with m in [sqrt(1/2), sqrt(2)); ln r = ln m + e ln 2.
-        float e = float(int32_t(bits >> 23) - 127);
-        float m = std::bit_cast<float>((bits & 0x007fffffu) | 0x3f800000u);
-        const bool high = m > 1.41421356f;
-        m = high ? m * 0.5f : m;
-        e = high ? e + 1.0f : e;
-        const float x = m - 1.0f;
-        const float z = x * x;
-        // The polynomial in x evaluated in pairs (Estrin's scheme) rather than term after term:
-        // the same sum in a quarter of the dependent steps, so that the processor can keep many
-        // bins in flight.
-        const float z2 = z * z;
-        const float p01 = 3.3333331174E-1f + -2.4999993993E-1f * x;
-        const float p23 = 2.0000714765E-1f + -1.6668057665E-1f * x;
-        const float p45 = 1.4249322787E-1f + -1.2420140846E-1f * x;
-        const float p67 = 1.1676998740E-1f + -1.1514610310E-1f * x;
-        const float p = (p01 + p23 * z) + (p45 + p67 * z) * z2 + 7.0376836292E-2f * (z2 * z2);
-        float y = p * x * z;
-        // ln 2 in two parts, so that e * ln 2 keeps its precision.
-        y += -2.12194440e-4f * e;
-        y += -0.5f * z;
-        const float ln = x + y + 0.693359375f * e;
-        disp[j] = ln * kDbPerNeper;
+        disp[j] = decibelsInRange(r);
     }
     if (!outOfRange) return;
     for (int32_t j = 0; j < n; ++j)
@@ -418,6 +425,140 @@ void foldColumns(const float* disp, int32_t count, int32_t b, float* val, int32_
             }
         val[c] = v;
         bin[c] = at;
+    }
+}
+
+KV_VECTOR_CLONES
+void foldDecibelColumns(const float* amp, int32_t count, int32_t b, float fullScale, float* val,
+                        int32_t* bin) {
+    // The decibel polynomial strays from 20 log10 r by no more than 2^-21 of its value (checked
+    // over every float in its range), and the quotient by full scale by less than 1e-6 dB. A bin
+    // whose amplitude is under the column's largest by more than delta (below) is therefore
+    // further under it in decibels than twice both errors together: it can be neither the
+    // column's largest decibel value nor equal to it. So only the bins from there up, the
+    // candidates, are turned into decibels, and of those the last of the largest is the
+    // column's place, as the fold over every bin would find it. Usually the largest bin is the
+    // only candidate.
+    if (count <= 0) return;
+    thread_local std::vector<int32_t> at;    // candidates' bins, column after column
+    thread_local std::vector<float> level;   // their amplitudes, then their decibels
+    thread_local std::vector<int32_t> start; // column c's candidates from start[c]; -1: folded
+    at.clear();
+    start.resize(size_t(count) + 1);
+    // The least amplitude and whether any is not a number, over all columns: the shortcut holds
+    // only when neither zeros nor values that are not numbers are among them.
+    F8 lo = KV_SPLAT8(std::numeric_limits<float>::infinity());
+    I8 odd = {};
+    float tailLow = std::numeric_limits<float>::infinity();
+    bool tailOdd = false;
+    const I8 step = {8, 8, 8, 8, 8, 8, 8, 8};
+    for (int32_t c = 0; c < count; ++c) {
+        const float* a = amp + int64_t(c) * b;
+        start[size_t(c)] = int32_t(at.size());
+        F8 hi = KV_SPLAT8(-std::numeric_limits<float>::infinity());
+        I8 hiAt = {-1, -1, -1, -1, -1, -1, -1, -1};
+        I8 idx = {0, 1, 2, 3, 4, 5, 6, 7};
+        int32_t vectorEnd = 0;
+        for (; vectorEnd + 8 <= b; vectorEnd += 8, idx += step) {
+            F8 x;
+            std::memcpy(&x, a + vectorEnd, sizeof x);
+            const I8 take = x >= hi;
+            hi = take ? x : hi;
+            hiAt = take ? idx : hiAt;
+            lo = x < lo ? x : lo;
+            odd |= x != x;
+        }
+        float top = -std::numeric_limits<float>::infinity();
+        int32_t topAt = -1;
+        for (int k = 0; k < 8; ++k)
+            if (hiAt[k] >= 0 && hi[k] >= top) {
+                top = hi[k];
+                topAt = hiAt[k];
+            }
+        for (int32_t i = vectorEnd; i < b; ++i) {
+            if (a[i] >= top) {
+                top = a[i];
+                topAt = i;
+            }
+            tailLow = a[i] < tailLow ? a[i] : tailLow;
+            tailOdd |= !(a[i] == a[i]);
+        }
+        const float topRatio = top / fullScale;
+        if (topAt < 0 || !logInRange(topRatio)) {
+            // A column of amplitudes beyond the polynomial's range: its decibels formed in full
+            // and folded the ordinary way.
+            thread_local std::vector<float> column;
+            column.resize(size_t(b));
+            decibels(a, column.data(), b, fullScale);
+            foldColumns(column.data(), 1, b, val + c, bin + c);
+            if (bin[c] >= 0) bin[c] += c * b;
+            start[size_t(c)] = -1;
+            continue;
+        }
+        // |20 log10 r| is under 6.03 (|e| + 1) for r = m 2^e; delta is four times both errors
+        // for such a value, in parts of the amplitude (1 dB is 0.115 in natural parts).
+        const int32_t e = int32_t(std::bit_cast<uint32_t>(topRatio) >> 23) - 127;
+        const float delta = float(3 * ((e < 0 ? -e : e) + 2)) * 0x1p-21f + 5e-7f;
+        const float near = top - top * delta;
+        // How many reach that far; when only the largest does, it is the one candidate.
+        const F8 limit = KV_SPLAT8(near);
+        I8 reach = {};
+        for (int32_t i = 0; i < vectorEnd; i += 8) {
+            F8 x;
+            std::memcpy(&x, a + i, sizeof x);
+            reach -= x >= limit;
+        }
+        int32_t many = 0;
+        for (int k = 0; k < 8; ++k)
+            many += reach[k];
+        for (int32_t i = vectorEnd; i < b; ++i)
+            many += a[i] >= near ? 1 : 0;
+        if (many == 1) {
+            at.push_back(c * b + topAt);
+            continue;
+        }
+        for (int k = 0; k < 8; ++k) {
+            if (!(hi[k] >= near)) continue;
+            for (int32_t i = k; i < vectorEnd; i += 8)
+                if (a[i] >= near) at.push_back(c * b + i);
+        }
+        for (int32_t i = vectorEnd; i < b; ++i)
+            if (a[i] >= near) at.push_back(c * b + i);
+    }
+    start[size_t(count)] = int32_t(at.size());
+    float low = tailLow;
+    bool notNumber = tailOdd;
+    for (int k = 0; k < 8; ++k) {
+        low = lo[k] < low ? lo[k] : low;
+        notNumber |= odd[k] != 0;
+    }
+    // The quotient by a positive full scale keeps the amplitudes' order, so when the least is in
+    // the polynomial's range, so is every bin above it. Otherwise the fold is done the ordinary
+    // way over every bin's decibels.
+    if (notNumber || !logInRange(low / fullScale)) {
+        level.resize(size_t(count) * size_t(b));
+        decibels(amp, level.data(), count * b, fullScale);
+        foldColumns(level.data(), count, b, val, bin);
+        return;
+    }
+    level.resize(at.size());
+    for (size_t m = 0; m < at.size(); ++m)
+        level[m] = amp[at[m]];
+    decibels(level.data(), level.data(), int32_t(level.size()), fullScale);
+    for (int32_t c = 0; c < count; ++c) {
+        if (start[size_t(c)] < 0) continue;
+        int32_t next = c + 1;
+        while (start[size_t(next)] < 0)
+            ++next;
+        float best = -std::numeric_limits<float>::infinity();
+        int32_t where = -1;
+        for (int32_t m = start[size_t(c)]; m < start[size_t(next)]; ++m)
+            if (level[size_t(m)] > best || (level[size_t(m)] == best && at[size_t(m)] > where)) {
+                best = level[size_t(m)];
+                where = at[size_t(m)];
+            }
+        val[c] = best;
+        bin[c] = where;
     }
 }
 

@@ -66,6 +66,13 @@ int32_t firstMinAt(const float* a, int32_t n);
 /// gets bin -1: such a search never moves, and its place is the one of the column before.
 void foldColumns(const float* disp, int32_t count, int32_t b, float* val, int32_t* bin);
 
+/// The same fold over disp[j] = decibels of amp[j] against fullScale (as decibels() forms them),
+/// for columns of 16 bins or more and a positive, normal, finite fullScale, forming the
+/// decibels of only the bins that can hold a column's largest: the same val and bin, bit for
+/// bit, as decibels() followed by foldColumns.
+void foldDecibelColumns(const float* amp, int32_t count, int32_t b, float fullScale, float* val,
+                        int32_t* bin);
+
 /// The same fold for columns of two bins, with the column's log position and phase taken from
 /// logs[bin] and ph[bin] on the way. True when a column's first bin was not a number: that
 /// column's bin is -1 and its position and phase are left for the caller to carry over.

@@ -155,10 +155,20 @@ void GenDraw(ProgramState& st) {
     // Columns of two bins, the usual width of a full-band plot, are folded with their positions
     // and phases in one pass; a fold that must carry a bin over from the column before is done
     // again the general way.
+    // While the decibels are owed, wide columns are folded from the amplitudes, which turns only
+    // the few bins that can hold a column's largest into decibels.
+    const ProgramState::OwedDecibels& owed = st.DecibelsOwed;
+    const bool fromAmplitudes = owed.due && b >= 16 && int64_t(count) * b <= owed.bins &&
+                                int64_t(count) * b <= int64_t(st.SpAmp.size());
+    if (fromAmplitudes)
+        batch::foldDecibelColumns(st.SpAmp.data(), int32_t(count), b, owed.fullScale,
+                                  st.ColVal.data(), peakBins.data());
+    else
+        settleDecibels(st);
     const bool pairsDone =
         b == 2 && !batch::foldPairs(st.SpDisp.data(), ph, logs, int32_t(count), st.ColVal.data(),
                                     peakBins.data(), st.ColLogX.data(), st.ColPhase.data());
-    if (!pairsDone)
+    if (!pairsDone && !fromAmplitudes)
         batch::foldColumns(st.SpDisp.data(), int32_t(count), b, st.ColVal.data(), peakBins.data());
     // The first comparison of a column is of its first bin with itself and always takes, so the
     // phase is the one at the last bin taken; a column that took nothing keeps the bin before.
@@ -201,6 +211,7 @@ void GenDrawSpan(ProgramState& st) {
     if (!binsPerColumn(st.SpanEnd - st.SpanStart, st.PlotColumns, b)) return;
     st.SpanBins = st.SpanEnd - st.SpanStart;
     st.BinsPerColumn = b;
+    settleDecibels(st);
     std::vector<float> cols = foldSpan(st.SpDisp, st.SpanStart, int64_t(st.SpanEnd) + 1, b);
     const size_t count = cols.size();
     if (cols.empty()) cols.push_back(0.0f);

@@ -179,6 +179,11 @@ void forwardRealInput(const float* in, float* re, float* im, int32_t n, bool mir
         batch::unpackRealSpectrumLowerHalf(&out[0][0], re, im, n, scale);
 }
 
+bool takesAsInput(const float* p) {
+    // The plans were made on buffers from fftwf_malloc, whose alignment FFTW counts as 0.
+    return fftwf_alignment_of(const_cast<float*>(p)) == 0;
+}
+
 void forwardReal(float* re, float* im, int32_t n) {
     float* real = realInput(n);
     std::memcpy(real, re, sizeof(float) * size_t(n));

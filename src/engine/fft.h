@@ -31,6 +31,10 @@ float* realInput(int32_t n);
 /// conjugate of the lower, and a run that reads no element above n/2 need not pay for it.
 void forwardRealInput(const float* in, float* re, float* im, int32_t n, bool mirror);
 
+/// True when `p` is aligned as the buffer realInput gives, so that forwardRealInput may take the
+/// n points at p as they stand (same plan, same results).
+bool takesAsInput(const float* p);
+
 /// Inverse transform without a factor: x[t] = sum over k of X[k] * e^(+2*pi*i*t*k/n), so that
 /// forward then inverse gives the input back at its own scale.
 void inverse(float* re, float* im, int32_t n);

@@ -73,6 +73,9 @@ void filterPasses(ProgramState& st, std::vector<float>& re, std::vector<float>& 
 /// The amplitudes of the transformed trace, through the FFT filter when it is on.
 void formAmplitudes(ProgramState& st, bool withBack) {
     const int32_t n = st.Fft_Samples;
+    // The decibels still owed are the trace before's, whose amplitudes are overwritten here:
+    // this trace's replace them before anything reads SpDisp again.
+    st.DecibelsOwed.due = false;
     const bool backScroll = withBack && st.PlayRew && st.BackTraceTop > 0;
     if (hooks(st).transformFilterOn(st)) {
         filterPasses(st, st.FftRe, st.FftIm, &st.TraceBuf, &st.SpAmp);
@@ -199,8 +202,20 @@ void searchPeakAndFloor(ProgramState& st, const float* amp, float& hi, float& lo
             hi = amp[at];
         }
     } else if (n > 3) {
-        const int32_t at =
-            batch::firstMaxAbove(amp + 3, st.SpDisp.data() + 3, -st.FullScalePos, n - 3);
+        const float floor = -st.FullScalePos;
+        int32_t at = -1;
+        if (st.DecibelsOwed.due) {
+            // Equal amplitudes have equal decibels, so the first of the largest amplitudes is the
+            // peak when its own decibels clear the floor; only when they do not are the other
+            // bins' decibels needed to say which of them clear it.
+            at = batch::firstMaxAbove(amp + 3, amp + 3, -std::numeric_limits<float>::infinity(),
+                                      n - 3);
+            float d = 0.0f;
+            if (at >= 0) batch::decibels(amp + 3 + at, &d, 1, st.DecibelsOwed.fullScale);
+            if (at < 0 || !(d > floor)) settleDecibels(st);
+        }
+        if (!st.DecibelsOwed.due)
+            at = batch::firstMaxAbove(amp + 3, st.SpDisp.data() + 3, floor, n - 3);
         if (at >= 0 && hi < amp[3 + at]) {
             st.PeakBin = 3 + at;
             hi = amp[3 + at];
@@ -235,7 +250,16 @@ double Atan2(double y, double x) {
     return r;
 }
 
+void settleDecibels(ProgramState& st) {
+    ProgramState::OwedDecibels& o = st.DecibelsOwed;
+    if (!o.due) return;
+    o.due = false;
+    const size_t bins = std::min({size_t(std::max(o.bins, 0)), st.SpAmp.size(), st.SpDisp.size()});
+    batch::decibels(st.SpAmp.data(), st.SpDisp.data(), int32_t(bins), o.fullScale);
+}
+
 void InitFftState(ProgramState& st) {
+    settleDecibels(st); // SpAmp is cleared below
     const int32_t n = st.Fft_Samples;
     const float d = f32(1.0 / st.SampleRate);
     const float t = f32(double(d) * (double(st.NewDS) * double(n)));
@@ -368,9 +392,20 @@ void FyllSpData(ProgramState& st) {
         // into the transform's input, one pass over the trace instead of a copy and a taper.
         input = fft::realInput(n);
         ensure(st.TraceBuf, n);
-        readWorkingTrace(st.ActiveTracePath, st.CurrentTracePos, st.FftRe.data(), 1);
-        readWorkingTrace(st.ActiveTracePath, st.CurrentTracePos + 4, st.TraceBuf.data(), size_t(n));
+        readWorkingTraceWithHead(st.ActiveTracePath, st.CurrentTracePos, st.FftRe.data(),
+                                 st.TraceBuf.data(), size_t(n));
         windowInto(st.FFT_Window, st.TraceBuf.data(), input, n);
+    } else if (direct && timeTraceIsInput(st)) {
+        // A window that does not taper: the O-scope's trace is the transform's input, read once
+        // and transformed where it lies when it is aligned as the transform's own input.
+        ensure(st.TraceBuf, n);
+        readWorkingTraceWithHead(st.ActiveTracePath, st.CurrentTracePos, st.FftRe.data(),
+                                 st.TraceBuf.data(), size_t(n));
+        input = st.TraceBuf.data();
+        if (!fft::takesAsInput(input)) {
+            input = fft::realInput(n);
+            std::copy_n(st.TraceBuf.data(), n, input);
+        }
     } else if (direct) {
         input = fft::realInput(n);
         readWorkingTrace(st.ActiveTracePath, st.CurrentTracePos, input - 1, size_t(n) + 1);
@@ -452,11 +487,17 @@ void CreatedBArray(ProgramState& st) {
             batch::decibels(st.BackAmp.data(), st.BackDisp.data(), bins, fs);
     }
     const float* amp = st.SpAmp.data();
+    st.DecibelsOwed.due = false;
     if (st.YLinear) {
         std::copy(amp, amp + bins, st.SpDisp.begin());
         searchPeakAndFloor<true>(st, amp, hi, lo);
     } else {
-        batch::decibels(amp, st.SpDisp.data(), bins, fs);
+        // Owed until something reads them, unless auto-span is about to read them or whitening
+        // to rewrite the amplitudes they come from.
+        if (st.AutotuneOn || st.WhiteningOn)
+            batch::decibels(amp, st.SpDisp.data(), bins, fs);
+        else
+            st.DecibelsOwed = {true, std::max(bins, 0), fs};
         searchPeakAndFloor<false>(st, amp, hi, lo);
     }
     st.PeakAmp = hi;

@@ -40,6 +40,11 @@ void FyllSpAverage(ProgramState& st);
 /// PeakDb, FloorDbRel), then auto-span, whitening and the fold into plot columns.
 void CreatedBArray(ProgramState& st);
 
+/// Forms the decibels the builder left owing (SpDisp[0..bins-1] of the last spectrum), exactly as
+/// it would have formed them at once. Everything that reads SpDisp calls this first, and so does
+/// everything that writes SpAmp but the builder itself; when nothing is owed it costs a flag test.
+void settleDecibels(ProgramState& st);
+
 /// Forgets the held peaks: PeakHoldAcc becomes 0..PeakHoldBins, cleared.
 void resetPeakHold(ProgramState& st);
 

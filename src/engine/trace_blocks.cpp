@@ -69,4 +69,15 @@ void readWorkingTrace(const std::string& path, int64_t pos1, float* out, size_t 
     std::memcpy(out, b.bytes.data() + (pos1 - b.start), len);
 }
 
+void readWorkingTraceWithHead(const std::string& path, int64_t pos1, float* head, float* out,
+                              size_t n) {
+    const Block& b = tBlock;
+    if (b.open && n * sizeof(float) > b.capacity / 4) {
+        readTrace(path, pos1, head, 1);
+    } else {
+        readWorkingTrace(path, pos1, head, 1);
+    }
+    readWorkingTrace(path, pos1 + int64_t(sizeof(float)), out, n);
+}
+
 } // namespace kv

@@ -32,4 +32,9 @@ class TraceBlockScope {
 /// thread's block when a TraceBlockScope is open and the trace is short beside the block.
 void readWorkingTrace(const std::string& path, int64_t pos1, float* out, size_t n);
 
+/// The same for n + 1 floats of which the first goes to `head` and the others to out[0..n-1].
+/// A long trace is read straight into `out`: its head alone does not fill a block.
+void readWorkingTraceWithHead(const std::string& path, int64_t pos1, float* head, float* out,
+                              size_t n);
+
 } // namespace kv

@@ -192,6 +192,10 @@ bool timeTraceIsRaw(const ProgramState& st) {
     return tapers(st.FFT_Window) && st.TimeWindowed == 0;
 }
 
+bool timeTraceIsInput(const ProgramState& st) {
+    return !tapers(st.FFT_Window);
+}
+
 void ApplyWindow(ProgramState& st) {
     releaseTransform(st);
     windowForSpectrum(st, st.FftRe, st.TraceBuf);

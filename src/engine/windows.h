@@ -40,6 +40,10 @@ void windowInto(int window, const float* x, float* y, int32_t n);
 /// TimeWindowed 0.
 bool timeTraceIsRaw(const ProgramState& st);
 
+/// True when the window does not taper (Uniform): the O-scope's trace and the transform's
+/// input are then the trace as read.
+bool timeTraceIsInput(const ProgramState& st);
+
 /// Windows FftRe[1..N] (N = Fft_Samples) and fills TraceBuf[0..N-1] with what the O-scope
 /// shows: the raw trace while TimeWindowed is 0, the tapered one while it is 1; with Uniform
 /// the trace in either case.

@@ -211,9 +211,19 @@ struct ProgramState {
     float MaxFreq = 0.0f;
     int32_t AmpCapacity = 0;
     int32_t PhaseBins = 0;
-    std::vector<float> SpAmp;       // 0..2N: amplitude of bin j, j = 0..N/2-1
-    std::vector<float> SpPhase;     // 0..N: phase in degrees of element i (bin i-1)
-    std::vector<float> SpDisp;      // 0..Sp_Bins: what is drawn per bin (linear or dB)
+    std::vector<float> SpAmp;   // 0..2N: amplitude of bin j, j = 0..N/2-1
+    std::vector<float> SpPhase; // 0..N: phase in degrees of element i (bin i-1)
+    std::vector<float> SpDisp;  // 0..Sp_Bins: what is drawn per bin (linear or dB)
+    /// Decibels the builder owes: while `due`, SpDisp[0..bins-1] stand for the decibels of
+    /// SpAmp[0..bins-1] against `fullScale`, formed when something asks (`settleDecibels`,
+    /// engine). A playback draws only each plot column's largest, which the fold finds from the
+    /// amplitudes, so most traces never need the other bins' decibels.
+    struct OwedDecibels {
+        bool due = false;
+        int32_t bins = 0;
+        float fullScale = 0.0f;
+    };
+    OwedDecibels DecibelsOwed;
     std::vector<float> PeakHoldAcc; // 0..Sp_Bins: the held maxima of Peak-hold
     std::vector<float> BackAmp, BackDisp;
     /// Phases the builder owes: it keeps the transform they come from and takes them only when

@@ -457,3 +457,77 @@ TEST(SpectrumPhase, EveryReaderOfThePhasesAsksForThemFirst) {
         }
     EXPECT_GE(readers, 5) << "the phase view, the reference files, the command line, the fold";
 }
+
+TEST(SpectrumDecibels, OwedDecibelsGiveWhatDecibelsFormedAtOnceGive) {
+    // A line between bins (slow leakage, where many bins of a column are close), a moving tone
+    // over a ramp, and silence (every bin at the floor, which needs the decibels after all);
+    // wide columns (folded from the amplitudes) and narrow ones (from the decibels).
+    const int32_t n = 4096;
+    const std::function<double(int64_t)> signals[] = {
+        [](int64_t t) { return 8000 * std::sin(0.0917 * double(t)) + double(t % 13); }, movingTone,
+        [](int64_t) { return 0.0; }};
+    for (const auto& signal : signals)
+        for (int columns : {30, 100, 300}) {
+            SCOPED_TRACE(testing::Message() << "columns " << columns);
+            SpectrumBench b(n, 3, signal);
+            b.st.PlotColumns = columns;
+            for (int k = 0; k < 3; ++k) {
+                b.st.PeakBin = 7;
+                b.show(k);
+                const std::vector<float> val = b.st.ColVal, logX = b.st.ColLogX;
+                const int32_t peak = b.st.PeakBin;
+                // The decibels formed now, and the columns folded from them again.
+                settleDecibels(b.st);
+                std::vector<float> want(size_t(n / 2));
+                batch::decibels(b.st.SpAmp.data(), want.data(), n / 2, b.st.FullScalePos);
+                ASSERT_TRUE(std::equal(want.begin(), want.end(), b.st.SpDisp.begin()));
+                SamToWidth(b.st);
+                EXPECT_EQ(val, b.st.ColVal);
+                EXPECT_EQ(logX, b.st.ColLogX);
+                // The peak: the first of the largest amplitudes from bin 3 among those over the
+                // floor, or the one before when none is.
+                int32_t want_peak = 7;
+                float hi = -b.st.FullScalePos;
+                for (int32_t i = 3; i < n / 2; ++i)
+                    if (hi < b.st.SpAmp[size_t(i)] && b.st.SpDisp[size_t(i)] > -b.st.FullScalePos) {
+                        hi = b.st.SpAmp[size_t(i)];
+                        want_peak = i;
+                    }
+                EXPECT_EQ(peak, want_peak);
+            }
+        }
+
+    // What rewrites the amplitudes forms the decibels owed from them first.
+    SpectrumBench b(n, 2, movingTone);
+    b.st.PlotColumns = 30;
+    b.show(1);
+    std::vector<float> want(size_t(n / 2));
+    batch::decibels(b.st.SpAmp.data(), want.data(), n / 2, b.st.FullScalePos);
+    InitFftState(b.st);
+    EXPECT_TRUE(std::equal(want.begin(), want.end(), b.st.SpDisp.begin()));
+}
+
+TEST(SpectrumDecibels, EveryReaderOfTheDecibelsAsksForThemFirst) {
+    // As with the phases: a source that reads SpDisp's values (not only its size) must form the
+    // owed decibels first, or fold them from the amplitudes.
+    namespace fs = std::filesystem;
+    int readers = 0;
+    for (const char* folder : {"src", "bench"})
+        for (const auto& e : fs::recursive_directory_iterator(fs::path(KV_SOURCE_DIR) / folder)) {
+            if (e.path().extension() != ".cpp") continue;
+            std::ifstream in(e.path());
+            const std::string text{std::istreambuf_iterator<char>(in), {}};
+            bool reads = false;
+            for (size_t at = text.find("SpDisp"); at != std::string::npos;
+                 at = text.find("SpDisp", at + 1)) {
+                const std::string next = text.substr(at + 6, 8);
+                reads = reads || !(next.starts_with(".empty()") || next.starts_with(".size()") ||
+                                   next.starts_with(".resize"));
+            }
+            if (!reads) continue;
+            ++readers;
+            EXPECT_NE(text.find("settleDecibels("), std::string::npos)
+                << e.path() << " reads the decibels without asking for them";
+        }
+    EXPECT_GE(readers, 3) << "the builder, the fold, auto-span";
+}

@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cmath>
 #include <cstring>
 #include <fstream>
@@ -207,4 +208,93 @@ TEST(VectorPaths, NeighbourhoodSumsAddInTheRunningOrderAndTheSkipFindsTheLastBin
                 if (v[size_t(i)] > limit) want = i;
             EXPECT_EQ(batch::lastAbove(v.data(), n, limit), want) << limit << " " << n;
         }
+}
+
+namespace {
+
+/// Amplitudes that put the shortcut of foldDecibelColumns to the test, column by column: equal
+/// runs, neighbours a few units in the last place apart, values spread across the range of the
+/// candidate margin, across the polynomial's split at sqrt(2) and its binade edges, slow leakage
+/// slopes; and, for even seeds only (they send the whole fold the ordinary way), columns holding
+/// zeros, NaNs, negatives, subnormals and infinities.
+std::vector<float> awkwardAmplitudes(int32_t count, int32_t b, uint32_t seed) {
+    std::mt19937 g(seed);
+    std::uniform_real_distribution<float> unit(0.0f, 1.0f);
+    std::vector<float> a(size_t(count) * size_t(b));
+    for (int32_t c = 0; c < count; ++c) {
+        float* col = a.data() + size_t(c) * size_t(b);
+        const int e = int(g() % 200) - 100;
+        const float split = std::ldexp(g() % 2 ? 1.41421356f : 1.0f, e);
+        const float top = split * (g() % 3 == 0 ? 1.0f : 1.0f + unit(g) * 1e-3f);
+        int32_t kind = (c + int32_t(seed)) % 7;
+        if (kind == 4 && seed % 2) kind = 0;
+        for (int32_t i = 0; i < b; ++i) {
+            switch (kind) {
+            case 0: // ties and neighbours in the last place
+                col[i] = std::nextafter(top, g() % 2 ? 0.0f : 1e30f);
+                if (g() % 3 == 0) col[i] = top;
+                break;
+            case 1: // spread over the margin: a part in 1e7 to a part in 1e3 under the top
+                col[i] = top * (1.0f - std::pow(10.0f, -7.0f + 4.0f * unit(g)));
+                if (i == int32_t(g() % uint32_t(b))) col[i] = top;
+                break;
+            case 2: // a slow slope, as leakage far from a line
+                col[i] = top * (1.0f - 3e-6f * float(i));
+                break;
+            case 3: // noise over many decades
+                col[i] = top * std::pow(10.0f, -6.0f * unit(g));
+                break;
+            case 4: // a few awkward values among ordinary ones
+            {
+                const uint32_t r = g() % 24;
+                const float odd[] = {
+                    0.0f, -0.0f, kNaN, -top, 1e-42f, std::numeric_limits<float>::infinity(), 3e38f};
+                col[i] = r < 7 ? odd[r] : top * unit(g);
+                break;
+            }
+            case 5: // one bin at each binade edge of the quotient
+                col[i] = std::ldexp(g() % 2 ? 1.0f : 0.99999994f, e + int(g() % 3));
+                break;
+            default: // the top early and a hair under it in the last bin, the rest far under
+                col[i] = i == 3 ? top : i == b - 1 ? std::nextafter(top, 0.0f) : top * 0.5f;
+            }
+        }
+    }
+    return a;
+}
+
+} // namespace
+
+TEST(VectorPaths, DecibelColumnsFoldedFromAmplitudesAreTheFoldOfEveryBinsDecibels) {
+    // The shortcut rests on this bound: the polynomial within 2^-21 of the value it stands for.
+    std::mt19937 g(7);
+    std::vector<float> r(1 << 16), d(r.size());
+    for (float& x : r)
+        x = std::bit_cast<float>(uint32_t(0x00800000u + g() % (0x7f800000u - 0x00800000u)));
+    batch::decibels(r.data(), d.data(), int32_t(r.size()), 1.0f);
+    for (size_t i = 0; i < r.size(); ++i) {
+        const double want = 20.0 * std::log10(double(r[i]));
+        ASSERT_LE(std::fabs(double(d[i]) - want), std::fabs(want) * 0x1p-21 + 1e-12) << r[i];
+    }
+
+    for (float fs : {1.0f, 32767.0f, 3e-30f, 2e30f, 1e-40f, -1.0f, 0.0f,
+                     std::numeric_limits<float>::infinity(), kNaN})
+        for (int32_t b : {16, 17, 66, 129})
+            for (uint32_t seed = 1; seed <= 6; ++seed) {
+                SCOPED_TRACE(testing::Message() << "fs " << fs << " b " << b << " seed " << seed);
+                const int32_t count = 24;
+                const std::vector<float> amp = awkwardAmplitudes(count, b, seed);
+                const size_t columns = size_t(count);
+                std::vector<float> disp(amp.size()), want(columns), got(columns);
+                std::vector<int32_t> wantBin(columns), gotBin(columns);
+                batch::decibels(amp.data(), disp.data(), int32_t(amp.size()), fs);
+                batch::foldColumns(disp.data(), count, b, want.data(), wantBin.data());
+                batch::foldDecibelColumns(amp.data(), count, b, fs, got.data(), gotBin.data());
+                for (int32_t c = 0; c < count; ++c) {
+                    EXPECT_EQ(gotBin[size_t(c)], wantBin[size_t(c)]) << "column " << c;
+                    EXPECT_EQ(std::bit_cast<uint32_t>(got[size_t(c)]),
+                              std::bit_cast<uint32_t>(want[size_t(c)]))
+                        << "column " << c << ": " << got[size_t(c)] << " " << want[size_t(c)];
+                }
+            }
 }
