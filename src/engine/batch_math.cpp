@@ -468,13 +468,24 @@ void foldDecibelColumns(const float* amp, int32_t count, int32_t b, float fullSc
             lo = x < lo ? x : lo;
             odd |= x != x;
         }
-        float top = -std::numeric_limits<float>::infinity();
-        int32_t topAt = -1;
-        for (int k = 0; k < 8; ++k)
-            if (hiAt[k] >= 0 && hi[k] >= top) {
-                top = hi[k];
-                topAt = hiAt[k];
-            }
+        // The largest across the lanes and a place of it, without a branch per lane: a lane
+        // never taken holds -infinity at place -1.
+        F8 t = hi;
+        F8 u = __builtin_shufflevector(t, t, 4, 5, 6, 7, 0, 1, 2, 3);
+        t = u > t ? u : t;
+        u = __builtin_shufflevector(t, t, 2, 3, 0, 1, 6, 7, 4, 5);
+        t = u > t ? u : t;
+        u = __builtin_shufflevector(t, t, 1, 0, 3, 2, 5, 4, 7, 6);
+        t = u > t ? u : t;
+        I8 p = hi == t ? hiAt : I8{-1, -1, -1, -1, -1, -1, -1, -1};
+        I8 q = __builtin_shufflevector(p, p, 4, 5, 6, 7, 0, 1, 2, 3);
+        p = q > p ? q : p;
+        q = __builtin_shufflevector(p, p, 2, 3, 0, 1, 6, 7, 4, 5);
+        p = q > p ? q : p;
+        q = __builtin_shufflevector(p, p, 1, 0, 3, 2, 5, 4, 7, 6);
+        p = q > p ? q : p;
+        float top = t[0];
+        int32_t topAt = p[0];
         for (int32_t i = vectorEnd; i < b; ++i) {
             if (a[i] >= top) {
                 top = a[i];
@@ -508,9 +519,13 @@ void foldDecibelColumns(const float* amp, int32_t count, int32_t b, float fullSc
             std::memcpy(&x, a + i, sizeof x);
             reach -= x >= limit;
         }
-        int32_t many = 0;
-        for (int k = 0; k < 8; ++k)
-            many += reach[k];
+        I8 r = __builtin_shufflevector(reach, reach, 4, 5, 6, 7, 0, 1, 2, 3);
+        reach += r;
+        r = __builtin_shufflevector(reach, reach, 2, 3, 0, 1, 6, 7, 4, 5);
+        reach += r;
+        r = __builtin_shufflevector(reach, reach, 1, 0, 3, 2, 5, 4, 7, 6);
+        reach += r;
+        int32_t many = reach[0];
         for (int32_t i = vectorEnd; i < b; ++i)
             many += a[i] >= near ? 1 : 0;
         if (many == 1) {

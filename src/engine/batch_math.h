@@ -67,9 +67,9 @@ int32_t firstMinAt(const float* a, int32_t n);
 void foldColumns(const float* disp, int32_t count, int32_t b, float* val, int32_t* bin);
 
 /// The same fold over disp[j] = decibels of amp[j] against fullScale (as decibels() forms them),
-/// for columns of 16 bins or more and a positive, normal, finite fullScale, forming the
-/// decibels of only the bins that can hold a column's largest: the same val and bin, bit for
-/// bit, as decibels() followed by foldColumns.
+/// forming the decibels of only the bins that can hold a column's largest: the same val and
+/// bin, bit for bit, as decibels() followed by foldColumns, for any fullScale. Meant for
+/// columns of 16 bins or more, where that saves most of the decibels.
 void foldDecibelColumns(const float* amp, int32_t count, int32_t b, float fullScale, float* val,
                         int32_t* bin);
 
