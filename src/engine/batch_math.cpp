@@ -276,7 +276,25 @@ int32_t firstMaxAbove(const float* a, const float* disp, float above, int32_t n)
     I8 at = {-1, -1, -1, -1, -1, -1, -1, -1};
     I8 idx = {0, 1, 2, 3, 4, 5, 6, 7};
     const I8 step = {8, 8, 8, 8, 8, 8, 8, 8};
+    // Two sets of lanes, each taking every other group of eight, so that each step waits on the
+    // step before it only every other time; the second set is then merged into the first, of
+    // equal values the earlier place winning.
+    F8 m2 = m;
+    I8 at2 = at;
     int32_t i = 0;
+    for (; i + 16 <= n; i += 16, idx += step + step) {
+        F8 x, d, x2, d2;
+        std::memcpy(&x, a + i, sizeof x);
+        std::memcpy(&d, disp + i, sizeof d);
+        std::memcpy(&x2, a + i + 8, sizeof x2);
+        std::memcpy(&d2, disp + i + 8, sizeof d2);
+        const I8 take = (d > limit) & (x > m);
+        m = take ? x : m;
+        at = take ? idx : at;
+        const I8 take2 = (d2 > limit) & (x2 > m2);
+        m2 = take2 ? x2 : m2;
+        at2 = take2 ? idx + step : at2;
+    }
     for (; i + 8 <= n; i += 8, idx += step) {
         F8 x, d;
         std::memcpy(&x, a + i, sizeof x);
@@ -285,6 +303,9 @@ int32_t firstMaxAbove(const float* a, const float* disp, float above, int32_t n)
         m = take ? x : m;
         at = take ? idx : at;
     }
+    const I8 second = (at2 >= 0) & ((at < 0) | (m2 > m) | ((m2 == m) & (at2 < at)));
+    m = second ? m2 : m;
+    at = second ? at2 : at;
     float best = 0.0f;
     int32_t where = -1;
     for (int k = 0; k < 8; ++k)

@@ -119,6 +119,23 @@ TEST(VectorPaths, PeakAndFloorAreWhereARunningSearchEnds) {
         }
 }
 
+TEST(VectorPaths, TheFirstOfTwoEqualPeaksWinsWhereverTheyFall) {
+    // The search runs on two sets of lanes: every pair of places, in one set or across both,
+    // and a peak whose level does not clear the limit, which must not count.
+    for (int32_t n : {40, 64})
+        for (int32_t p = 0; p < n; ++p)
+            for (int32_t q = p + 1; q < n; ++q) {
+                const size_t size = size_t(n);
+                std::vector<float> a(size), d(size, 0.0f);
+                for (int32_t i = 0; i < n; ++i)
+                    a[size_t(i)] = float(i % 5);
+                a[size_t(p)] = a[size_t(q)] = 9.0f;
+                ASSERT_EQ(batch::firstMaxAbove(a.data(), d.data(), -1.0f, n), p) << p << " " << q;
+                d[size_t(p)] = -2.0f;
+                ASSERT_EQ(batch::firstMaxAbove(a.data(), d.data(), -1.0f, n), q) << p << " " << q;
+            }
+}
+
 TEST(VectorPaths, TracesReadABlockAtATimeAreTheTracesReadOneByOne) {
     test::TempHome home{false};
     const std::string path = home.file("temp.sp");
