@@ -387,24 +387,18 @@ void FyllSpData(ProgramState& st) {
     const bool filterOn = hooks(st).transformFilterOn(st);
     const bool direct = n >= 1 && n <= fft::kMaxLength;
     float* input = nullptr;
-    if (direct && timeTraceIsRaw(st)) {
+    if (direct && (timeTraceIsRaw(st) || timeTraceIsInput(st))) {
         // The O-scope shows the trace as read: it is read straight there and tapered on its way
-        // into the transform's input, one pass over the trace instead of a copy and a taper.
-        input = fft::realInput(n);
-        ensure(st.TraceBuf, n);
-        readWorkingTraceWithHead(st.ActiveTracePath, st.CurrentTracePos, st.FftRe.data(),
-                                 st.TraceBuf.data(), size_t(n));
-        windowInto(st.FFT_Window, st.TraceBuf.data(), input, n);
-    } else if (direct && timeTraceIsInput(st)) {
-        // A window that does not taper: the O-scope's trace is the transform's input, read once
-        // and transformed where it lies when it is aligned as the transform's own input.
+        // into the transform's input, one pass over the trace instead of a copy and a taper. A
+        // window that does not taper leaves the trace as it is, so the transform takes it where
+        // it lies when it is aligned as the transform's own input.
         ensure(st.TraceBuf, n);
         readWorkingTraceWithHead(st.ActiveTracePath, st.CurrentTracePos, st.FftRe.data(),
                                  st.TraceBuf.data(), size_t(n));
         input = st.TraceBuf.data();
-        if (!fft::takesAsInput(input)) {
+        if (timeTraceIsRaw(st) || !fft::takesAsInput(input)) {
             input = fft::realInput(n);
-            std::copy_n(st.TraceBuf.data(), n, input);
+            windowInto(st.FFT_Window, st.TraceBuf.data(), input, n);
         }
     } else if (direct) {
         input = fft::realInput(n);

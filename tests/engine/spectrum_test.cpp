@@ -436,25 +436,35 @@ TEST(SpectrumArithmetic, WholeTraceDecibelsAndPhasesAgreeWithTheirDefinitions) {
     EXPECT_EQ(db[size_t(n) - 2 - 0], -327670.0f) << "silence";
 }
 
-TEST(SpectrumPhase, EveryReaderOfThePhasesAsksForThemFirst) {
-    // The phases are taken on demand, so a new reader that forgets to ask reads the trace
-    // before, or zeros: in every source that names the phase arrays, the builder and the fold
-    // aside, the arrays must come with ensurePhases (or, for the fold, oweColumnPhases).
+namespace {
+
+/// Each .cpp file under src/ and bench/, with its text: for the checks that every reader of an
+/// owed array asks for it first.
+void forEachSource(const std::function<void(const std::string& path, const std::string& text)>& f) {
     namespace fs = std::filesystem;
-    int readers = 0;
     for (const char* folder : {"src", "bench"})
         for (const auto& e : fs::recursive_directory_iterator(fs::path(KV_SOURCE_DIR) / folder)) {
             if (e.path().extension() != ".cpp") continue;
             std::ifstream in(e.path());
-            const std::string text{std::istreambuf_iterator<char>(in), {}};
-            if (text.find("SpPhase") == std::string::npos &&
-                text.find("ColPhase") == std::string::npos)
-                continue;
-            ++readers;
-            EXPECT_TRUE(text.find("ensurePhases(") != std::string::npos ||
-                        text.find("oweColumnPhases(") != std::string::npos)
-                << e.path() << " reads the phases without asking for them";
+            f(e.path().string(), std::string{std::istreambuf_iterator<char>(in), {}});
         }
+}
+
+} // namespace
+
+TEST(SpectrumPhase, EveryReaderOfThePhasesAsksForThemFirst) {
+    // The phases are taken on demand, so a new reader that forgets to ask reads the trace
+    // before, or zeros: in every source that names the phase arrays, the builder and the fold
+    // aside, the arrays must come with ensurePhases (or, for the fold, oweColumnPhases).
+    int readers = 0;
+    forEachSource([&](const std::string& path, const std::string& text) {
+        if (text.find("SpPhase") == std::string::npos && text.find("ColPhase") == std::string::npos)
+            return;
+        ++readers;
+        EXPECT_TRUE(text.find("ensurePhases(") != std::string::npos ||
+                    text.find("oweColumnPhases(") != std::string::npos)
+            << path << " reads the phases without asking for them";
+    });
     EXPECT_GE(readers, 5) << "the phase view, the reference files, the command line, the fold";
 }
 
@@ -510,24 +520,19 @@ TEST(SpectrumDecibels, OwedDecibelsGiveWhatDecibelsFormedAtOnceGive) {
 TEST(SpectrumDecibels, EveryReaderOfTheDecibelsAsksForThemFirst) {
     // As with the phases: a source that reads SpDisp's values (not only its size) must form the
     // owed decibels first, or fold them from the amplitudes.
-    namespace fs = std::filesystem;
     int readers = 0;
-    for (const char* folder : {"src", "bench"})
-        for (const auto& e : fs::recursive_directory_iterator(fs::path(KV_SOURCE_DIR) / folder)) {
-            if (e.path().extension() != ".cpp") continue;
-            std::ifstream in(e.path());
-            const std::string text{std::istreambuf_iterator<char>(in), {}};
-            bool reads = false;
-            for (size_t at = text.find("SpDisp"); at != std::string::npos;
-                 at = text.find("SpDisp", at + 1)) {
-                const std::string next = text.substr(at + 6, 8);
-                reads = reads || !(next.starts_with(".empty()") || next.starts_with(".size()") ||
-                                   next.starts_with(".resize"));
-            }
-            if (!reads) continue;
-            ++readers;
-            EXPECT_NE(text.find("settleDecibels("), std::string::npos)
-                << e.path() << " reads the decibels without asking for them";
+    forEachSource([&](const std::string& path, const std::string& text) {
+        bool reads = false;
+        for (size_t at = text.find("SpDisp"); at != std::string::npos;
+             at = text.find("SpDisp", at + 1)) {
+            const std::string next = text.substr(at + 6, 8);
+            reads = reads || !(next.starts_with(".empty()") || next.starts_with(".size()") ||
+                               next.starts_with(".resize"));
         }
+        if (!reads) return;
+        ++readers;
+        EXPECT_NE(text.find("settleDecibels("), std::string::npos)
+            << path << " reads the decibels without asking for them";
+    });
     EXPECT_GE(readers, 3) << "the builder, the fold, auto-span";
 }
