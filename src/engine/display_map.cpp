@@ -152,9 +152,6 @@ void GenDraw(ProgramState& st) {
     thread_local std::vector<int32_t> peakBins;
     peakBins.resize(count);
     const float* ph = st.SpPhase.data();
-    // Columns of two bins, the usual width of a full-band plot, are folded with their positions
-    // and phases in one pass; a fold that must carry a bin over from the column before is done
-    // again the general way.
     // While the decibels are owed, wide columns are folded from the amplitudes, which turns only
     // the few bins that can hold a column's largest into decibels.
     const ProgramState::OwedDecibels& owed = st.DecibelsOwed;
@@ -165,6 +162,9 @@ void GenDraw(ProgramState& st) {
                                   st.ColVal.data(), peakBins.data());
     else
         settleDecibels(st);
+    // Columns of two bins, the usual width of a full-band plot, are folded with their positions
+    // and phases in one pass; a fold that must carry a bin over from the column before is done
+    // again the general way.
     const bool pairsDone =
         b == 2 && !batch::foldPairs(st.SpDisp.data(), ph, logs, int32_t(count), st.ColVal.data(),
                                     peakBins.data(), st.ColLogX.data(), st.ColPhase.data());

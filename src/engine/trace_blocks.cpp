@@ -71,12 +71,11 @@ void readWorkingTrace(const std::string& path, int64_t pos1, float* out, size_t 
 
 void readWorkingTraceWithHead(const std::string& path, int64_t pos1, float* head, float* out,
                               size_t n) {
-    const Block& b = tBlock;
-    if (b.open && n * sizeof(float) > b.capacity / 4) {
+    // Through the block, the head of a long trace would fill a block of its own.
+    if (n * sizeof(float) > tBlock.capacity / 4)
         readTrace(path, pos1, head, 1);
-    } else {
+    else
         readWorkingTrace(path, pos1, head, 1);
-    }
     readWorkingTrace(path, pos1 + int64_t(sizeof(float)), out, n);
 }
 
