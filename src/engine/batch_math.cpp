@@ -35,16 +35,10 @@ inline bool squaresInRange(float r, float i, float s) {
     return (s >= 0x1p-100f && s < 0x1p100f) || (r == 0.0f && i == 0.0f);
 }
 
-} // namespace
-
-KV_VECTOR_CLONES
-void amplitudes(const float* re, const float* im, float* amp, int32_t n, float gain) {
-    // In single precision, eight bins a step: the amplitude is within an ulp or two of the
-    // double-precision figure. Where single precision would lose it (squares out of range,
-    // values that are not numbers, an odd gain) the double formula decides, so those bins read
-    // exactly as they always did.
-    const float scale = 2.0f / gain;
-    const bool scaleInRange = scale >= 0x1p-60f && scale <= 0x1p60f;
+/// The amplitudes of bins 0..n-1 in single precision, eight bins a step: within an ulp or two of
+/// the double-precision figure. True when some bin's squares left the range where that holds.
+__attribute__((always_inline)) inline bool singleAmplitudes(const float* re, const float* im,
+                                                            float* amp, int32_t n, float scale) {
     uint32_t outOfRange = 0;
     for (int32_t j = 0; j < n; ++j) {
         const float r = re[j], i = im[j];
@@ -52,13 +46,33 @@ void amplitudes(const float* re, const float* im, float* amp, int32_t n, float g
         outOfRange |= uint32_t(!squaresInRange(r, i, s));
         amp[j] = std::sqrt(s) * scale;
     }
+    return outOfRange != 0;
+}
+
+/// 2 / gain, the factor of every amplitude; false when it is too large or small for the single
+/// precision formula.
+inline bool amplitudeScale(float gain, float& scale) {
+    scale = 2.0f / gain;
+    return scale >= 0x1p-60f && scale <= 0x1p60f;
+}
+
+/// The amplitude in double, where single precision would lose it (squares out of range, values
+/// that are not numbers, an odd gain): those bins read exactly as they always did.
+inline void amplitudeInDouble(float r, float i, bool scaleInRange, double gain, float& amp) {
+    if (!scaleInRange || !squaresInRange(r, i, r * r + i * i))
+        amp = float(2.0 * std::sqrt(double(r) * r + double(i) * i) / gain);
+}
+
+} // namespace
+
+KV_VECTOR_CLONES
+void amplitudes(const float* re, const float* im, float* amp, int32_t n, float gain) {
+    float scale;
+    const bool scaleInRange = amplitudeScale(gain, scale);
+    const bool outOfRange = singleAmplitudes(re, im, amp, n, scale);
     if (!outOfRange && scaleInRange) return;
-    const double g = gain;
-    for (int32_t j = 0; j < n; ++j) {
-        const float r = re[j], i = im[j];
-        if (!scaleInRange || !squaresInRange(r, i, r * r + i * i))
-            amp[j] = float(2.0 * std::sqrt(double(r) * r + double(i) * i) / g);
-    }
+    for (int32_t j = 0; j < n; ++j)
+        amplitudeInDouble(re[j], im[j], scaleInRange, gain, amp[j]);
 }
 
 namespace {
@@ -351,6 +365,114 @@ int32_t firstMinAt(const float* a, int32_t n) {
     return where;
 }
 
+namespace {
+
+/// The largest and the smallest of a[0..n-1], values that are not numbers left out (hi stays
+/// -infinity and lo +infinity when nothing is left). Four sets of lanes, so that no step waits
+/// on the one before.
+__attribute__((always_inline)) inline void extremeValues(const float* a, int32_t n, float& hi,
+                                                         float& lo) {
+    F8 h0 = KV_SPLAT8(-std::numeric_limits<float>::infinity());
+    F8 h1 = h0;
+    F8 l0 = KV_SPLAT8(std::numeric_limits<float>::infinity());
+    F8 l1 = l0;
+    int32_t i = 0;
+    for (; i + 16 <= n; i += 16) {
+        F8 x, y;
+        std::memcpy(&x, a + i, sizeof x);
+        std::memcpy(&y, a + i + 8, sizeof y);
+        h0 = x > h0 ? x : h0;
+        h1 = y > h1 ? y : h1;
+        l0 = x < l0 ? x : l0;
+        l1 = y < l1 ? y : l1;
+    }
+    h0 = h1 > h0 ? h1 : h0;
+    l0 = l1 < l0 ? l1 : l0;
+    float top = h0[0], low = l0[0];
+    for (int k = 1; k < 8; ++k) {
+        top = h0[k] > top ? h0[k] : top;
+        low = l0[k] < low ? l0[k] : low;
+    }
+    for (; i < n; ++i) {
+        top = a[i] > top ? a[i] : top;
+        low = a[i] < low ? a[i] : low;
+    }
+    hi = top;
+    lo = low;
+}
+
+} // namespace
+
+KV_VECTOR_CLONES
+AmplitudeExtremes packedAmplitudes(const float* __restrict packed, float* __restrict amp,
+                                   int32_t bins, int32_t maxFrom, float scale, float gain) {
+    // The amplitudes straight from the interleaved parts, then each block's extreme values
+    // while the block is still in the nearest cache. Where the extremes stand is looked for only
+    // in the first block that holds each: that is where a running search from the first bin
+    // would end.
+    constexpr int32_t kBlock = 1024;
+    float ampScale;
+    const bool scaleInRange = amplitudeScale(gain, ampScale);
+    uint32_t outOfRange = 0;
+    float hi = -std::numeric_limits<float>::infinity();
+    float lo = std::numeric_limits<float>::infinity();
+    int32_t hiBlock = -1, loBlock = -1;
+    for (int32_t from = 0; from < bins; from += kBlock) {
+        const int32_t len = std::min(kBlock, bins - from);
+        const float* p = packed + 2 * int64_t(from);
+        float* a = amp + from;
+        for (int32_t j = 0; j < len; ++j) {
+            const float r = p[2 * j] * scale, i = p[2 * j + 1] * scale;
+            const float s = r * r + i * i;
+            outOfRange |= uint32_t(!squaresInRange(r, i, s));
+            a[j] = std::sqrt(s) * ampScale;
+        }
+        // The peak's search leaves out the bins before maxFrom; the floor's takes them all.
+        const int32_t skip = std::clamp(maxFrom - from, 0, len);
+        float blockHi, blockLo;
+        extremeValues(a + skip, len - skip, blockHi, blockLo);
+        for (int32_t j = 0; j < skip; ++j)
+            blockLo = a[j] < blockLo ? a[j] : blockLo;
+        if (skip == len) blockHi = -std::numeric_limits<float>::infinity();
+        if (blockHi > hi) {
+            hi = blockHi;
+            hiBlock = from;
+        }
+        if (blockLo < lo) {
+            lo = blockLo;
+            loBlock = from;
+        }
+    }
+    if (outOfRange || !scaleInRange) {
+        // Some bins want the double formula: they are formed again, and searched in full.
+        for (int32_t j = 0; j < bins; ++j)
+            amplitudeInDouble(packed[2 * j] * scale, packed[2 * j + 1] * scale, scaleInRange, gain,
+                              amp[j]);
+        AmplitudeExtremes x;
+        const int32_t count = bins - maxFrom;
+        const int32_t at = count > 0 ? firstMaxAbove(amp + maxFrom, amp + maxFrom,
+                                                     -std::numeric_limits<float>::infinity(), count)
+                                     : -1;
+        x.firstMax = at >= 0 ? maxFrom + at : -1;
+        x.firstMin = firstMinAt(amp, std::max(bins, 0));
+        return x;
+    }
+    AmplitudeExtremes x;
+    if (hiBlock >= 0) {
+        int32_t i = std::max(hiBlock, maxFrom);
+        while (!(amp[i] == hi))
+            ++i;
+        x.firstMax = i;
+    }
+    if (loBlock >= 0) {
+        int32_t i = loBlock;
+        while (!(amp[i] == lo))
+            ++i;
+        x.firstMin = i;
+    }
+    return x;
+}
+
 KV_VECTOR_CLONES
 void foldColumns(const float* disp, int32_t count, int32_t b, float* val, int32_t* bin) {
     int32_t c = 0;
@@ -476,49 +598,46 @@ void foldDecibelColumns(const float* amp, int32_t count, int32_t b, float fullSc
     for (int32_t c = 0; c < count; ++c) {
         const float* a = amp + int64_t(c) * b;
         start[size_t(c)] = int32_t(at.size());
+        // The column's largest value alone, on two sets of lanes so that each step waits on the
+        // one before only every other time; a value that is not a number is never taken. Where
+        // it stands comes from the second pass, which looks for the candidates in any case.
         F8 hi = KV_SPLAT8(-std::numeric_limits<float>::infinity());
-        I8 hiAt = {-1, -1, -1, -1, -1, -1, -1, -1};
-        I8 idx = {0, 1, 2, 3, 4, 5, 6, 7};
+        F8 hi2 = hi;
         int32_t vectorEnd = 0;
-        for (; vectorEnd + 8 <= b; vectorEnd += 8, idx += step) {
+        for (; vectorEnd + 16 <= b; vectorEnd += 16) {
+            F8 x, x2;
+            std::memcpy(&x, a + vectorEnd, sizeof x);
+            std::memcpy(&x2, a + vectorEnd + 8, sizeof x2);
+            hi = x > hi ? x : hi;
+            hi2 = x2 > hi2 ? x2 : hi2;
+            lo = x < lo ? x : lo;
+            lo = x2 < lo ? x2 : lo;
+            odd |= (x != x) | (x2 != x2);
+        }
+        for (; vectorEnd + 8 <= b; vectorEnd += 8) {
             F8 x;
             std::memcpy(&x, a + vectorEnd, sizeof x);
-            const I8 take = x >= hi;
-            hi = take ? x : hi;
-            hiAt = take ? idx : hiAt;
+            hi = x > hi ? x : hi;
             lo = x < lo ? x : lo;
             odd |= x != x;
         }
-        // The largest across the lanes and a place of it, without a branch per lane: a lane
-        // never taken holds -infinity at place -1.
-        F8 t = hi;
+        F8 t = hi2 > hi ? hi2 : hi;
         F8 u = __builtin_shufflevector(t, t, 4, 5, 6, 7, 0, 1, 2, 3);
         t = u > t ? u : t;
         u = __builtin_shufflevector(t, t, 2, 3, 0, 1, 6, 7, 4, 5);
         t = u > t ? u : t;
         u = __builtin_shufflevector(t, t, 1, 0, 3, 2, 5, 4, 7, 6);
         t = u > t ? u : t;
-        I8 p = hi == t ? hiAt : I8{-1, -1, -1, -1, -1, -1, -1, -1};
-        I8 q = __builtin_shufflevector(p, p, 4, 5, 6, 7, 0, 1, 2, 3);
-        p = q > p ? q : p;
-        q = __builtin_shufflevector(p, p, 2, 3, 0, 1, 6, 7, 4, 5);
-        p = q > p ? q : p;
-        q = __builtin_shufflevector(p, p, 1, 0, 3, 2, 5, 4, 7, 6);
-        p = q > p ? q : p;
         float top = t[0];
-        int32_t topAt = p[0];
         for (int32_t i = vectorEnd; i < b; ++i) {
-            if (a[i] >= top) {
-                top = a[i];
-                topAt = i;
-            }
+            top = a[i] > top ? a[i] : top;
             tailLow = a[i] < tailLow ? a[i] : tailLow;
             tailOdd |= !(a[i] == a[i]);
         }
         const float topRatio = top / fullScale;
-        if (topAt < 0 || !logInRange(topRatio)) {
-            // A column of amplitudes beyond the polynomial's range: its decibels formed in full
-            // and folded the ordinary way.
+        if (!logInRange(topRatio)) {
+            // A column of amplitudes beyond the polynomial's range (or of nothing but values that
+            // are not numbers): its decibels formed in full and folded the ordinary way.
             thread_local std::vector<float> column;
             column.resize(size_t(b));
             decibels(a, column.data(), b, fullScale);
@@ -532,13 +651,18 @@ void foldDecibelColumns(const float* amp, int32_t count, int32_t b, float fullSc
         const int32_t e = int32_t(std::bit_cast<uint32_t>(topRatio) >> 23) - 127;
         const float delta = float(3 * ((e < 0 ? -e : e) + 2)) * 0x1p-21f + 5e-7f;
         const float near = top - top * delta;
-        // How many reach that far; when only the largest does, it is the one candidate.
+        // How many reach that far, and where the last of them stands: when only one does, it is
+        // the largest, and the one candidate.
         const F8 limit = KV_SPLAT8(near);
         I8 reach = {};
-        for (int32_t i = 0; i < vectorEnd; i += 8) {
+        I8 where = {-1, -1, -1, -1, -1, -1, -1, -1};
+        I8 idx = {0, 1, 2, 3, 4, 5, 6, 7};
+        for (int32_t i = 0; i < vectorEnd; i += 8, idx += step) {
             F8 x;
             std::memcpy(&x, a + i, sizeof x);
-            reach -= x >= limit;
+            const I8 in = x >= limit;
+            reach -= in;
+            where = in ? idx : where;
         }
         I8 r = __builtin_shufflevector(reach, reach, 4, 5, 6, 7, 0, 1, 2, 3);
         reach += r;
@@ -547,18 +671,23 @@ void foldDecibelColumns(const float* amp, int32_t count, int32_t b, float fullSc
         r = __builtin_shufflevector(reach, reach, 1, 0, 3, 2, 5, 4, 7, 6);
         reach += r;
         int32_t many = reach[0];
+        r = __builtin_shufflevector(where, where, 4, 5, 6, 7, 0, 1, 2, 3);
+        where = r > where ? r : where;
+        r = __builtin_shufflevector(where, where, 2, 3, 0, 1, 6, 7, 4, 5);
+        where = r > where ? r : where;
+        r = __builtin_shufflevector(where, where, 1, 0, 3, 2, 5, 4, 7, 6);
+        where = r > where ? r : where;
+        int32_t last = where[0];
         for (int32_t i = vectorEnd; i < b; ++i)
-            many += a[i] >= near ? 1 : 0;
+            if (a[i] >= near) {
+                ++many;
+                last = i;
+            }
         if (many == 1) {
-            at.push_back(c * b + topAt);
+            at.push_back(c * b + last);
             continue;
         }
-        for (int k = 0; k < 8; ++k) {
-            if (!(hi[k] >= near)) continue;
-            for (int32_t i = k; i < vectorEnd; i += 8)
-                if (a[i] >= near) at.push_back(c * b + i);
-        }
-        for (int32_t i = vectorEnd; i < b; ++i)
+        for (int32_t i = 0; i < b; ++i)
             if (a[i] >= near) at.push_back(c * b + i);
     }
     start[size_t(count)] = int32_t(at.size());

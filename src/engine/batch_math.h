@@ -60,6 +60,19 @@ int32_t lastMaxAt(const float* a, int32_t n);
 int32_t firstMaxAbove(const float* a, const float* disp, float above, int32_t n);
 int32_t firstMinAt(const float* a, int32_t n);
 
+/// Where packedAmplitudes found the extremes of the amplitudes it formed.
+struct AmplitudeExtremes {
+    int32_t firstMax = -1; ///< firstMaxAbove(amp + maxFrom, amp + maxFrom, -inf, ...) + maxFrom
+    int32_t firstMin = -1; ///< firstMinAt(amp, bins)
+};
+
+/// amplitudes(re, im, amp, bins, gain) of the spectrum a real-input transform left in `packed`
+/// (re[k] = packed[2k] * scale, im[k] = packed[2k+1] * scale; bins no more than it holds),
+/// and the two searches named above over amp[0..bins-1], in one pass over the transform's
+/// output. A search with nothing to search gives -1.
+AmplitudeExtremes packedAmplitudes(const float* packed, float* amp, int32_t bins, int32_t maxFrom,
+                                   float scale, float gain);
+
 /// The fold of disp into `count` columns of b bins each: val[c] is the largest of column c and
 /// bin[c] where it stands, of equal values the last, as a running `v <= x` search from the
 /// column's first bin finds them. A column whose first bin is not a number keeps that value and

@@ -167,16 +167,21 @@ float* realInput(int32_t n) {
     return tScratch.real.get(size_t(n) + kRealFront) + kRealFront;
 }
 
-void forwardRealInput(const float* in, float* re, float* im, int32_t n, bool mirror) {
+void forwardRealPacked(const float* in, float* out, int32_t n) {
     const Plans& p = plansFor(n);
-    const float scale = float(1.0 / double(n));
-    fftwf_complex* out = tScratch.out.get(size_t(n));
     // FFTW leaves the input of an out-of-place real transform as it was.
-    fftwf_execute_dft_r2c(p.realForward, const_cast<float*>(in), out);
+    fftwf_execute_dft_r2c(p.realForward, const_cast<float*>(in),
+                          reinterpret_cast<fftwf_complex*>(out));
+}
+
+void forwardRealInput(const float* in, float* re, float* im, int32_t n, bool mirror) {
+    float* out = &tScratch.out.get(size_t(n))[0][0];
+    forwardRealPacked(in, out, n);
+    const float scale = forwardScale(n);
     if (mirror)
-        batch::unpackRealSpectrum(&out[0][0], re, im, n, scale);
+        batch::unpackRealSpectrum(out, re, im, n, scale);
     else
-        batch::unpackRealSpectrumLowerHalf(&out[0][0], re, im, n, scale);
+        batch::unpackRealSpectrumLowerHalf(out, re, im, n, scale);
 }
 
 bool takesAsInput(const float* p) {
@@ -197,7 +202,7 @@ void forward(float* re, float* im, int32_t n) {
         return;
     }
     const size_t un = size_t(n);
-    const float scale = float(1.0 / double(n));
+    const float scale = forwardScale(n);
     fftwf_complex* out = tScratch.out.get(un);
     fftwf_complex* in = tScratch.in.get(un);
     pack(re, im, in, n);

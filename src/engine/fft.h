@@ -10,6 +10,11 @@ namespace kv::fft {
 /// Largest length the transforms accept. Beyond it a length is refused rather than planned.
 inline constexpr int32_t kMaxLength = 1 << 24;
 
+/// The factor of every forward transform, 1/n.
+inline float forwardScale(int32_t n) {
+    return float(1.0 / double(n));
+}
+
 /// Forward transform of `n` points held in `re[0..n-1]` and `im[0..n-1]`, in place:
 ///   X[k] = (1/n) * sum over t of x[t] * e^(-2*pi*i*t*k/n),
 /// so a sine of amplitude A on a bin gives |X[k]| = A/2 on each of its two mirror bins.
@@ -30,6 +35,11 @@ float* realInput(int32_t n);
 /// Without `mirror` only the lower half, elements 0..n/2, is written: the upper half is the
 /// conjugate of the lower, and a run that reads no element above n/2 need not pay for it.
 void forwardRealInput(const float* in, float* re, float* im, int32_t n, bool mirror);
+
+/// The real-input transform of the n points at `in` (as forwardRealInput takes them) into
+/// out[0..n+1] as the transform writes it: bins 0..n/2, real and imaginary parts interleaved,
+/// not yet multiplied by forwardScale(n). `out` is aligned as takesAsInput asks.
+void forwardRealPacked(const float* in, float* out, int32_t n);
 
 /// True when `p` is aligned as the buffer realInput gives, so that forwardRealInput may take the
 /// n points at p as they stand (same plan, same results).

@@ -96,10 +96,36 @@ const float* owedIm(const ProgramState& st) {
     return st.PhasesOwed.inFft ? st.FftIm.data() : st.PhasesOwed.im.data();
 }
 
+/// Where in `room` a transform of n points may be written: room enough from the first 64-byte
+/// boundary, as the transform wants its output aligned.
+size_t alignedRoom(std::vector<float>& room, int32_t n) {
+    const size_t floats = 2 * (size_t(n) / 2 + 1) + 16;
+    if (room.size() < floats) room.resize(floats);
+    const auto address = reinterpret_cast<uintptr_t>(room.data());
+    return ((64 - address % 64) % 64) / sizeof(float);
+}
+
+/// The owed transform, while it is packed, spread out into the copy `re`/`im` that the owed
+/// phases then read: only the phases of a whole trace want every element of it.
+void spreadPacked(ProgramState& st) {
+    ProgramState::OwedPhases& o = st.PhasesOwed;
+    if (!o.packed) return;
+    o.packed = false;
+    o.inFft = false;
+    const size_t bins = size_t(std::max(o.bins, 0));
+    o.re.resize(bins + 2);
+    o.im.resize(bins + 2);
+    o.re[0] = o.im[0] = 0.0f; // element 0 takes no part
+    if (bins > 0)
+        batch::unpackRealSpectrumLowerHalf(o.packedRoom.data() + o.packedAt, o.re.data() + 1,
+                                           o.im.data() + 1, 2 * int32_t(bins), o.scale);
+}
+
 /// SpPhase[1..bins] from the owed transform, as the builder would have taken them.
 void takeSpectrumPhases(ProgramState& st) {
     ProgramState::OwedPhases& o = st.PhasesOwed;
     if (!o.spectrum) return;
+    spreadPacked(st);
     o.spectrum = false;
     const size_t source =
         o.inFft ? std::min(st.FftRe.size(), st.FftIm.size()) : std::min(o.re.size(), o.im.size());
@@ -110,8 +136,9 @@ void takeSpectrumPhases(ProgramState& st) {
 }
 
 /// The builder's last step before the gain: SpPhase[1..N/2] become owed from FftRe/FftIm as they
-/// stand now. The transform stays where it is; the next writer of FftRe/FftIm moves it aside.
-void owePhases(ProgramState& st) {
+/// stand now, or from the packed transform in nextRoom (at `packedAt`) when that is where it
+/// went. The transform stays where it is; the next writer of FftRe/FftIm moves it aside.
+void owePhases(ProgramState& st, const size_t* packedAt = nullptr) {
     const int32_t half = st.Fft_Samples / 2;
     ensure(st.SpPhase, int64_t(half) + 1);
     ProgramState::OwedPhases& o = st.PhasesOwed;
@@ -120,7 +147,13 @@ void owePhases(ProgramState& st) {
     if (o.spectrum && o.bins > half) takeSpectrumPhases(st);
     if (half <= 0) return;
     o.spectrum = true;
-    o.inFft = true;
+    o.inFft = !packedAt;
+    o.packed = packedAt != nullptr;
+    if (packedAt) {
+        o.packedRoom.swap(o.nextRoom);
+        o.packedAt = *packedAt;
+        o.scale = fft::forwardScale(st.Fft_Samples);
+    }
     o.bins = half;
 }
 
@@ -184,15 +217,25 @@ void radargramTrace(ProgramState& st) {
     fft::forward(st.BackRe.data() + 1, st.BackIm.data() + 1, n);
 }
 
+/// The extremes of SpAmp[0..bins-1] as the pass that formed the amplitudes found them.
+struct KnownExtremes {
+    int32_t bins = 0;
+    batch::AmplitudeExtremes at;
+};
+
+void createdBArray(ProgramState& st, const KnownExtremes* known);
+
 /// The peak and the floor of SpAmp[0..Sp_Bins-1], starting from hi and lo. Linear: DC takes part
 /// and of equal maxima the last wins. dB: bins 0 to 2 can never be the peak and of equal maxima
 /// the first wins; a bin at or under -FullScalePos dB (silence reads -10 * FullScalePos) is no
 /// peak at all, so a silent trace leaves the previous PeakBin standing. The floor is the first
 /// smallest value in both.
 template <bool Linear>
-void searchPeakAndFloor(ProgramState& st, const float* amp, float& hi, float& lo) {
+void searchPeakAndFloor(ProgramState& st, const float* amp, float& hi, float& lo,
+                        const KnownExtremes* known) {
     const int32_t n = st.Sp_Bins;
     if (n <= 0) return;
+    if (known && known->bins != n) known = nullptr;
     // A running search from hi and lo ends on the extreme's first or last place, when the
     // extreme beats where it started.
     if (Linear) {
@@ -208,8 +251,11 @@ void searchPeakAndFloor(ProgramState& st, const float* amp, float& hi, float& lo
             // Equal amplitudes have equal decibels, so the first of the largest amplitudes is the
             // peak when its own decibels clear the floor; only when they do not are the other
             // bins' decibels needed to say which of them clear it.
-            at = batch::firstMaxAbove(amp + 3, amp + 3, -std::numeric_limits<float>::infinity(),
-                                      n - 3);
+            if (known)
+                at = known->at.firstMax >= 0 ? known->at.firstMax - 3 : -1;
+            else
+                at = batch::firstMaxAbove(amp + 3, amp + 3, -std::numeric_limits<float>::infinity(),
+                                          n - 3);
             float d = 0.0f;
             if (at >= 0) batch::decibels(amp + 3 + at, &d, 1, st.DecibelsOwed.fullScale);
             if (at < 0 || !(d > floor)) settleDecibels(st);
@@ -221,7 +267,7 @@ void searchPeakAndFloor(ProgramState& st, const float* amp, float& hi, float& lo
             hi = amp[3 + at];
         }
     }
-    const int32_t at = batch::firstMinAt(amp, n);
+    const int32_t at = known ? known->at.firstMin : batch::firstMinAt(amp, n);
     if (at >= 0 && lo > amp[at]) {
         st.FloorBin = at;
         lo = amp[at];
@@ -303,7 +349,7 @@ void ensurePhases(ProgramState& st) {
 
 void releaseTransform(ProgramState& st) {
     ProgramState::OwedPhases& o = st.PhasesOwed;
-    if (!o.spectrum || !o.inFft) return;
+    if (!o.spectrum || !o.inFft) return; // a packed transform is in a room of its own
     const size_t n = std::min({st.FftRe.size(), st.FftIm.size(), size_t(o.bins) + 1});
     o.re.assign(st.FftRe.begin(), st.FftRe.begin() + ptrdiff_t(n));
     o.im.assign(st.FftIm.begin(), st.FftIm.begin() + ptrdiff_t(n));
@@ -325,13 +371,29 @@ void oweColumnPhases(ProgramState& st, const int32_t* bins, size_t count) {
     // room from one fold to the next.
     const float* re = owedRe(st);
     const float* im = owedIm(st);
+    // Element k of a packed transform, as spreadPacked would spread it.
+    const float* packed = o.packed ? o.packedRoom.data() + o.packedAt : nullptr;
+    const auto pair = [&](int32_t k, float& r, float& i) {
+        if (packed) {
+            r = packed[2 * (k - 1)] * o.scale;
+            i = packed[2 * (k - 1) + 1] * o.scale;
+        } else {
+            r = re[k];
+            i = im[k];
+        }
+    };
     const int32_t owed = o.bins;
     const int32_t from = count > 0 && bins[0] == 0 ? 1 : 0;
     if (count > size_t(from) && batch::allWithin(bins + from, int32_t(count) - from, 1, owed)) {
         o.colRe.resize(count - size_t(from));
         o.colIm.resize(o.colRe.size());
-        batch::gatherPairs(re, im, bins + from, int32_t(o.colRe.size()), o.colRe.data(),
-                           o.colIm.data());
+        if (packed) {
+            for (size_t c = 0; c < o.colRe.size(); ++c)
+                pair(bins[size_t(from) + c], o.colRe[c], o.colIm[c]);
+        } else {
+            batch::gatherPairs(re, im, bins + from, int32_t(o.colRe.size()), o.colRe.data(),
+                               o.colIm.data());
+        }
         o.colAt.clear();
         o.colFrom = from;
         return;
@@ -344,10 +406,8 @@ void oweColumnPhases(ProgramState& st, const int32_t* bins, size_t count) {
         const int32_t b = bins[c];
         // A bin the owed phases do not cover is as it stands in SpPhase, and so is its column.
         const bool due = b >= 1 && b <= owed;
-        const int32_t at = due ? b : 1;
         o.colAt[m] = int32_t(c);
-        o.colRe[m] = re[at];
-        o.colIm[m] = im[at];
+        pair(due ? b : 1, o.colRe[m], o.colIm[m]);
         m += due ? 1 : 0;
     }
     o.colAt.resize(m);
@@ -417,10 +477,27 @@ void FyllSpData(ProgramState& st) {
         redim(st.BackIm, int64_t(n) + 1);
         redim(st.BackAmp, int64_t(n) + 1);
     }
-    if (direct)
+    // Plain playback, the usual case: the amplitudes and the searches for the peak and the floor
+    // are formed in the same pass that takes the transform's output apart.
+    KnownExtremes known;
+    const bool oneGo = direct && !filterOn && !backScroll && !rgBack;
+    size_t packedAt = 0;
+    if (oneGo) {
+        // The transform stays packed in a room of its own, where the phases owed from it are
+        // found; the owed phases of the trace before keep theirs until the fold has read them.
+        st.DecibelsOwed.due = false; // the trace before's, whose amplitudes go now
+        ProgramState::OwedPhases& o = st.PhasesOwed;
+        packedAt = alignedRoom(o.nextRoom, n);
+        float* packed = o.nextRoom.data() + packedAt;
+        fft::forwardRealPacked(input, packed, n);
+        known.bins = std::min(st.Sp_Bins, n);
+        known.at = batch::packedAmplitudes(packed, st.SpAmp.data(), known.bins, 3,
+                                           fft::forwardScale(n), st.WindowGain);
+    } else if (direct) {
         fft::forwardRealInput(input, st.FftRe.data() + 1, st.FftIm.data() + 1, n, filterOn);
-    else
+    } else {
         fft::forwardReal(st.FftRe.data() + 1, st.FftIm.data() + 1, n);
+    }
 
     if (backScroll) {
         st.BackTracePos = tracePosition(n, st.BackTraceIndex, st.FirstTracePos);
@@ -430,9 +507,9 @@ void FyllSpData(ProgramState& st) {
     }
     if (rgBack) radargramTrace(st);
 
-    formAmplitudes(st, true);
-    CreatedBArray(st);
-    owePhases(st);
+    if (!oneGo) formAmplitudes(st, true);
+    createdBArray(st, oneGo ? &known : nullptr);
+    owePhases(st, oneGo ? &packedAt : nullptr);
     applyGain(st);
 }
 
@@ -456,6 +533,12 @@ void FyllSpAverage(ProgramState& st) {
 }
 
 void CreatedBArray(ProgramState& st) {
+    createdBArray(st, nullptr);
+}
+
+namespace {
+
+void createdBArray(ProgramState& st, const KnownExtremes* known) {
     const int32_t bins = st.Sp_Bins;
     const float fs = st.FullScalePos;
     ensure(st.SpAmp, bins);
@@ -467,6 +550,7 @@ void CreatedBArray(ProgramState& st) {
             if (st.SpAmp[size_t(i)] > held) held = st.SpAmp[size_t(i)];
             st.SpAmp[size_t(i)] = held;
         }
+        known = nullptr; // found before the held values replaced the amplitudes
     }
     float hi = -fs, lo = fs;
     // 0..bins, of which the conversion below writes all but the last.
@@ -484,7 +568,7 @@ void CreatedBArray(ProgramState& st) {
     st.DecibelsOwed.due = false;
     if (st.YLinear) {
         std::copy(amp, amp + bins, st.SpDisp.begin());
-        searchPeakAndFloor<true>(st, amp, hi, lo);
+        searchPeakAndFloor<true>(st, amp, hi, lo, nullptr);
     } else {
         // Owed until something reads them, unless auto-span is about to read them or whitening
         // to rewrite the amplitudes they come from.
@@ -492,7 +576,7 @@ void CreatedBArray(ProgramState& st) {
             batch::decibels(amp, st.SpDisp.data(), bins, fs);
         else
             st.DecibelsOwed = {true, std::max(bins, 0), fs};
-        searchPeakAndFloor<false>(st, amp, hi, lo);
+        searchPeakAndFloor<false>(st, amp, hi, lo, known);
     }
     st.PeakAmp = hi;
     st.PeakHoldBins = bins;
@@ -513,5 +597,7 @@ void CreatedBArray(ProgramState& st) {
     if (st.WhiteningOn) h.whiten(st);
     SamToWidth(st);
 }
+
+} // namespace
 
 } // namespace kv

@@ -229,13 +229,22 @@ struct ProgramState {
     /// Phases the builder owes: it keeps the transform they come from and takes them only when
     /// something asks (`ensurePhases`, engine), as most runs never look at a phase. While
     /// `spectrum` is set, SpPhase[1..bins] stand for the phases of elements 1..bins of that
-    /// transform, which is FftRe/FftIm while `inFft`, else the copy in `re`/`im`. Columns
-    /// `colAt` of ColPhase stand for the phases of (`colRe`, `colIm`), taken when they were folded.
+    /// transform, which is FftRe/FftIm while `inFft`, the packed transform while `packed`, else
+    /// the copy in `re`/`im`. Columns `colAt` of ColPhase stand for the phases of (`colRe`,
+    /// `colIm`), taken when they were folded.
     struct OwedPhases {
         bool spectrum = false;
         bool inFft = false;
+        bool packed = false;
         int32_t bins = 0;
         std::vector<float> re, im;
+        // While `packed`: the transform as a real-input transform leaves it, element k's real
+        // and imaginary parts at packedAt + 2k - 2 and packedAt + 2k - 1 in `packedRoom`, each
+        // still to be multiplied by `scale`. Plain playback never needs the transform spread
+        // out. The builder's next transform of that kind goes to `nextRoom`.
+        float scale = 0.0f;
+        size_t packedAt = 0;
+        std::vector<float> packedRoom, nextRoom;
         std::vector<int32_t> colAt;
         std::vector<float> colRe, colIm;
         // From 0 or 1: colAt is not used, colRe[k] stands for column colFrom + k, and every

@@ -136,6 +136,50 @@ TEST(VectorPaths, TheFirstOfTwoEqualPeaksWinsWhereverTheyFall) {
             }
 }
 
+TEST(VectorPaths, AmplitudesFromThePackedTransformAreTheSpreadOnesAndTheirSearches) {
+    // Ties within and across blocks, signed zeros, NaNs, infinities and squares out of the single
+    // range (which send every bin through the double formula and the searches in full), odd
+    // gains, and lengths around the block size.
+    const float scale = 1.0f / 4096.0f;
+    for (int32_t bins : {0, 2, 3, 4, 9, 1023, 1024, 1025, 3000})
+        for (uint32_t seed = 1; seed <= 6; ++seed)
+            for (float gain : {0.5f, 1.0f, 1e-30f}) {
+                SCOPED_TRACE(testing::Message() << bins << " " << seed << " " << gain);
+                std::mt19937 g(seed);
+                std::vector<float> packed(2 * size_t(bins) + 2);
+                for (float& x : packed)
+                    x = float(int(g() % 9) - 4) * 1000.0f;
+                if (seed % 3 == 0 && bins > 5) {
+                    const float odd[] = {kNaN, -0.0f, std::numeric_limits<float>::infinity(), 3e30f,
+                                         1e-30f};
+                    for (float v : odd)
+                        packed[g() % packed.size()] = v;
+                }
+                if (seed % 3 == 1 && bins > 2) // the peak in the last bin too: two blocks tie
+                    packed[2 * size_t(bins) - 2] = 4000.0f, packed[2 * size_t(bins) - 1] = 4000.0f;
+                std::vector<float> re(size_t(bins) + 1), im(re.size()), want(re.size()),
+                    got(re.size());
+                for (int32_t k = 0; k < bins; ++k) {
+                    re[size_t(k)] = packed[2 * size_t(k)] * scale;
+                    im[size_t(k)] = packed[2 * size_t(k) + 1] * scale;
+                }
+                batch::amplitudes(re.data(), im.data(), want.data(), bins, gain);
+                const batch::AmplitudeExtremes x =
+                    batch::packedAmplitudes(packed.data(), got.data(), bins, 3, scale, gain);
+                for (int32_t k = 0; k < bins; ++k)
+                    ASSERT_EQ(std::bit_cast<uint32_t>(got[size_t(k)]),
+                              std::bit_cast<uint32_t>(want[size_t(k)]))
+                        << k;
+                const int32_t m =
+                    bins > 3
+                        ? batch::firstMaxAbove(want.data() + 3, want.data() + 3,
+                                               -std::numeric_limits<float>::infinity(), bins - 3)
+                        : -1;
+                EXPECT_EQ(x.firstMax, m >= 0 ? m + 3 : -1);
+                EXPECT_EQ(x.firstMin, batch::firstMinAt(want.data(), bins));
+            }
+}
+
 TEST(VectorPaths, TracesReadABlockAtATimeAreTheTracesReadOneByOne) {
     test::TempHome home{false};
     const std::string path = home.file("temp.sp");
