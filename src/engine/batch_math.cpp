@@ -249,6 +249,22 @@ typedef int32_t I8 __attribute__((vector_size(32)));
         x, x, x, x, x, x, x, x                                                                     \
     }
 
+/// Folds the eight lanes of v together with `pick` (one of the four below), leaving the result in
+/// every lane: three steps of lanes four, two and one apart.
+#define KV_ACROSS8(v, pick)                                                                        \
+    do {                                                                                           \
+        auto kvOther = __builtin_shufflevector(v, v, 4, 5, 6, 7, 0, 1, 2, 3);                      \
+        v = pick(v, kvOther);                                                                      \
+        kvOther = __builtin_shufflevector(v, v, 2, 3, 0, 1, 6, 7, 4, 5);                           \
+        v = pick(v, kvOther);                                                                      \
+        kvOther = __builtin_shufflevector(v, v, 1, 0, 3, 2, 5, 4, 7, 6);                           \
+        v = pick(v, kvOther);                                                                      \
+    } while (0)
+#define KV_MAX_OF(a, b) ((b) > (a) ? (b) : (a))
+#define KV_MIN_OF(a, b) ((b) < (a) ? (b) : (a))
+#define KV_SUM_OF(a, b) ((a) + (b))
+#define KV_ANY_OF(a, b) ((a) | (b))
+
 } // namespace
 
 // Where the extreme stands, in one pass: each of eight lanes keeps its own best value and where
@@ -368,14 +384,15 @@ int32_t firstMinAt(const float* a, int32_t n) {
 namespace {
 
 /// The largest and the smallest of a[0..n-1], values that are not numbers left out (hi stays
-/// -infinity and lo +infinity when nothing is left). Four sets of lanes, so that no step waits
-/// on the one before.
+/// -infinity and lo +infinity when nothing is left), and whether there were any such values. Two
+/// sets of lanes for each, so that each step waits on the one before only every other time.
 __attribute__((always_inline)) inline void extremeValues(const float* a, int32_t n, float& hi,
-                                                         float& lo) {
+                                                         float& lo, bool& notNumber) {
     F8 h0 = KV_SPLAT8(-std::numeric_limits<float>::infinity());
     F8 h1 = h0;
     F8 l0 = KV_SPLAT8(std::numeric_limits<float>::infinity());
     F8 l1 = l0;
+    I8 odd = {};
     int32_t i = 0;
     for (; i + 16 <= n; i += 16) {
         F8 x, y;
@@ -385,20 +402,30 @@ __attribute__((always_inline)) inline void extremeValues(const float* a, int32_t
         h1 = y > h1 ? y : h1;
         l0 = x < l0 ? x : l0;
         l1 = y < l1 ? y : l1;
+        odd |= (x != x) | (y != y);
+    }
+    for (; i + 8 <= n; i += 8) {
+        F8 x;
+        std::memcpy(&x, a + i, sizeof x);
+        h0 = x > h0 ? x : h0;
+        l0 = x < l0 ? x : l0;
+        odd |= x != x;
     }
     h0 = h1 > h0 ? h1 : h0;
     l0 = l1 < l0 ? l1 : l0;
+    KV_ACROSS8(h0, KV_MAX_OF);
+    KV_ACROSS8(l0, KV_MIN_OF);
+    KV_ACROSS8(odd, KV_ANY_OF);
     float top = h0[0], low = l0[0];
-    for (int k = 1; k < 8; ++k) {
-        top = h0[k] > top ? h0[k] : top;
-        low = l0[k] < low ? l0[k] : low;
-    }
+    bool any = odd[0] != 0;
     for (; i < n; ++i) {
         top = a[i] > top ? a[i] : top;
         low = a[i] < low ? a[i] : low;
+        any |= !(a[i] == a[i]);
     }
     hi = top;
     lo = low;
+    notNumber = any;
 }
 
 } // namespace
@@ -430,7 +457,8 @@ AmplitudeExtremes packedAmplitudes(const float* __restrict packed, float* __rest
         // The peak's search leaves out the bins before maxFrom; the floor's takes them all.
         const int32_t skip = std::clamp(maxFrom - from, 0, len);
         float blockHi, blockLo;
-        extremeValues(a + skip, len - skip, blockHi, blockLo);
+        bool notNumber; // such amplitudes went the double way above, as out of range
+        extremeValues(a + skip, len - skip, blockHi, blockLo, notNumber);
         for (int32_t j = 0; j < skip; ++j)
             blockLo = a[j] < blockLo ? a[j] : blockLo;
         if (skip == len) blockHi = -std::numeric_limits<float>::infinity();
@@ -512,12 +540,7 @@ void foldColumns(const float* disp, int32_t count, int32_t b, float* val, int32_
                 // Lane k equal to the value counts k + 1; the largest count, gathered across the
                 // lanes without leaving the vector, is the last such lane (0: none).
                 I8 last = (x == t) & I8{1, 2, 3, 4, 5, 6, 7, 8};
-                I8 other = __builtin_shufflevector(last, last, 4, 5, 6, 7, 0, 1, 2, 3);
-                last = last > other ? last : other;
-                other = __builtin_shufflevector(last, last, 2, 3, 0, 1, 6, 7, 4, 5);
-                last = last > other ? last : other;
-                other = __builtin_shufflevector(last, last, 1, 0, 3, 2, 5, 4, 7, 6);
-                last = last > other ? last : other;
+                KV_ACROSS8(last, KV_MAX_OF);
                 if (last[0] == 0) continue;
                 at = j + last[0] - 1;
                 break;
@@ -590,50 +613,27 @@ void foldDecibelColumns(const float* amp, int32_t count, int32_t b, float fullSc
     start.resize(size_t(count) + 1);
     // The least amplitude and whether any is not a number, over all columns: the shortcut holds
     // only when neither zeros nor values that are not numbers are among them.
-    F8 lo = KV_SPLAT8(std::numeric_limits<float>::infinity());
-    I8 odd = {};
-    float tailLow = std::numeric_limits<float>::infinity();
-    bool tailOdd = false;
+    float low = std::numeric_limits<float>::infinity();
+    bool notNumber = false;
     const I8 step = {8, 8, 8, 8, 8, 8, 8, 8};
+    // First every column's largest value, then every column's candidates: no column waits for
+    // the one before to be settled, so the processor works on several at once. A value that is
+    // not a number is never the largest; where the largest stands comes from the second pass,
+    // which looks for the candidates in any case.
+    thread_local std::vector<float> tops;
+    tops.resize(size_t(count));
+    for (int32_t c = 0; c < count; ++c) {
+        float columnLow;
+        bool columnOdd;
+        extremeValues(amp + int64_t(c) * b, b, tops[size_t(c)], columnLow, columnOdd);
+        low = columnLow < low ? columnLow : low;
+        notNumber |= columnOdd;
+    }
+    const int32_t vectorEnd = b / 8 * 8;
     for (int32_t c = 0; c < count; ++c) {
         const float* a = amp + int64_t(c) * b;
         start[size_t(c)] = int32_t(at.size());
-        // The column's largest value alone, on two sets of lanes so that each step waits on the
-        // one before only every other time; a value that is not a number is never taken. Where
-        // it stands comes from the second pass, which looks for the candidates in any case.
-        F8 hi = KV_SPLAT8(-std::numeric_limits<float>::infinity());
-        F8 hi2 = hi;
-        int32_t vectorEnd = 0;
-        for (; vectorEnd + 16 <= b; vectorEnd += 16) {
-            F8 x, x2;
-            std::memcpy(&x, a + vectorEnd, sizeof x);
-            std::memcpy(&x2, a + vectorEnd + 8, sizeof x2);
-            hi = x > hi ? x : hi;
-            hi2 = x2 > hi2 ? x2 : hi2;
-            lo = x < lo ? x : lo;
-            lo = x2 < lo ? x2 : lo;
-            odd |= (x != x) | (x2 != x2);
-        }
-        for (; vectorEnd + 8 <= b; vectorEnd += 8) {
-            F8 x;
-            std::memcpy(&x, a + vectorEnd, sizeof x);
-            hi = x > hi ? x : hi;
-            lo = x < lo ? x : lo;
-            odd |= x != x;
-        }
-        F8 t = hi2 > hi ? hi2 : hi;
-        F8 u = __builtin_shufflevector(t, t, 4, 5, 6, 7, 0, 1, 2, 3);
-        t = u > t ? u : t;
-        u = __builtin_shufflevector(t, t, 2, 3, 0, 1, 6, 7, 4, 5);
-        t = u > t ? u : t;
-        u = __builtin_shufflevector(t, t, 1, 0, 3, 2, 5, 4, 7, 6);
-        t = u > t ? u : t;
-        float top = t[0];
-        for (int32_t i = vectorEnd; i < b; ++i) {
-            top = a[i] > top ? a[i] : top;
-            tailLow = a[i] < tailLow ? a[i] : tailLow;
-            tailOdd |= !(a[i] == a[i]);
-        }
+        const float top = tops[size_t(c)];
         const float topRatio = top / fullScale;
         if (!logInRange(topRatio)) {
             // A column of amplitudes beyond the polynomial's range (or of nothing but values that
@@ -664,19 +664,9 @@ void foldDecibelColumns(const float* amp, int32_t count, int32_t b, float fullSc
             reach -= in;
             where = in ? idx : where;
         }
-        I8 r = __builtin_shufflevector(reach, reach, 4, 5, 6, 7, 0, 1, 2, 3);
-        reach += r;
-        r = __builtin_shufflevector(reach, reach, 2, 3, 0, 1, 6, 7, 4, 5);
-        reach += r;
-        r = __builtin_shufflevector(reach, reach, 1, 0, 3, 2, 5, 4, 7, 6);
-        reach += r;
+        KV_ACROSS8(reach, KV_SUM_OF);
         int32_t many = reach[0];
-        r = __builtin_shufflevector(where, where, 4, 5, 6, 7, 0, 1, 2, 3);
-        where = r > where ? r : where;
-        r = __builtin_shufflevector(where, where, 2, 3, 0, 1, 6, 7, 4, 5);
-        where = r > where ? r : where;
-        r = __builtin_shufflevector(where, where, 1, 0, 3, 2, 5, 4, 7, 6);
-        where = r > where ? r : where;
+        KV_ACROSS8(where, KV_MAX_OF);
         int32_t last = where[0];
         for (int32_t i = vectorEnd; i < b; ++i)
             if (a[i] >= near) {
@@ -691,12 +681,6 @@ void foldDecibelColumns(const float* amp, int32_t count, int32_t b, float fullSc
             if (a[i] >= near) at.push_back(c * b + i);
     }
     start[size_t(count)] = int32_t(at.size());
-    float low = tailLow;
-    bool notNumber = tailOdd;
-    for (int k = 0; k < 8; ++k) {
-        low = lo[k] < low ? lo[k] : low;
-        notNumber |= odd[k] != 0;
-    }
     // The quotient by a positive full scale keeps the amplitudes' order, so when the least is in
     // the polynomial's range, so is every bin above it. Otherwise the fold is done the ordinary
     // way over every bin's decibels.
