@@ -478,9 +478,11 @@ void FyllSpData(ProgramState& st) {
         redim(st.BackAmp, int64_t(n) + 1);
     }
     // Plain playback, the usual case: the amplitudes and the searches for the peak and the floor
-    // are formed in the same pass that takes the transform's output apart.
+    // are formed in the same pass that takes the transform's output apart. Not with whitening:
+    // it reads the trace afresh into FftRe/FftIm before the phases are owed, and in Single Trace
+    // the phases are those of its transform.
     KnownExtremes known;
-    const bool oneGo = direct && !filterOn && !backScroll && !rgBack;
+    const bool oneGo = direct && !filterOn && !backScroll && !rgBack && !st.WhiteningOn;
     size_t packedAt = 0;
     if (oneGo) {
         // The transform stays packed in a room of its own, where the phases owed from it are

@@ -4,6 +4,7 @@
 #include "conditioning/fft_filter.h"
 #include "conditioning/span.h"
 #include "conditioning/whitening.h"
+#include "engine/batch_math.h"
 #include "engine/fft.h"
 #include "engine/spectrum_bench.h"
 #include "state/program_state.h"
@@ -179,6 +180,27 @@ TEST(Whitening, PhasesTakenWhenAskedForAreThoseTakenAtOnce) {
         EXPECT_EQ(late.st.SpPhase, atOnce.st.SpPhase);
         EXPECT_EQ(late.st.ColPhase, atOnce.st.ColPhase);
         EXPECT_EQ(late.st.SpAmp, atOnce.st.SpAmp);
+    }
+}
+
+TEST(Whitening, SingleTracePhasesAreThoseOfTheWhiteningsOwnTransform) {
+    // In Single Trace the whitening reads the trace afresh into the transform arrays before the
+    // phases are owed, so the phases on show are those of its transform, not the builder's.
+    SpectrumBench b(N, 5, [](int64_t t) { return tone(t, 12, 100.0) + tone(t, 50, 30.0); });
+    setWhiteBand(b.st, 40.0, 60.0);
+    ASSERT_TRUE(ScanWhiteBand(b.st, [](int32_t) { return true; }));
+    installConditioning(b.st);
+    b.st.WhiteningOn = true;
+    b.st.ModeFFT = 1;
+    b.st.PlotColumns = 60;
+    for (int k = 0; k < 3; ++k) {
+        b.show(k);
+        std::vector<float> want(size_t(N) / 2 + 1);
+        batch::phaseDegrees(b.st.FftRe.data() + 1, b.st.FftIm.data() + 1, want.data() + 1, N / 2,
+                            b.st.Pi);
+        ensurePhases(b.st);
+        for (size_t j = 1; j < want.size(); ++j)
+            ASSERT_EQ(b.st.SpPhase[j], want[j]) << "trace " << k << " bin " << j;
     }
 }
 
