@@ -69,7 +69,7 @@ struct AmplitudeExtremes {
 /// amplitudes(re, im, amp, bins, gain) of the spectrum a real-input transform left in `packed`
 /// (re[k] = packed[2k] * scale, im[k] = packed[2k+1] * scale; bins no more than it holds),
 /// and the two searches named above over amp[0..bins-1], in one pass over the transform's
-/// output. A search with nothing to search gives -1.
+/// output; maxFrom is 0 or more. A search with nothing to search gives -1.
 AmplitudeExtremes packedAmplitudes(const float* packed, float* amp, int32_t bins, int32_t maxFrom,
                                    float scale, float gain);
 
