@@ -3,7 +3,8 @@
 into columns, phases) against a bare FFTW transform of the same length on the same data, all in
 one run of bench_engine. Prints the ratio of CPU times per length and window (1.0 = as fast as
 the bare transform). Each benchmark runs --repetitions times (default 3) and the fastest run of
-each counts, so that a burst of other work on the machine weighs on neither side.
+each counts, and the repetitions of all benchmarks run interleaved in random order, so that a
+burst of other work on the machine weighs on neither side.
 
 Usage: engine_vs_fftw.py BUILD_DIR/bench [--min-time 0.5] [--repetitions 3]"""
 import json, os, subprocess, sys
@@ -12,7 +13,8 @@ bindir = sys.argv[1]
 min_time = sys.argv[sys.argv.index("--min-time") + 1] if "--min-time" in sys.argv else "0.5"
 reps = sys.argv[sys.argv.index("--repetitions") + 1] if "--repetitions" in sys.argv else "3"
 out = subprocess.run([os.path.join(bindir, "bench_engine"), "--benchmark_format=json",
-                      "--benchmark_min_time=" + min_time, "--benchmark_repetitions=" + reps],
+                      "--benchmark_min_time=" + min_time, "--benchmark_repetitions=" + reps,
+                      "--benchmark_enable_random_interleaving=true"],
                      check=True, capture_output=True, text=True).stdout
 times = {}
 for b in json.loads(out)["benchmarks"]:
