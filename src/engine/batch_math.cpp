@@ -205,6 +205,15 @@ void gatherPairs(const float* re, const float* im, const int32_t* bins, int32_t 
 }
 
 KV_VECTOR_CLONES
+void gatherPackedPairs(const float* packed, float scale, const int32_t* bins, int32_t count,
+                       float* outRe, float* outIm) {
+    for (int32_t c = 0; c < count; ++c) {
+        outRe[c] = packed[2 * (bins[c] - 1)] * scale;
+        outIm[c] = packed[2 * (bins[c] - 1) + 1] * scale;
+    }
+}
+
+KV_VECTOR_CLONES
 void unpackRealSpectrum(const float* __restrict packed, float* __restrict re, float* __restrict im,
                         int32_t n, float scale) {
     const int32_t half = n / 2;
@@ -428,6 +437,23 @@ __attribute__((always_inline)) inline void extremeValues(const float* a, int32_t
     notNumber = any;
 }
 
+/// The first i from `from` on with a[i] == value, which a[from..end-1] holds: eight bins a look.
+__attribute__((always_inline)) inline int32_t firstPlaceOf(const float* a, int32_t from,
+                                                           int32_t end, float value) {
+    const F8 t = KV_SPLAT8(value);
+    int32_t i = from;
+    for (; i + 8 <= end; i += 8) {
+        F8 x;
+        std::memcpy(&x, a + i, sizeof x);
+        I8 here = x == t;
+        KV_ACROSS8(here, KV_ANY_OF);
+        if (here[0]) break;
+    }
+    while (!(a[i] == value))
+        ++i;
+    return i;
+}
+
 } // namespace
 
 KV_VECTOR_CLONES
@@ -486,18 +512,10 @@ AmplitudeExtremes packedAmplitudes(const float* __restrict packed, float* __rest
         return x;
     }
     AmplitudeExtremes x;
-    if (hiBlock >= 0) {
-        int32_t i = std::max(hiBlock, maxFrom);
-        while (!(amp[i] == hi))
-            ++i;
-        x.firstMax = i;
-    }
-    if (loBlock >= 0) {
-        int32_t i = loBlock;
-        while (!(amp[i] == lo))
-            ++i;
-        x.firstMin = i;
-    }
+    if (hiBlock >= 0)
+        x.firstMax =
+            firstPlaceOf(amp, std::max(hiBlock, maxFrom), std::min(hiBlock + kBlock, bins), hi);
+    if (loBlock >= 0) x.firstMin = firstPlaceOf(amp, loBlock, std::min(loBlock + kBlock, bins), lo);
     return x;
 }
 

@@ -35,6 +35,11 @@ bool allWithin(const int32_t* bins, int32_t count, int32_t lo, int32_t hi);
 void gatherPairs(const float* re, const float* im, const int32_t* bins, int32_t count, float* outRe,
                  float* outIm);
 
+/// The same from a real-input transform's packed output, element k being bin k - 1:
+/// outRe[c] = packed[2 bins[c] - 2] * scale, outIm[c] = packed[2 bins[c] - 1] * scale.
+void gatherPackedPairs(const float* packed, float scale, const int32_t* bins, int32_t count,
+                       float* outRe, float* outIm);
+
 /// The spectrum of a real input as a real-input transform leaves it (bins 0..n/2, real and
 /// imaginary parts interleaved) into split arrays re[0..n-1], im[0..n-1], times `scale`, the
 /// upper half filled in as the conjugate mirror of the lower.

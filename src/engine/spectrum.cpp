@@ -388,8 +388,8 @@ void oweColumnPhases(ProgramState& st, const int32_t* bins, size_t count) {
         o.colRe.resize(count - size_t(from));
         o.colIm.resize(o.colRe.size());
         if (packed) {
-            for (size_t c = 0; c < o.colRe.size(); ++c)
-                pair(bins[size_t(from) + c], o.colRe[c], o.colIm[c]);
+            batch::gatherPackedPairs(packed, o.scale, bins + from, int32_t(o.colRe.size()),
+                                     o.colRe.data(), o.colIm.data());
         } else {
             batch::gatherPairs(re, im, bins + from, int32_t(o.colRe.size()), o.colRe.data(),
                                o.colIm.data());
