@@ -393,10 +393,12 @@ int32_t firstMinAt(const float* a, int32_t n) {
 namespace {
 
 /// The largest and the smallest of a[0..n-1], values that are not numbers left out (hi stays
-/// -infinity and lo +infinity when nothing is left), and whether there were any such values. Two
-/// sets of lanes for each, so that each step waits on the one before only every other time.
+/// -infinity and lo +infinity when nothing is left), and with `Tell`, whether there were any such
+/// values. Two sets of lanes for each, so that each step waits on the one before only every
+/// other time.
+template <bool Tell>
 __attribute__((always_inline)) inline void extremeValues(const float* a, int32_t n, float& hi,
-                                                         float& lo, bool& notNumber) {
+                                                         float& lo, bool* notNumber = nullptr) {
     F8 h0 = KV_SPLAT8(-std::numeric_limits<float>::infinity());
     F8 h1 = h0;
     F8 l0 = KV_SPLAT8(std::numeric_limits<float>::infinity());
@@ -411,20 +413,20 @@ __attribute__((always_inline)) inline void extremeValues(const float* a, int32_t
         h1 = y > h1 ? y : h1;
         l0 = x < l0 ? x : l0;
         l1 = y < l1 ? y : l1;
-        odd |= (x != x) | (y != y);
+        if (Tell) odd |= (x != x) | (y != y);
     }
     for (; i + 8 <= n; i += 8) {
         F8 x;
         std::memcpy(&x, a + i, sizeof x);
         h0 = x > h0 ? x : h0;
         l0 = x < l0 ? x : l0;
-        odd |= x != x;
+        if (Tell) odd |= x != x;
     }
     h0 = h1 > h0 ? h1 : h0;
     l0 = l1 < l0 ? l1 : l0;
     KV_ACROSS8(h0, KV_MAX_OF);
     KV_ACROSS8(l0, KV_MIN_OF);
-    KV_ACROSS8(odd, KV_ANY_OF);
+    if (Tell) KV_ACROSS8(odd, KV_ANY_OF);
     float top = h0[0], low = l0[0];
     bool any = odd[0] != 0;
     for (; i < n; ++i) {
@@ -434,7 +436,7 @@ __attribute__((always_inline)) inline void extremeValues(const float* a, int32_t
     }
     hi = top;
     lo = low;
-    notNumber = any;
+    if (Tell) *notNumber = any;
 }
 
 /// The first i from `from` on with a[i] == value, which a[from..end-1] holds: eight bins a look.
@@ -482,9 +484,9 @@ AmplitudeExtremes packedAmplitudes(const float* __restrict packed, float* __rest
         }
         // The peak's search leaves out the bins before maxFrom; the floor's takes them all.
         const int32_t skip = std::clamp(maxFrom - from, 0, len);
+        // Amplitudes that are not numbers count as out of range above, and go the double way.
         float blockHi, blockLo;
-        bool notNumber; // such amplitudes went the double way above, as out of range
-        extremeValues(a + skip, len - skip, blockHi, blockLo, notNumber);
+        extremeValues<false>(a + skip, len - skip, blockHi, blockLo);
         for (int32_t j = 0; j < skip; ++j)
             blockLo = a[j] < blockLo ? a[j] : blockLo;
         if (skip == len) blockHi = -std::numeric_limits<float>::infinity();
@@ -643,7 +645,7 @@ void foldDecibelColumns(const float* amp, int32_t count, int32_t b, float fullSc
     for (int32_t c = 0; c < count; ++c) {
         float columnLow;
         bool columnOdd;
-        extremeValues(amp + int64_t(c) * b, b, tops[size_t(c)], columnLow, columnOdd);
+        extremeValues<true>(amp + int64_t(c) * b, b, tops[size_t(c)], columnLow, &columnOdd);
         low = columnLow < low ? columnLow : low;
         notNumber |= columnOdd;
     }

@@ -116,6 +116,7 @@ void spreadPacked(ProgramState& st) {
     o.re.resize(bins + 2);
     o.im.resize(bins + 2);
     o.re[0] = o.im[0] = 0.0f; // element 0 takes no part
+    // The lower half of a transform of 2 bins points is its bins 0..bins: elements 1..bins+1.
     if (bins > 0)
         batch::unpackRealSpectrumLowerHalf(o.packedRoom.data() + o.packedAt, o.re.data() + 1,
                                            o.im.data() + 1, 2 * int32_t(bins), o.scale);
