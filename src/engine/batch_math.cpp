@@ -461,10 +461,9 @@ __attribute__((always_inline)) inline int32_t firstPlaceOf(const float* a, int32
 KV_VECTOR_CLONES
 AmplitudeExtremes packedAmplitudes(const float* __restrict packed, float* __restrict amp,
                                    int32_t bins, int32_t maxFrom, float scale, float gain) {
-    // The amplitudes straight from the interleaved parts, then each block's extreme values
-    // while the block is still in the nearest cache. Where the extremes stand is looked for only
-    // in the first block that holds each: that is where a running search from the first bin
-    // would end.
+    // The amplitudes straight from the interleaved parts, and each block's extreme values on the
+    // way. Where the extremes stand is looked for only in the first block that holds each: that
+    // is where a running search from the first bin would end.
     constexpr int32_t kBlock = 1024;
     float ampScale;
     const bool scaleInRange = amplitudeScale(gain, ampScale);
@@ -476,20 +475,36 @@ AmplitudeExtremes packedAmplitudes(const float* __restrict packed, float* __rest
         const int32_t len = std::min(kBlock, bins - from);
         const float* p = packed + 2 * int64_t(from);
         float* a = amp + from;
+        // The squares' largest and smallest bit patterns: a square is never negative (nor -0),
+        // so its bits order as its value, and a square that is not a number has bits above any
+        // other's. They tell at once whether the whole block is within the range, and give its
+        // largest and smallest amplitudes, which are those of its largest and smallest squares.
+        uint32_t top = 0, bottom = ~0u;
         for (int32_t j = 0; j < len; ++j) {
             const float r = p[2 * j] * scale, i = p[2 * j + 1] * scale;
             const float s = r * r + i * i;
-            outOfRange |= uint32_t(!squaresInRange(r, i, s));
+            const uint32_t bits = std::bit_cast<uint32_t>(s);
+            top = bits > top ? bits : top;
+            bottom = bits < bottom ? bits : bottom;
             a[j] = std::sqrt(s) * ampScale;
+        }
+        if (!(bottom >= std::bit_cast<uint32_t>(0x1p-100f) &&
+              top < std::bit_cast<uint32_t>(0x1p100f))) {
+            // Squares of 0 (which may be exact zeros), or some out of the range: bin by bin.
+            for (int32_t j = 0; j < len; ++j) {
+                const float r = p[2 * j] * scale, i = p[2 * j + 1] * scale;
+                outOfRange |= uint32_t(!squaresInRange(r, i, r * r + i * i));
+            }
         }
         // The peak's search leaves out the bins before maxFrom; the floor's takes them all.
         const int32_t skip = std::clamp(maxFrom - from, 0, len);
-        // Amplitudes that are not numbers count as out of range above, and go the double way.
-        float blockHi, blockLo;
-        extremeValues<false>(a + skip, len - skip, blockHi, blockLo);
-        for (int32_t j = 0; j < skip; ++j)
-            blockLo = a[j] < blockLo ? a[j] : blockLo;
-        if (skip == len) blockHi = -std::numeric_limits<float>::infinity();
+        float blockHi = std::sqrt(std::bit_cast<float>(top)) * ampScale;
+        const float blockLo = std::sqrt(std::bit_cast<float>(bottom)) * ampScale;
+        if (skip > 0) {
+            float low;
+            extremeValues<false>(a + skip, len - skip, blockHi, low);
+            if (skip == len) blockHi = -std::numeric_limits<float>::infinity();
+        }
         if (blockHi > hi) {
             hi = blockHi;
             hiBlock = from;
