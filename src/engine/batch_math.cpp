@@ -657,12 +657,53 @@ void foldDecibelColumns(const float* amp, int32_t count, int32_t b, float fullSc
     // which looks for the candidates in any case.
     thread_local std::vector<float> tops;
     tops.resize(size_t(count));
-    for (int32_t c = 0; c < count; ++c) {
-        float columnLow;
-        bool columnOdd;
-        extremeValues<true>(amp + int64_t(c) * b, b, tops[size_t(c)], columnLow, &columnOdd);
-        low = columnLow < low ? columnLow : low;
-        notNumber |= columnOdd;
+    if (b >= 8) {
+        // Only each column's largest is wanted column by column: the least value and whether
+        // any is not a number are kept in lanes across all columns and gathered once. The bins
+        // short of a group of eight at a column's end are taken with the group that ends there,
+        // some of them a second time, which neither a largest nor a least minds.
+        F8 low0 = KV_SPLAT8(std::numeric_limits<float>::infinity()), low1 = low0;
+        I8 odd = {};
+        for (int32_t c = 0; c < count; ++c) {
+            const float* a = amp + int64_t(c) * b;
+            F8 h0 = KV_SPLAT8(-std::numeric_limits<float>::infinity()), h1 = h0;
+            int32_t i = 0;
+            for (; i + 16 <= b; i += 16) {
+                F8 x, y;
+                std::memcpy(&x, a + i, sizeof x);
+                std::memcpy(&y, a + i + 8, sizeof y);
+                h0 = x > h0 ? x : h0;
+                h1 = y > h1 ? y : h1;
+                low0 = x < low0 ? x : low0;
+                low1 = y < low1 ? y : low1;
+                odd |= (x != x) | (y != y);
+            }
+            const auto take = [&](int32_t at) {
+                F8 x;
+                std::memcpy(&x, a + at, sizeof x);
+                h0 = x > h0 ? x : h0;
+                low0 = x < low0 ? x : low0;
+                odd |= x != x;
+            };
+            if (i + 8 <= b) take(i), i += 8;
+            if (i < b) take(b - 8);
+            h0 = h1 > h0 ? h1 : h0;
+            KV_ACROSS8(h0, KV_MAX_OF);
+            tops[size_t(c)] = h0[0];
+        }
+        low0 = low1 < low0 ? low1 : low0;
+        KV_ACROSS8(low0, KV_MIN_OF);
+        KV_ACROSS8(odd, KV_ANY_OF);
+        low = low0[0];
+        notNumber = odd[0] != 0;
+    } else {
+        for (int32_t c = 0; c < count; ++c) {
+            float columnLow;
+            bool columnOdd;
+            extremeValues<true>(amp + int64_t(c) * b, b, tops[size_t(c)], columnLow, &columnOdd);
+            low = columnLow < low ? columnLow : low;
+            notNumber |= columnOdd;
+        }
     }
     const int32_t vectorEnd = b / 8 * 8;
     for (int32_t c = 0; c < count; ++c) {
@@ -699,11 +740,23 @@ void foldDecibelColumns(const float* amp, int32_t count, int32_t b, float fullSc
             reach -= in;
             where = in ? idx : where;
         }
+        int32_t tail = vectorEnd;
+        if (tail < b && b >= 8) {
+            // The bins short of a group: the group that ends the column, less its lanes already
+            // counted.
+            F8 x;
+            std::memcpy(&x, a + b - 8, sizeof x);
+            const I8 at = idx - (vectorEnd - (b - 8));
+            const I8 in = (x >= limit) & (at >= vectorEnd);
+            reach -= in;
+            where = in ? at : where;
+            tail = b;
+        }
         KV_ACROSS8(reach, KV_SUM_OF);
         int32_t many = reach[0];
         KV_ACROSS8(where, KV_MAX_OF);
         int32_t last = where[0];
-        for (int32_t i = vectorEnd; i < b; ++i)
+        for (int32_t i = tail; i < b; ++i)
             if (a[i] >= near) {
                 ++many;
                 last = i;

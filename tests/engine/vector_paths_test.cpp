@@ -343,7 +343,7 @@ TEST(VectorPaths, DecibelColumnsFoldedFromAmplitudesAreTheFoldOfEveryBinsDecibel
 
     for (float fs : {1.0f, 32767.0f, 3e-30f, 2e30f, 1e-40f, -1.0f, 0.0f,
                      std::numeric_limits<float>::infinity(), kNaN})
-        for (int32_t b : {16, 17, 66, 129})
+        for (int32_t b : {16, 17, 23, 66, 129})
             for (uint32_t seed = 1; seed <= 6; ++seed) {
                 SCOPED_TRACE(testing::Message() << "fs " << fs << " b " << b << " seed " << seed);
                 const int32_t count = 24;
