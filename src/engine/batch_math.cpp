@@ -662,11 +662,15 @@ void foldDecibelColumns(const float* amp, int32_t count, int32_t b, float fullSc
         // any is not a number are kept in lanes across all columns and gathered once. The bins
         // short of a group of eight at a column's end are taken with the group that ends there,
         // some of them a second time, which neither a largest nor a least minds.
-        F8 low0 = KV_SPLAT8(std::numeric_limits<float>::infinity()), low1 = low0;
+        const F8 none = KV_SPLAT8(std::numeric_limits<float>::infinity());
+        F8 least = none;
         I8 odd = {};
         for (int32_t c = 0; c < count; ++c) {
             const float* a = amp + int64_t(c) * b;
+            // Lanes of the column's own, so that no column waits on the one before; only
+            // `least` carries over, one step a column.
             F8 h0 = KV_SPLAT8(-std::numeric_limits<float>::infinity()), h1 = h0;
+            F8 low0 = none, low1 = none;
             int32_t i = 0;
             for (; i + 16 <= b; i += 16) {
                 F8 x, y;
@@ -690,11 +694,12 @@ void foldDecibelColumns(const float* amp, int32_t count, int32_t b, float fullSc
             h0 = h1 > h0 ? h1 : h0;
             KV_ACROSS8(h0, KV_MAX_OF);
             tops[size_t(c)] = h0[0];
+            low0 = low1 < low0 ? low1 : low0;
+            least = low0 < least ? low0 : least;
         }
-        low0 = low1 < low0 ? low1 : low0;
-        KV_ACROSS8(low0, KV_MIN_OF);
+        KV_ACROSS8(least, KV_MIN_OF);
         KV_ACROSS8(odd, KV_ANY_OF);
-        low = low0[0];
+        low = least[0];
         notNumber = odd[0] != 0;
     } else {
         for (int32_t c = 0; c < count; ++c) {
@@ -731,14 +736,16 @@ void foldDecibelColumns(const float* amp, int32_t count, int32_t b, float fullSc
         // the largest, and the one candidate.
         const F8 limit = KV_SPLAT8(near);
         I8 reach = {};
-        I8 where = {-1, -1, -1, -1, -1, -1, -1, -1};
-        I8 idx = {0, 1, 2, 3, 4, 5, 6, 7};
+        // Lanes count bins from 1 here, so that a lane that never reached holds 0 and the
+        // largest lane is one past the last bin that did.
+        I8 past = {};
+        I8 idx = {1, 2, 3, 4, 5, 6, 7, 8};
         for (int32_t i = 0; i < vectorEnd; i += 8, idx += step) {
             F8 x;
             std::memcpy(&x, a + i, sizeof x);
             const I8 in = x >= limit;
             reach -= in;
-            where = in ? idx : where;
+            past = KV_MAX_OF(past, in & idx);
         }
         int32_t tail = vectorEnd;
         if (tail < b && b >= 8) {
@@ -747,15 +754,15 @@ void foldDecibelColumns(const float* amp, int32_t count, int32_t b, float fullSc
             F8 x;
             std::memcpy(&x, a + b - 8, sizeof x);
             const I8 at = idx - (vectorEnd - (b - 8));
-            const I8 in = (x >= limit) & (at >= vectorEnd);
+            const I8 in = (x >= limit) & (at > vectorEnd);
             reach -= in;
-            where = in ? at : where;
+            past = KV_MAX_OF(past, in & at);
             tail = b;
         }
         KV_ACROSS8(reach, KV_SUM_OF);
         int32_t many = reach[0];
-        KV_ACROSS8(where, KV_MAX_OF);
-        int32_t last = where[0];
+        KV_ACROSS8(past, KV_MAX_OF);
+        int32_t last = past[0] - 1;
         for (int32_t i = tail; i < b; ++i)
             if (a[i] >= near) {
                 ++many;
