@@ -392,6 +392,35 @@ int32_t firstMinAt(const float* a, int32_t n) {
 
 namespace {
 
+/// Folds a[0..n-1] (n >= 8) into the lanes: the largest values into h0 and h1, the least into
+/// l0 and l1, values that are not numbers left out, and with `Tell` whether there were any into
+/// `odd`. The bins short of a group of eight are taken with the group that ends there: a second
+/// look at some of them changes none of those.
+template <bool Tell>
+__attribute__((always_inline)) inline void extremeLanes(const float* a, int32_t n, F8& h0, F8& h1,
+                                                        F8& l0, F8& l1, I8& odd) {
+    int32_t i = 0;
+    for (; i + 16 <= n; i += 16) {
+        F8 x, y;
+        std::memcpy(&x, a + i, sizeof x);
+        std::memcpy(&y, a + i + 8, sizeof y);
+        h0 = x > h0 ? x : h0;
+        h1 = y > h1 ? y : h1;
+        l0 = x < l0 ? x : l0;
+        l1 = y < l1 ? y : l1;
+        if (Tell) odd |= (x != x) | (y != y);
+    }
+    const auto take = [&](int32_t at) {
+        F8 x;
+        std::memcpy(&x, a + at, sizeof x);
+        h0 = x > h0 ? x : h0;
+        l0 = x < l0 ? x : l0;
+        if (Tell) odd |= x != x;
+    };
+    if (i + 8 <= n) take(i), i += 8;
+    if (i < n) take(n - 8);
+}
+
 /// The largest and the smallest of a[0..n-1], values that are not numbers left out (hi stays
 /// -infinity and lo +infinity when nothing is left), and with `Tell`, whether there were any such
 /// values. Two sets of lanes for each, so that each step waits on the one before only every
@@ -405,22 +434,9 @@ __attribute__((always_inline)) inline void extremeValues(const float* a, int32_t
     F8 l1 = l0;
     I8 odd = {};
     int32_t i = 0;
-    for (; i + 16 <= n; i += 16) {
-        F8 x, y;
-        std::memcpy(&x, a + i, sizeof x);
-        std::memcpy(&y, a + i + 8, sizeof y);
-        h0 = x > h0 ? x : h0;
-        h1 = y > h1 ? y : h1;
-        l0 = x < l0 ? x : l0;
-        l1 = y < l1 ? y : l1;
-        if (Tell) odd |= (x != x) | (y != y);
-    }
-    for (; i + 8 <= n; i += 8) {
-        F8 x;
-        std::memcpy(&x, a + i, sizeof x);
-        h0 = x > h0 ? x : h0;
-        l0 = x < l0 ? x : l0;
-        if (Tell) odd |= x != x;
+    if (n >= 8) {
+        extremeLanes<Tell>(a, n, h0, h1, l0, l1, odd);
+        i = n;
     }
     h0 = h1 > h0 ? h1 : h0;
     l0 = l1 < l0 ? l1 : l0;
@@ -659,9 +675,7 @@ void foldDecibelColumns(const float* amp, int32_t count, int32_t b, float fullSc
     tops.resize(size_t(count));
     if (b >= 8) {
         // Only each column's largest is wanted column by column: the least value and whether
-        // any is not a number are kept in lanes across all columns and gathered once. The bins
-        // short of a group of eight at a column's end are taken with the group that ends there,
-        // some of them a second time, which neither a largest nor a least minds.
+        // any is not a number are kept in lanes across all columns and gathered once.
         const F8 none = KV_SPLAT8(std::numeric_limits<float>::infinity());
         F8 least = none;
         I8 odd = {};
@@ -671,26 +685,7 @@ void foldDecibelColumns(const float* amp, int32_t count, int32_t b, float fullSc
             // `least` carries over, one step a column.
             F8 h0 = KV_SPLAT8(-std::numeric_limits<float>::infinity()), h1 = h0;
             F8 low0 = none, low1 = none;
-            int32_t i = 0;
-            for (; i + 16 <= b; i += 16) {
-                F8 x, y;
-                std::memcpy(&x, a + i, sizeof x);
-                std::memcpy(&y, a + i + 8, sizeof y);
-                h0 = x > h0 ? x : h0;
-                h1 = y > h1 ? y : h1;
-                low0 = x < low0 ? x : low0;
-                low1 = y < low1 ? y : low1;
-                odd |= (x != x) | (y != y);
-            }
-            const auto take = [&](int32_t at) {
-                F8 x;
-                std::memcpy(&x, a + at, sizeof x);
-                h0 = x > h0 ? x : h0;
-                low0 = x < low0 ? x : low0;
-                odd |= x != x;
-            };
-            if (i + 8 <= b) take(i), i += 8;
-            if (i < b) take(b - 8);
+            extremeLanes<true>(a, b, h0, h1, low0, low1, odd);
             h0 = h1 > h0 ? h1 : h0;
             KV_ACROSS8(h0, KV_MAX_OF);
             tops[size_t(c)] = h0[0];
