@@ -506,7 +506,8 @@ AmplitudeExtremes packedAmplitudes(const float* __restrict packed, float* __rest
         }
         if (!(bottom >= std::bit_cast<uint32_t>(0x1p-100f) &&
               top < std::bit_cast<uint32_t>(0x1p100f))) {
-            // Squares of 0 (which may be exact zeros), or some out of the range: bin by bin.
+            // A square of 0 (within the range only when both parts are 0) or one out of the
+            // range: the block is looked at bin by bin.
             for (int32_t j = 0; j < len; ++j) {
                 const float r = p[2 * j] * scale, i = p[2 * j + 1] * scale;
                 outOfRange |= uint32_t(!squaresInRange(r, i, r * r + i * i));
@@ -682,7 +683,7 @@ void foldDecibelColumns(const float* amp, int32_t count, int32_t b, float fullSc
         for (int32_t c = 0; c < count; ++c) {
             const float* a = amp + int64_t(c) * b;
             // Lanes of the column's own, so that no column waits on the one before; only
-            // `least` carries over, one step a column.
+            // `least` and `odd` carry over, one step a column.
             F8 h0 = KV_SPLAT8(-std::numeric_limits<float>::infinity()), h1 = h0;
             F8 low0 = none, low1 = none;
             extremeLanes<true>(a, b, h0, h1, low0, low1, odd);

@@ -119,10 +119,14 @@ with tempfile.TemporaryDirectory() as home, tempfile.TemporaryDirectory() as out
     check(scratch(home) == [], "the killed runs' folders are swept by the next run")
 
     # The recordings are only read: opened read-only, never locked, renamed or removed, and
-    # unchanged after info and convert.
+    # unchanged after info and convert. A clone with no real recordings beside it skips this,
+    # and says so.
     sources = sorted(f for f in glob.glob(os.path.join(real, "**", "*"), recursive=True)
                      if os.path.isfile(f) and not f.endswith(".md"))
-    check(len(sources) > 10, "real recordings found")
+    if not os.path.isdir(real):
+        print("SKIP the read-only check: no real recordings at %s" % real)
+    else:
+        check(len(sources) > 10, "real recordings found")
     before = {f: digest(f) for f in sources}
     strace = shutil.which("strace")
     trace = os.path.join(out, "calls.txt")
