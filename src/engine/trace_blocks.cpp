@@ -71,11 +71,14 @@ void readWorkingTrace(const std::string& path, int64_t pos1, float* out, size_t 
 
 void readWorkingTraceWithHead(const std::string& path, int64_t pos1, float* head, float* out,
                               size_t n) {
-    // Through the block, the head of a long trace would fill a block of its own.
-    if (n * sizeof(float) > tBlock.capacity / 4)
-        readTrace(path, pos1, head, 1);
-    else
-        readWorkingTrace(path, pos1, head, 1);
+    // A long trace is read with its head in one call: through the block, the head would fill a
+    // block of its own, and the trace would not go through it anyway.
+    const Block& b = tBlock;
+    if (!b.open || n * sizeof(float) > b.capacity / 4) {
+        readTraceWithHead(path, pos1, head, out, n);
+        return;
+    }
+    readWorkingTrace(path, pos1, head, 1);
     readWorkingTrace(path, pos1 + int64_t(sizeof(float)), out, n);
 }
 

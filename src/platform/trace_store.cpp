@@ -12,6 +12,7 @@
 #include <fcntl.h>
 #include <map>
 #include <sys/stat.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
 namespace kv {
@@ -122,6 +123,37 @@ void readTrace(const std::string& path, int64_t pos1, float* out, size_t n) {
     }
     // Only what was not read is cleared: a long trace is not written twice.
     std::memset(dst + got, 0, want - got);
+}
+
+void readTraceWithHead(const std::string& path, int64_t pos1, float* head, float* out, size_t n) {
+    if (path.empty() || pos1 < 1 || gMemory.limit) {
+        readTrace(path, pos1, head, 1);
+        readTrace(path, pos1 + int64_t(sizeof(float)), out, n);
+        return;
+    }
+    auto* first = reinterpret_cast<char*>(head);
+    auto* rest = reinterpret_cast<char*>(out);
+    const size_t restBytes = n * sizeof(float);
+    const size_t want = sizeof(float) + restBytes;
+    size_t got = 0;
+    const int fd = readHandle(path);
+    if (fd >= 0 && !isHole(fd, pos1 - 1, int64_t(want))) {
+        while (got < want) {
+            iovec parts[2];
+            int count = 0;
+            if (got < sizeof(float)) parts[count++] = {first + got, sizeof(float) - got};
+            const size_t from = got > sizeof(float) ? got - sizeof(float) : 0;
+            if (from < restBytes) parts[count++] = {rest + from, restBytes - from};
+            const ssize_t r =
+                ::preadv(fd, parts, count, static_cast<off_t>(pos1 - 1 + int64_t(got)));
+            if (r <= 0) break;
+            got += static_cast<size_t>(r);
+        }
+    }
+    // Only what was not read is cleared, as readTrace does.
+    if (got < sizeof(float)) std::memset(first + got, 0, sizeof(float) - got);
+    const size_t restGot = got > sizeof(float) ? got - sizeof(float) : 0;
+    if (restGot < restBytes) std::memset(rest + restGot, 0, restBytes - restGot);
 }
 
 WriteError::WriteError(const std::string& p, int e)

@@ -29,6 +29,10 @@ inline void readTrace(const std::string& path, int64_t pos1, std::vector<float>&
     readTrace(path, pos1, out.data(), out.size());
 }
 
+/// The same for n + 1 floats of which the first goes to `head` and the others to out[0..n-1], in
+/// one call into the system.
+void readTraceWithHead(const std::string& path, int64_t pos1, float* head, float* out, size_t n);
+
 struct MemoryTraceFile;
 
 /// Writes traces into a working file. The file is created (or truncated) when the writer opens;

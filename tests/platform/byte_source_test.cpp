@@ -67,6 +67,49 @@ TEST(WorkingTraceStore, ReadsAtOneBasedPositionsWithZerosPastTheEnd) {
     EXPECT_THROW(readTrace("", 1, out), ReadError);
 }
 
+TEST(WorkingTraceStore, ATraceReadWithItsHeadIsItsTwoReads) {
+    // One call for both parts must give what the two reads give: across the end of the file
+    // (inside the head too, the file's length being no multiple of 4), over a hole, and at
+    // positions between floats; on the disk and in memory.
+    test::TempHome home(false);
+    const std::vector<float> zeros(1 << 15, 0.0f);
+    const auto check = [&](const std::string& path, int64_t length) {
+        for (int64_t pos : {int64_t(1), int64_t(3), int64_t(7), length - 6, length - 2, length,
+                            length + 5, int64_t(4 * zeros.size())})
+            for (size_t n : {size_t(0), size_t(1), size_t(5), size_t(1000)}) {
+                SCOPED_TRACE(testing::Message() << "position " << pos << " n " << n);
+                float head = -1.0f, wantHead = -2.0f;
+                std::vector<float> got(n + 1, -1.0f), want(n + 1, -2.0f);
+                readTraceWithHead(path, pos, &head, got.data(), n);
+                readTrace(path, pos, &wantHead, 1);
+                readTrace(path, pos + 4, want.data(), n);
+                EXPECT_EQ(std::memcmp(&head, &wantHead, 4), 0);
+                EXPECT_EQ(std::memcmp(got.data(), want.data(), 4 * n), 0);
+            }
+    };
+    const auto write = [&](const std::string& path) {
+        TraceFileWriter w;
+        w.open(path);
+        std::vector<float> ramp(3000);
+        for (size_t i = 0; i < ramp.size(); ++i)
+            ramp[i] = float(i) + 0.5f;
+        w.write(1, ramp);
+        w.write(1 + 4 * int64_t(ramp.size()), zeros); // a hole
+        w.write(1 + 4 * int64_t(ramp.size() + zeros.size()), ramp);
+        w.writeBytes(1 + 8 * int64_t(ramp.size()) + 4 * int64_t(zeros.size()), "\x01\x02", 2);
+        return w.length();
+    };
+    const std::string disk = home.file("temp.sp");
+    check(disk, write(disk));
+    useMemoryTraceStore(1 << 20);
+    const std::string mem = home.file("memory.sp");
+    check(mem, write(mem));
+    useMemoryTraceStore(0);
+    float head = 0.0f;
+    EXPECT_THROW(readTraceWithHead("", 1, &head, &head, 0), ReadError);
+    EXPECT_THROW(readTraceWithHead(disk, 0, &head, &head, 0), ReadError);
+}
+
 TEST(WorkingTraceStore, ZerosPastTheEndAreHolesOfTheSameLengthAndContent) {
     test::TempHome home(false);
     const std::string path = home.file("temp.sp");
