@@ -95,18 +95,44 @@ const std::vector<char>& memoryTraceFile(const std::string& path) {
     return it == gMemory.files.end() || !it->second.exists ? none : it->second.bytes;
 }
 
-void readTrace(const std::string& path, int64_t pos1, float* out, size_t n) {
+namespace {
+
+/// Two buffers filled in turn, as one run of bytes (either may be empty).
+struct Parts {
+    iovec part[2];
+    size_t size() const { return part[0].iov_len + part[1].iov_len; }
+    /// What of the run lies from byte `at` on, as buffers into `out`; how many.
+    int from(size_t at, iovec* out) const {
+        int count = 0;
+        for (const iovec& p : part) {
+            if (at >= p.iov_len) {
+                at -= p.iov_len;
+                continue;
+            }
+            out[count++] = {static_cast<char*>(p.iov_base) + at, p.iov_len - at};
+            at = 0;
+        }
+        return count;
+    }
+};
+
+/// The bytes from the 1-based position pos1 on into the parts, zeros past the end of the file.
+void readParts(const std::string& path, int64_t pos1, const Parts& parts) {
     if (path.empty()) throw ReadError("no working file");
     if (pos1 < 1) throw ReadError("bad record number");
-    auto* dst = reinterpret_cast<char*>(out);
-    const size_t want = n * sizeof(float);
+    const size_t want = parts.size();
     size_t got = 0;
+    iovec rest[2];
     if (gMemory.limit) {
         const std::vector<char>& f = memoryTraceFile(path);
         const uint64_t off = uint64_t(pos1 - 1);
         if (off < f.size()) {
-            got = size_t(std::min<uint64_t>(want, f.size() - off));
-            std::memcpy(dst, f.data() + off, got);
+            const size_t have = size_t(std::min<uint64_t>(want, f.size() - off));
+            for (int k = 0, count = parts.from(0, rest); k < count && got < have; ++k) {
+                const size_t take = std::min(rest[k].iov_len, have - got);
+                std::memcpy(rest[k].iov_base, f.data() + off + got, take);
+                got += take;
+            }
         }
     } else {
         // A missing working file reads as zeros, like an empty one, and so does a silent
@@ -114,46 +140,26 @@ void readTrace(const std::string& path, int64_t pos1, float* out, size_t n) {
         const int fd = readHandle(path);
         if (fd >= 0 && !isHole(fd, pos1 - 1, int64_t(want))) {
             while (got < want) {
-                ssize_t r =
-                    ::pread(fd, dst + got, want - got, static_cast<off_t>(pos1 - 1 + int64_t(got)));
+                const ssize_t r = ::preadv(fd, rest, parts.from(got, rest),
+                                           static_cast<off_t>(pos1 - 1 + int64_t(got)));
                 if (r <= 0) break;
                 got += static_cast<size_t>(r);
             }
         }
     }
     // Only what was not read is cleared: a long trace is not written twice.
-    std::memset(dst + got, 0, want - got);
+    for (int k = 0, count = parts.from(got, rest); k < count; ++k)
+        std::memset(rest[k].iov_base, 0, rest[k].iov_len);
+}
+
+} // namespace
+
+void readTrace(const std::string& path, int64_t pos1, float* out, size_t n) {
+    readParts(path, pos1, Parts{{{out, n * sizeof(float)}, {nullptr, 0}}});
 }
 
 void readTraceWithHead(const std::string& path, int64_t pos1, float* head, float* out, size_t n) {
-    if (path.empty() || pos1 < 1 || gMemory.limit) {
-        readTrace(path, pos1, head, 1);
-        readTrace(path, pos1 + int64_t(sizeof(float)), out, n);
-        return;
-    }
-    auto* first = reinterpret_cast<char*>(head);
-    auto* rest = reinterpret_cast<char*>(out);
-    const size_t restBytes = n * sizeof(float);
-    const size_t want = sizeof(float) + restBytes;
-    size_t got = 0;
-    const int fd = readHandle(path);
-    if (fd >= 0 && !isHole(fd, pos1 - 1, int64_t(want))) {
-        while (got < want) {
-            iovec parts[2];
-            int count = 0;
-            if (got < sizeof(float)) parts[count++] = {first + got, sizeof(float) - got};
-            const size_t from = got > sizeof(float) ? got - sizeof(float) : 0;
-            if (from < restBytes) parts[count++] = {rest + from, restBytes - from};
-            const ssize_t r =
-                ::preadv(fd, parts, count, static_cast<off_t>(pos1 - 1 + int64_t(got)));
-            if (r <= 0) break;
-            got += static_cast<size_t>(r);
-        }
-    }
-    // Only what was not read is cleared, as readTrace does.
-    if (got < sizeof(float)) std::memset(first + got, 0, sizeof(float) - got);
-    const size_t restGot = got > sizeof(float) ? got - sizeof(float) : 0;
-    if (restGot < restBytes) std::memset(rest + restGot, 0, restBytes - restGot);
+    readParts(path, pos1, Parts{{{head, sizeof(float)}, {out, n * sizeof(float)}}});
 }
 
 WriteError::WriteError(const std::string& p, int e)
