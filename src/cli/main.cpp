@@ -5,8 +5,11 @@
 #include "platform/trace_store.h"
 
 #include <CLI/CLI.hpp>
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <iostream>
+#include <unistd.h>
 
 namespace {
 
@@ -34,6 +37,18 @@ void addConditioning(CLI::App* sub, kv::cli::CommonOptions& o) {
     sub->add_option("--gain", o.gain, "Gain in dB on every trace");
 }
 
+#ifdef KV_CLI_DRAWING_TOOL
+/// Hands the run to the drawing tool beside this one, with the same arguments. Pictures and
+/// print-outs need Qt, and loading its libraries costs more than a survey of a small recording
+/// takes, so the commands that draw nothing leave them out and only these load them.
+int drawElsewhere(const std::string& exeDir, char** argv) {
+    const std::string tool = exeDir + "/" KV_CLI_DRAWING_TOOL;
+    ::execv(tool.c_str(), argv);
+    std::cerr << "kelvorandine-cli: cannot start " << tool << ": " << std::strerror(errno) << "\n";
+    return kv::cli::kExitNoData;
+}
+#endif
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -49,7 +64,7 @@ int main(int argc, char** argv) {
     convertCmd->add_option("-o,--output", convertOut, "Output file (.sp, .kvd or .dzt)")
         ->required();
 
-#ifdef KV_CLI_RENDER
+#if defined(KV_CLI_RENDER) || defined(KV_CLI_DRAWING_TOOL)
     kv::cli::RenderOptions render;
     auto* renderCmd = app.add_subcommand(
         "render", "Draw a view as the workbench shows it, to PNG, BMP, JPEG or PDF");
@@ -124,6 +139,9 @@ int main(int argc, char** argv) {
     }
 
     const std::string exeDir = exeDirOf(argv[0]);
+#ifdef KV_CLI_DRAWING_TOOL
+    if (*renderCmd || *waterfallCmd) return drawElsewhere(exeDir, argv);
+#endif
     int code = kv::cli::kExitUsage;
     std::string why;
     try {
