@@ -181,25 +181,19 @@ void TraceFileWriter::open(const std::string& path, bool keepExisting) {
         generation_ = gMemory.generation;
         inMemory_ = true;
         path_ = path;
-        at_ = 0;
         size_ = int64_t(f.bytes.size());
         return;
     }
-    if (keepExisting) {
-        f_ = std::fopen(path.c_str(), "r+b");
-        if (!f_) f_ = std::fopen(path.c_str(), "w+b");
-    } else {
-        f_ = std::fopen(path.c_str(), "w+b");
-    }
-    if (!f_) throw WriteError(path, errno);
+    fd_ = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | (keepExisting ? 0 : O_TRUNC), 0666);
+    if (fd_ < 0) throw WriteError(path, errno);
     path_ = path;
-    // The stream's buffer is left as it comes: the writes fill it, and clearing a megabyte on
-    // every open cost more than the writes of a small file.
+    // The buffer is left as it comes: the writes fill it, and clearing a megabyte on every open
+    // cost more than the writes of a small file.
     if (!buffer_) buffer_ = std::make_unique_for_overwrite<char[]>(kBufferBytes);
-    std::setvbuf(f_, buffer_.get(), _IOFBF, kBufferBytes);
-    at_ = 0;
+    fill_ = 0;
+    bufferAt_ = 0;
     struct stat s;
-    size_ = ::fstat(::fileno(f_), &s) == 0 ? int64_t(s.st_size) : 0;
+    size_ = ::fstat(fd_, &s) == 0 ? int64_t(s.st_size) : 0;
 }
 
 namespace {
@@ -209,7 +203,30 @@ bool allZero(const void* data, size_t n) {
     return n > 0 && p[0] == 0 && std::memcmp(p, p + 1, n - 1) == 0;
 }
 
+/// Writes all `n` bytes at `offset`; the system's error number, or 0.
+int writeAll(int fd, const void* data, size_t n, int64_t offset) {
+    const auto* p = static_cast<const char*>(data);
+    while (n > 0) {
+        const ssize_t r = ::pwrite(fd, p, n, off_t(offset));
+        if (r < 0 && errno == EINTR) continue;
+        if (r <= 0) return r < 0 ? errno : EIO;
+        p += r;
+        n -= size_t(r);
+        offset += r;
+    }
+    return 0;
+}
+
 } // namespace
+
+int TraceFileWriter::writeGathered() {
+    if (fill_ == 0) return 0;
+    const int error = writeAll(fd_, buffer_.get(), fill_, bufferAt_);
+    // What could not be written is let go: the writes that follow start a buffer of their own.
+    bufferAt_ += int64_t(fill_);
+    fill_ = 0;
+    return error;
+}
 
 void TraceFileWriter::writeBytes(int64_t pos1, const void* data, size_t n) {
     if (!isOpen()) throw ReadError("working file not open");
@@ -240,20 +257,29 @@ void TraceFileWriter::writeBytes(int64_t pos1, const void* data, size_t n) {
         size_ = off + int64_t(n);
         return;
     }
-    if (off != at_) {
-        if (::fseeko(f_, off_t(off), SEEK_SET) != 0) throw WriteError(path_, errno);
+    // Bytes that do not follow the gathered ones, or do not fit beside them, start a buffer.
+    if (off != bufferAt_ + int64_t(fill_) || n > kBufferBytes - fill_) {
+        if (const int error = writeGathered()) throw WriteError(path_, error);
+        bufferAt_ = off;
     }
-    errno = 0;
-    if (n && std::fwrite(data, 1, n, f_) != n) throw WriteError(path_, errno ? errno : EIO);
-    at_ = off + static_cast<int64_t>(n);
-    size_ = std::max(size_, at_);
+    if (n <= kBufferBytes) {
+        if (n) std::memcpy(buffer_.get() + fill_, data, n);
+        fill_ += n;
+    } else if (const int error = writeAll(fd_, data, n, off)) {
+        throw WriteError(path_, error);
+    }
+    // A write of nothing still takes the file to its place, as a seek past the end would.
+    size_ = std::max(size_, off + int64_t(n));
 }
 
 bool TraceFileWriter::settle() {
-    if (std::fflush(f_) != 0) return false;
+    if (const int error = writeGathered()) {
+        errno = error;
+        return false;
+    }
     struct stat s;
-    if (::fstat(::fileno(f_), &s) != 0) return false;
-    return int64_t(s.st_size) >= size_ || ::ftruncate(::fileno(f_), off_t(size_)) == 0;
+    if (::fstat(fd_, &s) != 0) return false;
+    return int64_t(s.st_size) >= size_ || ::ftruncate(fd_, off_t(size_)) == 0;
 }
 
 void TraceFileWriter::write(int64_t pos1, const float* data, size_t n) {
@@ -262,21 +288,21 @@ void TraceFileWriter::write(int64_t pos1, const float* data, size_t n) {
 
 int64_t TraceFileWriter::length() {
     if (inMemory_) return size_;
-    if (!f_) return 0;
+    if (fd_ < 0) return 0;
     errno = 0;
     if (!settle()) throw WriteError(path_, errno ? errno : EIO);
     return size_;
 }
 
 void TraceFileWriter::close() {
-    if (f_ || inMemory_) changed();
-    if (f_) {
+    if (fd_ >= 0 || inMemory_) changed();
+    if (fd_ >= 0) {
         settle();
-        std::fclose(f_);
+        ::close(fd_);
     }
-    f_ = nullptr;
+    fd_ = -1;
+    fill_ = 0;
     inMemory_ = false;
-    at_ = -1;
 }
 
 void KillWorkingFile(const std::string& path) {

@@ -51,7 +51,7 @@ class TraceFileWriter {
     /// Throws WriteError when the file cannot be opened, and so do the writes below when the
     /// bytes cannot be written.
     void open(const std::string& path, bool keepExisting = false);
-    bool isOpen() const { return f_ != nullptr || inMemory_; }
+    bool isOpen() const { return fd_ >= 0 || inMemory_; }
     /// Writes `n` floats at the 1-based byte position `pos1`.
     void write(int64_t pos1, const float* data, size_t n);
     void write(int64_t pos1, const std::vector<float>& data) {
@@ -65,18 +65,23 @@ class TraceFileWriter {
     void close();
 
   private:
-    /// Gives the file its full length when it ends in a hole; false when that fails.
+    /// Writes what has been gathered and gives the file its full length when it ends in a
+    /// hole; false when that fails, with errno set.
     bool settle();
+    /// Writes the gathered bytes; the system's error number when that fails, or 0.
+    int writeGathered();
 
-    std::FILE* f_ = nullptr;
+    int fd_ = -1;
     std::string path_;
     bool inMemory_ = false;             // the file is kept in memory (useMemoryTraceStore)
     MemoryTraceFile* memory_ = nullptr; // that file, while the store's generation holds
     uint64_t generation_ = 0;
-    int64_t at_ = -1;  // current 0-based offset of the stream, -1 unknown
     int64_t size_ = 0; // length of the file with the zeros left out so far
     static constexpr size_t kBufferBytes = size_t(1) << 20;
+    // The bytes gathered for one write: buffer_[0, fill_) goes at the 0-based offset bufferAt_.
     std::unique_ptr<char[]> buffer_;
+    size_t fill_ = 0;
+    int64_t bufferAt_ = 0;
 };
 
 /// Deletes a working or scratch file; every failure is ignored.

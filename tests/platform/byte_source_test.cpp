@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <unistd.h>
 
 using namespace kv;
 
@@ -230,4 +231,56 @@ TEST(TraceStore, AWorkingFileThatCannotBeMadeNamesItsPath) {
         EXPECT_EQ(e.path, home.file("no/such/folder/temp.sp"));
         EXPECT_EQ(e.error, ENOENT);
     }
+}
+
+TEST(TraceStore, OnDiskWritesGatheredInABufferLandInTheOrderTheyWereMade) {
+    // The writer gathers writes that follow one another and writes longer ones straight away;
+    // whatever the mix, the file must hold what the same writes leave in memory, where each
+    // lands at once. Traces of 4 KB cross the 1 MB buffer; a long write passes it; earlier
+    // bytes are written over, inside the buffer and behind it; zeros at the end stay a hole.
+    test::TempHome home(false);
+    std::vector<std::pair<int64_t, std::vector<float>>> writes;
+    const std::vector<float> trace(1024, 0.5f);
+    for (int k = 0; k < 300; ++k)
+        writes.push_back({1 + 4096 * int64_t(k), std::vector<float>(1024, float(k))});
+    writes.push_back({1 + 4096 * 3, trace});                                   // behind the buffer
+    writes.push_back({1 + 4096 * 299 + 8, {7, 8}});                            // inside it
+    writes.push_back({1 + 4096 * 300, std::vector<float>(400000, 2)});         // longer than it
+    writes.push_back({1 + 4096 * 2, trace});                                   // behind that
+    writes.push_back({1 + 4096 * 301 + 1600000, std::vector<float>(1000, 0)}); // a hole
+    auto writeAll = [&](const std::string& path) {
+        TraceFileWriter w;
+        w.open(path);
+        for (const auto& [pos, data] : writes)
+            w.write(pos, data);
+        return w.length();
+    };
+    const std::string disk = home.file("temp.sp");
+    const int64_t length = writeAll(disk);
+    useMemoryTraceStore(size_t(8) << 20);
+    const std::string mem = home.file("memory.sp");
+    EXPECT_EQ(writeAll(mem), length);
+    const auto& bytes = memoryTraceFile(mem);
+    const bool same = std::string(bytes.begin(), bytes.end()) == test::readText(disk);
+    useMemoryTraceStore(0);
+    EXPECT_TRUE(same);
+}
+
+TEST(TraceStore, OnDiskAWriteThatFailsIsNotLostInTheBuffer) {
+    if (::access("/dev/full", W_OK) != 0) GTEST_SKIP() << "no /dev/full here";
+    // A full disk: what sits in the buffer fails when the file's length is asked for, and a
+    // write that has to make room fails at once.
+    TraceFileWriter w;
+    w.open("/dev/full", true);
+    w.write(1, std::vector<float>(16, 1.0f));
+    try {
+        w.length();
+        FAIL() << "the gathered bytes were not written";
+    } catch (const WriteError& e) {
+        EXPECT_EQ(e.error, ENOSPC);
+    }
+    const std::vector<float> trace(1 << 16, 1.0f);
+    EXPECT_THROW(for (int k = 0; k < 8; ++k)
+                     w.write(1 + int64_t(k) * 4 * int64_t(trace.size()), trace),
+                 WriteError);
 }
