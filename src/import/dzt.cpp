@@ -6,6 +6,9 @@
 
 #include "platform/numeric.h"
 
+#include <algorithm>
+#include <bit>
+
 namespace kv {
 
 namespace {
@@ -58,6 +61,7 @@ void DztTraces(ImportContext& ctx, const ByteSource& src, const DztLayout& d) {
     TraceOutput out(ctx, st.TempPath);
     std::vector<float> trace(size_t(st.Sp_Samples));
     std::vector<uint8_t> bytes;
+    std::vector<uint16_t> words;
     for (int32_t k = 0; k < st.TraceCount; ++k) {
         if (!out.next(k)) break;
         std::fill(trace.begin(), trace.end(), 0.0f);
@@ -70,15 +74,16 @@ void DztTraces(ImportContext& ctx, const ByteSource& src, const DztLayout& d) {
                 trace[j] = float(int(bytes[j]) - 128);
             }
         } else if (st.BitsPerSample == 16) {
-            bytes.resize(size_t(d.rawPerTrace) * 2);
-            src.read(uint64_t(st.ReadPos - 1), bytes.data(), bytes.size());
+            // The file's little-endian words are the machine's own: read straight into place.
+            static_assert(std::endian::native == std::endian::little);
+            words.resize(size_t(d.rawPerTrace));
+            src.read(uint64_t(st.ReadPos - 1), words.data(), words.size() * 2);
             // Unsigned samples centred on 32768. The loop ends one sample short, so the last
             // sample of every trace stays 0; a down-sampled read overruns the trace and fails.
-            for (int64_t b = 0; b <= 2 * int64_t(d.rawPerTrace) - 3; b += 2) {
-                checkIndex(size_t(b / 2), trace.size());
-                trace[size_t(b / 2)] =
-                    float(int(bytes[size_t(b) + 1]) * 256 + int(bytes[size_t(b)]) - 32768);
-            }
+            const size_t taken = words.empty() ? 0 : words.size() - 1;
+            for (size_t j = 0; j < std::min(taken, trace.size()); ++j)
+                trace[j] = float(int(words[j]) - 32768);
+            if (taken > trace.size()) throw ReadError("Subscript out of range");
         }
         out.write(trace);
     }

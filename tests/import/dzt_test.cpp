@@ -1,11 +1,17 @@
 // GSSI DZT recordings in and out: the fixed header fields, where the scans start, how samples
 // are decoded, and the GSSI-compatible export.
 #include "import/radar_files.h"
+#include "import/variant_files.h"
+#include "platform/read_error.h"
 
 #include <gtest/gtest.h>
 
 using namespace kv;
 using test::getLe;
+
+namespace kv {
+void DztRead(ImportContext& ctx); // the reader's entry, as the format table holds it
+}
 
 namespace {
 
@@ -48,6 +54,14 @@ TEST(DztRead, SixteenBitScansStartOneSampleLateAndEndWithAZero) {
         }
         EXPECT_EQ(w[6 * k + 5], 0.0f) << "the last sample of every trace stays 0";
     }
+
+    // Read down-sampled, a scan takes twice the samples the trace holds: the read runs past
+    // the trace and fails as a corrupted file, leaving no data set.
+    test::StdBench twice;
+    twice.st.NewDS = 2;
+    EXPECT_FALSE(twice.read(
+        DztRead, twice.put(test::dztBytes(6, 16, 10.0f, 50.5f, test::u16Samples(src)), "x.dzt")));
+    EXPECT_EQ(twice.message(), "File corrupted!");
 }
 
 TEST(DztRead, EightBitScansStartRightAfterTheHeader) {
