@@ -7,7 +7,6 @@
 #include "platform/numeric.h"
 
 #include <algorithm>
-#include <bit>
 
 namespace kv {
 
@@ -74,10 +73,8 @@ void DztTraces(ImportContext& ctx, const ByteSource& src, const DztLayout& d) {
                 trace[j] = float(int(bytes[j]) - 128);
             }
         } else if (st.BitsPerSample == 16) {
-            // The file's little-endian words are the machine's own: read straight into place.
-            static_assert(std::endian::native == std::endian::little);
             words.resize(size_t(d.rawPerTrace));
-            src.read(uint64_t(st.ReadPos - 1), words.data(), words.size() * 2);
+            src.wordsLe(uint64_t(st.ReadPos - 1), std::span(words));
             // Unsigned samples centred on 32768. The loop ends one sample short, so the last
             // sample of every trace stays 0; a down-sampled read overruns the trace and fails.
             const size_t taken = words.empty() ? 0 : words.size() - 1;

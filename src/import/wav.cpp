@@ -7,7 +7,6 @@
 #include "platform/numeric.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstring>
 
 namespace kv {
@@ -70,9 +69,7 @@ WavLayout WavHeader(ImportContext& ctx, const ByteSource& src) {
 void readRaw(const ProgramState& st, const ByteSource& src, int64_t pos1,
              std::vector<uint8_t>& bytes, std::vector<int16_t>& raw) {
     if (st.BitsPerSample == 16) {
-        // The file's little-endian samples are the machine's own: read straight into place.
-        static_assert(std::endian::native == std::endian::little);
-        src.read(uint64_t(pos1 - 1), raw.data(), raw.size() * 2);
+        src.wordsLe(uint64_t(pos1 - 1), std::span(raw));
     } else if (st.BitsPerSample == 8) {
         bytes.resize(raw.size());
         src.read(uint64_t(pos1 - 1), bytes.data(), bytes.size());

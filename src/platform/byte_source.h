@@ -3,6 +3,7 @@
 // reader step outside its buffer. Offsets here are 0-based.
 #pragma once
 
+#include <bit>
 #include <cstdint>
 #include <cstring>
 #include <functional>
@@ -35,6 +36,12 @@ class ByteSource {
     uint32_t u32be(uint64_t off) const;
     int32_t i32be(uint64_t off) const { return static_cast<int32_t>(u32be(off)); }
     float f32be(uint64_t off) const;
+    /// `out.size()` little-endian 16-bit samples from `off`, zeros past the end. The machine is
+    /// little-endian too, so they are read straight into place.
+    template <class Word> void wordsLe(uint64_t off, std::span<Word> out) const {
+        static_assert(sizeof(Word) == 2 && std::endian::native == std::endian::little);
+        read(off, out.data(), out.size_bytes());
+    }
     /// `n` bytes as text (NULs kept).
     std::string text(uint64_t off, size_t n) const;
     /// All the bytes, when the source holds them in memory; empty otherwise. Lets a reader that
